@@ -1,0 +1,19 @@
+#pragma once
+
+#include <functional>
+
+namespace quorda {
+
+// Root of every class that can be the sender of an event.
+class TObject {
+public:
+    TObject() = default;
+    TObject(const TObject&) = delete;
+    TObject& operator=(const TObject&) = delete;
+    virtual ~TObject() = default;
+};
+
+// The classic notify event: assigned means non-empty.
+using TNotifyEvent = std::function<void(TObject* Sender)>;
+
+} // namespace quorda
