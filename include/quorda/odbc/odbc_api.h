@@ -1,0 +1,16 @@
+#pragma once
+
+// The ODBC declarations of the driver manager. This header (through include/quorda/odbc.h) is the
+// only public place where ODBC types enter Quorda; modules above odbc take them from here.
+#include <sql.h>
+#include <sqlext.h>
+
+namespace quorda {
+
+// Length indicator for a parameter whose value is sent at execution time (-100 - length).
+// sqlext.h defines a macro SQL_LEN_DATA_AT_EXEC with the same rule; this is the typed form.
+constexpr SQLLEN SqlLenDataAtExec(SQLLEN length) noexcept {
+    return SQL_LEN_DATA_AT_EXEC_OFFSET - length;
+}
+
+} // namespace quorda

@@ -1,0 +1,158 @@
+#include "diagnostics_p.h"
+#include "quorda/odbc.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quorda {
+namespace {
+
+struct Record {
+    std::string state;
+    SQLINTEGER native;
+    std::string message;
+};
+
+// Plays the records like a driver manager does: one per call, then SQL_NO_DATA. What the final call
+// writes into the buffers is chosen by the test (a real driver manager may leave them or change them).
+class ScriptedDiagnostics {
+public:
+    ScriptedDiagnostics(std::vector<Record> records, std::optional<Record> atEnd = std::nullopt)
+        : FRecords(std::move(records)), FAtEnd(std::move(atEnd)) {}
+
+    SQLRETURN operator()(detail::TDiagnosticBuffers& b) {
+        ++FCalls;
+        if (FNext >= FRecords.size()) {
+            if (FAtEnd) {
+                Fill(b, *FAtEnd);
+            }
+            return SQL_NO_DATA_FOUND;
+        }
+        Fill(b, FRecords[FNext++]);
+        return SQL_SUCCESS;
+    }
+    int Calls() const { return FCalls; }
+
+private:
+    static void Fill(detail::TDiagnosticBuffers& b, const Record& r) {
+        std::memset(b.State, 0, sizeof b.State);
+        std::memcpy(b.State, r.state.data(), std::min(r.state.size(), sizeof b.State - 1));
+        b.Native = r.native;
+        std::memset(b.Message, 0, sizeof b.Message);
+        std::memcpy(b.Message, r.message.data(), std::min(r.message.size(), sizeof b.Message - 1));
+    }
+    std::vector<Record> FRecords;
+    std::optional<Record> FAtEnd;
+    size_t FNext = 0;
+    int FCalls = 0;
+};
+
+EODBCError Build(ScriptedDiagnostics& script) {
+    return detail::BuildODBCError(std::ref(script), nullptr, nullptr, nullptr);
+}
+
+TEST(RetCodeIsSuccessful, OnlyErrorInvalidHandleAndStillExecutingFail) {
+    EXPECT_TRUE(RetCodeIsSuccessful(SQL_SUCCESS));
+    EXPECT_TRUE(RetCodeIsSuccessful(SQL_SUCCESS_WITH_INFO));
+    EXPECT_TRUE(RetCodeIsSuccessful(99));
+    EXPECT_TRUE(RetCodeIsSuccessful(100));
+    EXPECT_FALSE(RetCodeIsSuccessful(-1));
+    EXPECT_FALSE(RetCodeIsSuccessful(-2));
+    EXPECT_FALSE(RetCodeIsSuccessful(2));
+}
+
+TEST(DataAtExecLength, FollowsTheOffsetRule) {
+    static_assert(SqlLenDataAtExec(0) == -100);
+    static_assert(SqlLenDataAtExec(10) == -110);
+    EXPECT_EQ(SQL_LEN_DATA_AT_EXEC(10), -110);
+    EXPECT_EQ(SqlLenDataAtExec(8192), SQL_LEN_DATA_AT_EXEC(8192));
+}
+
+TEST(CreateODBCError, TwoRecordsLabelEachTextWithTheStatesBeforeIt) {
+    ScriptedDiagnostics script({{"S1000", 0, "m1"}, {"42000", 0, "m2"}}, Record{"XXEND", 0, "last"});
+    const EODBCError e = Build(script);
+    EXPECT_EQ(script.Calls(), 3);
+    EXPECT_EQ(e.Message(), "m1 m2 ODBC State = S1000 last ODBC State = S1000;42000");
+    EXPECT_EQ(e.SQLState(), "S1000;42000;XXEND");
+    EXPECT_EQ(e.NativeError(), 0);
+    EXPECT_EQ(e.NativeMessage(), "m1");
+}
+
+TEST(CreateODBCError, BuffersLeftByTheFinalCallRepeatTheLastRecord) {
+    // A driver manager that leaves the buffers untouched at the end of the queue.
+    ScriptedDiagnostics script({{"08001", 0, "only"}});
+    const EODBCError e = Build(script);
+    EXPECT_EQ(e.Message(), "only only ODBC State = 08001");
+    EXPECT_EQ(e.SQLState(), "08001;08001");
+}
+
+TEST(CreateODBCError, NativeCodeComesFromTheFirstRecordThatHasOne) {
+    {
+        ScriptedDiagnostics script({{"01000", 0, "m1"}, {"42601", 1234, "m2"}, {"HY000", 99, "m3"}});
+        const EODBCError e = Build(script);
+        EXPECT_EQ(e.NativeError(), 1234);
+        EXPECT_EQ(e.NativeMessage(), "m2");
+    }
+    {
+        ScriptedDiagnostics script({{"01000", 7, "m1"}, {"42601", 1234, "m2"}});
+        const EODBCError e = Build(script);
+        EXPECT_EQ(e.NativeError(), 7);
+        EXPECT_EQ(e.NativeMessage(), "m1");
+    }
+    {
+        ScriptedDiagnostics script({{"01000", 0, "m1"}, {"01000", 0, "m2"}});
+        EXPECT_EQ(Build(script).NativeMessage(), "m1");
+    }
+}
+
+TEST(CreateODBCError, EmptyQueueAndFailingReadsYieldWhatTheFirstCallLeft) {
+    ScriptedDiagnostics empty({});
+    const EODBCError e = Build(empty);
+    EXPECT_EQ(empty.Calls(), 1);
+    EXPECT_EQ(e.Message(), "");
+    EXPECT_EQ(e.SQLState(), "");
+
+    int calls = 0;
+    const EODBCError failed = detail::BuildODBCError(
+        [&](detail::TDiagnosticBuffers&) {
+            ++calls;
+            return SQLRETURN(SQL_INVALID_HANDLE);
+        },
+        nullptr, nullptr, nullptr);
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(failed.Message(), "");
+}
+
+TEST(CreateODBCError, UnterminatedBuffersAndEndlessQueuesStayBounded) {
+    int calls = 0;
+    const EODBCError e = detail::BuildODBCError(
+        [&](detail::TDiagnosticBuffers& b) {
+            ++calls;
+            std::memset(b.State, 'S', sizeof b.State);
+            std::memset(b.Message, 'x', sizeof b.Message);
+            b.Native = 0;
+            return SQLRETURN(SQL_SUCCESS);
+        },
+        nullptr, nullptr, nullptr);
+    EXPECT_EQ(e.NativeMessage(), std::string(514, 'x'));
+    EXPECT_EQ(e.SQLState().substr(0, 7), "SSSSSS;");
+    EXPECT_LT(calls, 100000);
+}
+
+TEST(CreateODBCError, IsADatabaseErrorCarryingItsHandles) {
+    int envTag = 0, dbcTag = 0;
+    ScriptedDiagnostics script({{"HY000", 0, "m"}});
+    const EODBCError e = detail::BuildODBCError(std::ref(script), &envTag, &dbcTag, nullptr);
+    EXPECT_EQ(e.Henv(), &envTag);
+    EXPECT_EQ(e.Hdbc(), &dbcTag);
+    EXPECT_EQ(e.Hstmt(), nullptr);
+    EXPECT_NE(dynamic_cast<const EDatabaseError*>(&e), nullptr);
+    const EODBCDatabaseError plain("Database open");
+    EXPECT_EQ(dynamic_cast<const EDatabaseError*>(static_cast<const Exception*>(&plain)), nullptr);
+}
+
+} // namespace
+} // namespace quorda
