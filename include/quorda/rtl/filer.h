@@ -182,6 +182,7 @@ protected:
 private:
     std::string FPropName;
     bool FPropHandled = false;
+    int FSkipDepth = 0;
 };
 
 inline constexpr char SInvalidImage[] = "Invalid stream format";
