@@ -1,0 +1,211 @@
+#include "quorda/rtl/datetime.h"
+
+#include "datetime_p.h"
+
+#include <algorithm>
+#include <cmath>
+#include <ctime>
+
+namespace quorda {
+namespace detail {
+
+std::int32_t DayNumber(int year, int month, int day) {
+    // March-based year so that the leap day ends the year.
+    const int y = month <= 2 ? year - 1 : year;
+    const int era = (y >= 0 ? y : y - 399) / 400;
+    const int yearOfEra = y - era * 400;
+    const int dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
+    const int dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+    // era * 146097 + dayOfEra counts from 0000-03-01; 0001-01-01 is day 306 of that count.
+    return std::int32_t(era * 146097 + dayOfEra - 305);
+}
+
+void CivilFromDayNumber(std::int32_t dayNumber, int& year, int& month, int& day) {
+    const std::int64_t z = std::int64_t(dayNumber) + 305; // days since 0000-03-01
+    const std::int64_t era = (z >= 0 ? z : z - 146096) / 146097;
+    const int dayOfEra = int(z - era * 146097);
+    const int yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+    const int dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+    const int mp = (5 * dayOfYear + 2) / 153;
+    day = dayOfYear - (153 * mp + 2) / 5 + 1;
+    month = mp < 10 ? mp + 3 : mp - 9;
+    year = int(yearOfEra + era * 400) + (month <= 2 ? 1 : 0);
+}
+
+LocalClock ReadLocalClock() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    std::tm parts{};
+    localtime_r(&now.tv_sec, &parts);
+    return LocalClock{
+        parts.tm_year + 1900, parts.tm_mon + 1,          parts.tm_mday, parts.tm_hour, parts.tm_min,
+        parts.tm_sec,         int(now.tv_nsec / 1000000)};
+}
+
+} // namespace detail
+
+namespace {
+
+constexpr int kMonthDays[2][12] = {{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31},
+                                   {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31}};
+
+// Beyond this many days from 1899-12-30 a value has no time stamp (and no calendar date).
+constexpr double kDayLimit = 1.0e8;
+
+} // namespace
+
+bool IsLeapYear(int year) {
+    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
+
+int DaysInAMonth(int year, int month) {
+    if (month < 1 || month > 12) {
+        return 0;
+    }
+    return kMonthDays[IsLeapYear(year) ? 1 : 0][month - 1];
+}
+
+bool TryEncodeDate(int year, int month, int day, TDateTime& result) {
+    if (year < 1 || year > 9999 || day < 1 || day > DaysInAMonth(year, month)) {
+        return false;
+    }
+    result = double(detail::DayNumber(year, month, day) - DateDelta);
+    return true;
+}
+
+bool TryEncodeTime(int hour, int minute, int second, int msec, TDateTime& result) {
+    if (hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59 || msec < 0 ||
+        msec > 999) {
+        return false;
+    }
+    result = double(((hour * 60 + minute) * 60 + second) * 1000 + msec) / MSecsPerDay;
+    return true;
+}
+
+bool TryEncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec,
+                       TDateTime& result) {
+    TDateTime datePart = 0;
+    TDateTime timePart = 0;
+    if (!TryEncodeDate(year, month, day, datePart) || !TryEncodeTime(hour, minute, second, msec, timePart)) {
+        return false;
+    }
+    result = ComposeDateTime(datePart, timePart);
+    return true;
+}
+
+TDateTime EncodeDate(int year, int month, int day) {
+    TDateTime result = 0;
+    if (!TryEncodeDate(year, month, day, result)) {
+        throw EConvertError(FormatMessage("%d-%d-%d is not a valid date specification", year, month, day));
+    }
+    return result;
+}
+
+TDateTime EncodeTime(int hour, int minute, int second, int msec) {
+    TDateTime result = 0;
+    if (!TryEncodeTime(hour, minute, second, msec, result)) {
+        throw EConvertError(
+            FormatMessage("%d:%d:%d.%d is not a valid time specification", hour, minute, second, msec));
+    }
+    return result;
+}
+
+TDateTime EncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec) {
+    return ComposeDateTime(EncodeDate(year, month, day), EncodeTime(hour, minute, second, msec));
+}
+
+TDateTime ComposeDateTime(TDateTime datePart, TDateTime timePart) {
+    const double days = std::trunc(datePart);
+    const double time = std::fabs(timePart - std::trunc(timePart));
+    return days < 0 ? days - time : days + time;
+}
+
+TTimeStamp DateTimeToTimeStamp(TDateTime value) {
+    if (!std::isfinite(value) || std::fabs(value) > kDayLimit) {
+        throw EConvertError(FormatMessage("%f is not a valid date/time value.", value));
+    }
+    // The integral part is the day and the fraction, whatever the sign, the time of that day. The
+    // time is rounded to the millisecond; a time that rounds to 24:00 is midnight of the next day.
+    double days = std::trunc(value);
+    std::int32_t msec = std::int32_t(std::lround(std::fabs(value - days) * MSecsPerDay));
+    if (msec >= MSecsPerDay) {
+        msec = 0;
+        days += 1;
+    }
+    return TTimeStamp{msec, std::int32_t(days) + DateDelta};
+}
+
+TDateTime TimeStampToDateTime(const TTimeStamp& stamp) {
+    return ComposeDateTime(double(stamp.Date - DateDelta), double(stamp.Time) / MSecsPerDay);
+}
+
+double TimeStampToMSecs(const TTimeStamp& stamp) {
+    return double(stamp.Date) * MSecsPerDay + stamp.Time;
+}
+
+TTimeStamp MSecsToTimeStamp(double msecs) {
+    if (!std::isfinite(msecs) || std::fabs(msecs) > kDayLimit * MSecsPerDay) {
+        throw EConvertError(FormatMessage("%f is not a valid date/time value.", msecs / MSecsPerDay));
+    }
+    double days = std::trunc(msecs / MSecsPerDay);
+    std::int64_t time = std::llround(msecs - days * MSecsPerDay);
+    if (time >= MSecsPerDay) {
+        time -= MSecsPerDay;
+        days += 1;
+    }
+    return TTimeStamp{std::int32_t(time), std::int32_t(days)};
+}
+
+void DecodeDate(TDateTime value, std::uint16_t& year, std::uint16_t& month, std::uint16_t& day) {
+    const TTimeStamp stamp = DateTimeToTimeStamp(value);
+    if (stamp.Date <= 0) {
+        year = month = day = 0;
+        return;
+    }
+    int y = 0, m = 0, d = 0;
+    detail::CivilFromDayNumber(stamp.Date, y, m, d);
+    year = std::uint16_t(y);
+    month = std::uint16_t(m);
+    day = std::uint16_t(d);
+}
+
+void DecodeTime(TDateTime value, std::uint16_t& hour, std::uint16_t& minute, std::uint16_t& second,
+                std::uint16_t& msec) {
+    std::int32_t time = DateTimeToTimeStamp(value).Time;
+    hour = std::uint16_t(time / 3600000);
+    time %= 3600000;
+    minute = std::uint16_t(time / 60000);
+    time %= 60000;
+    second = std::uint16_t(time / 1000);
+    msec = std::uint16_t(time % 1000);
+}
+
+void DecodeDateTime(TDateTime value, std::uint16_t& year, std::uint16_t& month, std::uint16_t& day,
+                    std::uint16_t& hour, std::uint16_t& minute, std::uint16_t& second, std::uint16_t& msec) {
+    DecodeDate(value, year, month, day);
+    DecodeTime(value, hour, minute, second, msec);
+}
+
+int DayOfWeek(TDateTime value) {
+    // 0001-01-01 (day 1) was a Monday.
+    const std::int32_t dayNumber = DateTimeToTimeStamp(value).Date;
+    const int weekday = int(((dayNumber % 7) + 7) % 7);
+    return weekday + 1;
+}
+
+TDateTime Now() {
+    const detail::LocalClock c = detail::ReadLocalClock();
+    return EncodeDateTime(c.Year, c.Month, c.Day, c.Hour, c.Minute, std::min(c.Second, 59), c.MSec);
+}
+
+TDateTime Date() {
+    const detail::LocalClock c = detail::ReadLocalClock();
+    return EncodeDate(c.Year, c.Month, c.Day);
+}
+
+TDateTime Time() {
+    const detail::LocalClock c = detail::ReadLocalClock();
+    return EncodeTime(c.Hour, c.Minute, std::min(c.Second, 59), c.MSec);
+}
+
+} // namespace quorda
