@@ -26,7 +26,9 @@ std::string General(double value, int precision, char decimalSeparator) {
     if (precision < 1 || precision > kDoubleDigits) {
         precision = kDoubleDigits;
     }
-    const detail::DecimalDigits number = detail::ToDecimalDigits(value, precision);
+    // Rounded half away from zero from the 15 digits a double carries, as the fixed formats are.
+    const detail::DecimalDigits number =
+        detail::RoundSignificant(detail::ToDecimalDigits(value, kDoubleDigits), precision);
     if (number.Digits == "0") {
         return "0";
     }
@@ -68,7 +70,8 @@ std::string Exponent(double value, int precision, int digits, char decimalSepara
         precision = kDoubleDigits;
     }
     digits = std::clamp(digits, 0, 4);
-    detail::DecimalDigits number = detail::ToDecimalDigits(value, precision);
+    detail::DecimalDigits number =
+        detail::RoundSignificant(detail::ToDecimalDigits(value, kDoubleDigits), precision);
     number.Digits.resize(size_t(precision), '0');
     std::string result = number.Negative ? "-" : "";
     result += number.Digits[0];

@@ -49,6 +49,33 @@ DecimalDigits ToDecimalDigits(double value, int significant) {
     return result;
 }
 
+DecimalDigits RoundSignificant(DecimalDigits number, int significant) {
+    significant = std::max(significant, 1);
+    if (number.Digits.size() <= size_t(significant)) {
+        return number;
+    }
+    const bool up = number.Digits[size_t(significant)] >= '5';
+    number.Digits.resize(size_t(significant));
+    if (up) {
+        long i = significant - 1;
+        while (i >= 0 && number.Digits[size_t(i)] == '9') {
+            number.Digits[size_t(i)] = '0';
+            --i;
+        }
+        if (i >= 0) {
+            ++number.Digits[size_t(i)];
+        } else {
+            number.Digits.insert(number.Digits.begin(), '1');
+            number.Digits.pop_back();
+            ++number.Exponent;
+        }
+    }
+    while (number.Digits.size() > 1 && number.Digits.back() == '0') {
+        number.Digits.pop_back();
+    }
+    return number;
+}
+
 FixedDigits ToFixedDigits(const DecimalDigits& number, int decimals) {
     FixedDigits result;
     result.Negative = number.Negative;

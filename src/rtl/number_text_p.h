@@ -24,6 +24,9 @@ struct DecimalDigits {
 // Correctly rounded to the given number of significant digits (1 to 17).
 DecimalDigits ToDecimalDigits(double value, int significant);
 
+// Fewer significant digits of a decimal, rounded half away from zero.
+DecimalDigits RoundSignificant(DecimalDigits number, int significant);
+
 // Fixed notation of a decimal with exactly `decimals` fraction digits, rounded half away from zero.
 // IntPart has no leading zeros ("" for zero); AllZero tells that every digit came out 0.
 struct FixedDigits {

@@ -1,0 +1,278 @@
+#include "quorda/rtl/datetime.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <random>
+
+using namespace quorda;
+
+namespace {
+
+struct Ymd {
+    int Year, Month, Day;
+};
+
+Ymd DecodeYmd(TDateTime value) {
+    std::uint16_t y, m, d;
+    DecodeDate(value, y, m, d);
+    return {y, m, d};
+}
+
+// Restores the process-wide settings a test changes.
+struct SettingsGuard {
+    TFormatSettings Saved = FormatSettings();
+    ~SettingsGuard() { FormatSettings() = Saved; }
+};
+
+} // namespace
+
+TEST(DateTimeCalendar, KnownSerialNumbers) {
+    // The classic day numbering: 1899-12-30 is day 0, there is no 1900-02-29.
+    EXPECT_EQ(EncodeDate(1899, 12, 30), 0.0);
+    EXPECT_EQ(EncodeDate(1899, 12, 31), 1.0);
+    EXPECT_EQ(EncodeDate(1899, 12, 29), -1.0);
+    EXPECT_EQ(EncodeDate(1900, 1, 1), 2.0);
+    EXPECT_EQ(EncodeDate(1900, 3, 1), 61.0);
+    EXPECT_EQ(EncodeDate(2000, 1, 1), 36526.0);
+    EXPECT_EQ(EncodeDate(1, 1, 1), MinDateTime);
+    EXPECT_EQ(EncodeDate(9999, 12, 31), 2958465.0);
+    EXPECT_EQ(EncodeDate(1582, 10, 15) - EncodeDate(1582, 10, 4), 11.0); // proleptic Gregorian
+}
+
+TEST(DateTimeCalendar, EveryDayFromYearOneToYear9999DecodesInSequence) {
+    Ymd expected{1, 1, 1};
+    for (TDateTime day = MinDateTime; day <= 2958465.0; day += 1.0) {
+        const Ymd got = DecodeYmd(day);
+        ASSERT_TRUE(got.Year == expected.Year && got.Month == expected.Month && got.Day == expected.Day)
+            << "serial " << day << " decoded as " << got.Year << "-" << got.Month << "-" << got.Day;
+        ASSERT_EQ(EncodeDate(got.Year, got.Month, got.Day), day);
+        if (++expected.Day > DaysInAMonth(expected.Year, expected.Month)) {
+            expected.Day = 1;
+            if (++expected.Month > 12) {
+                expected.Month = 1;
+                ++expected.Year;
+            }
+        }
+    }
+    EXPECT_EQ(expected.Year, 10000);
+}
+
+TEST(DateTimeCalendar, LeapYearsAndInvalidParts) {
+    EXPECT_TRUE(IsLeapYear(2000));
+    EXPECT_FALSE(IsLeapYear(1900));
+    EXPECT_TRUE(IsLeapYear(1600));
+    EXPECT_FALSE(IsLeapYear(2023));
+    TDateTime value = 0;
+    EXPECT_TRUE(TryEncodeDate(2000, 2, 29, value));
+    EXPECT_FALSE(TryEncodeDate(1900, 2, 29, value));
+    EXPECT_FALSE(TryEncodeDate(0, 1, 1, value));
+    EXPECT_FALSE(TryEncodeDate(10000, 1, 1, value));
+    EXPECT_FALSE(TryEncodeDate(2000, 13, 1, value));
+    EXPECT_FALSE(TryEncodeDate(2000, 4, 31, value));
+    EXPECT_FALSE(TryEncodeTime(24, 0, 0, 0, value));
+    EXPECT_FALSE(TryEncodeTime(0, 60, 0, 0, value));
+    EXPECT_FALSE(TryEncodeTime(0, 0, 0, 1000, value));
+    EXPECT_FALSE(TryEncodeTime(-1, 0, 0, 0, value));
+    try {
+        EncodeDate(2023, 2, 30);
+        FAIL() << "no exception";
+    } catch (const EConvertError& e) {
+        EXPECT_EQ(e.Message(), "2023-2-30 is not a valid date specification");
+    }
+    try {
+        EncodeTime(24, 0, 0, 0);
+        FAIL() << "no exception";
+    } catch (const EConvertError& e) {
+        EXPECT_EQ(e.Message(), "24:0:0.0 is not a valid time specification");
+    }
+}
+
+TEST(DateTimeCalendar, DayOfWeek) {
+    EXPECT_EQ(DayOfWeek(EncodeDate(1899, 12, 30)), 7); // Saturday
+    EXPECT_EQ(DayOfWeek(EncodeDate(2000, 1, 1)), 7);
+    EXPECT_EQ(DayOfWeek(EncodeDate(1, 1, 1)), 2);    // Monday
+    EXPECT_EQ(DayOfWeek(EncodeDate(2024, 6, 2)), 1); // Sunday
+    EXPECT_EQ(DayOfWeek(-1.25), 6);                  // 1899-12-29, a Friday
+}
+
+TEST(DateTimeCalendar, DatesBefore1899KeepAPositiveTimeOfDay) {
+    const TDateTime value = EncodeDateTime(1899, 12, 29, 6, 0, 0, 0);
+    EXPECT_EQ(value, -1.25);
+    std::uint16_t y, m, d, h, n, s, z;
+    DecodeDateTime(-1.25, y, m, d, h, n, s, z);
+    EXPECT_EQ((std::vector<int>{y, m, d, h, n, s, z}), (std::vector<int>{1899, 12, 29, 6, 0, 0, 0}));
+
+    const TTimeStamp stamp = DateTimeToTimeStamp(-1.25);
+    EXPECT_EQ(stamp.Date, DateDelta - 1);
+    EXPECT_EQ(stamp.Time, 6 * 3600000);
+    EXPECT_EQ(TimeStampToDateTime(stamp), -1.25);
+
+    // 1066-10-14 15:30:00.250
+    const TDateTime hastings = EncodeDateTime(1066, 10, 14, 15, 30, 0, 250);
+    EXPECT_LT(hastings, 0);
+    DecodeDateTime(hastings, y, m, d, h, n, s, z);
+    EXPECT_EQ((std::vector<int>{y, m, d, h, n, s, z}), (std::vector<int>{1066, 10, 14, 15, 30, 0, 250}));
+}
+
+TEST(DateTimeCalendar, TimeThatRoundsToMidnightBelongsToTheNextDay) {
+    // Day 0 and day -5 with a time a hair before 24:00.
+    std::uint16_t y, m, d, h, n, s, z;
+    DecodeDateTime(0.99999999999, y, m, d, h, n, s, z);
+    EXPECT_EQ((std::vector<int>{y, m, d, h, n, s, z}), (std::vector<int>{1899, 12, 31, 0, 0, 0, 0}));
+    DecodeDateTime(-5.99999999999, y, m, d, h, n, s, z);
+    EXPECT_EQ((std::vector<int>{y, m, d, h}), (std::vector<int>{1899, 12, 26, 0}));
+    EXPECT_EQ(DateTimeToTimeStamp(-5.99999999999).Date, DateDelta - 4);
+}
+
+TEST(DateTimeCalendar, TimeStampsOfLandmarkDates) {
+    const Ymd dates[] = {{1, 1, 1},     {1582, 10, 15}, {1899, 12, 29}, {1899, 12, 30}, {1899, 12, 31},
+                         {1900, 2, 28}, {1900, 3, 1},   {2000, 2, 29},  {9999, 12, 31}};
+    for (const Ymd& date : dates) {
+        SCOPED_TRACE(testing::Message() << date.Year << "-" << date.Month << "-" << date.Day);
+        const TDateTime value = EncodeDateTime(date.Year, date.Month, date.Day, 23, 59, 59, 999);
+        const TTimeStamp stamp = DateTimeToTimeStamp(value);
+        EXPECT_EQ(stamp.Time, MSecsPerDay - 1);
+        EXPECT_EQ(stamp.Date,
+                  std::int32_t(std::trunc(EncodeDate(date.Year, date.Month, date.Day))) + DateDelta);
+        EXPECT_EQ(TimeStampToDateTime(stamp), value);
+        const double msecs = TimeStampToMSecs(stamp);
+        EXPECT_EQ(msecs, double(stamp.Date) * MSecsPerDay + stamp.Time);
+        EXPECT_EQ(MSecsToTimeStamp(msecs), stamp);
+        const Ymd back = DecodeYmd(value);
+        EXPECT_EQ(back.Year, date.Year);
+        EXPECT_EQ(back.Month, date.Month);
+        EXPECT_EQ(back.Day, date.Day);
+    }
+    EXPECT_EQ(DateTimeToTimeStamp(EncodeDate(1, 1, 1)).Date, 1);
+    EXPECT_EQ(DateTimeToTimeStamp(0).Date, DateDelta);
+}
+
+TEST(DateTimeCalendar, MillisecondsSurviveRoundTrips) {
+    std::mt19937 random(20240601);
+    std::uniform_int_distribution<int> year(1, 9999), month(1, 12), hour(0, 23), minute(0, 59), msec(0, 999);
+    for (int i = 0; i < 10000; ++i) {
+        const int y = year(random), mo = month(random);
+        const int d = std::uniform_int_distribution<int>(1, DaysInAMonth(y, mo))(random);
+        const int h = hour(random), n = minute(random), s = minute(random);
+        // Every tenth value uses 7 ms, the classic victim of off-by-one decoding.
+        const int z = i % 10 == 0 ? 7 : msec(random);
+        const TDateTime value = EncodeDateTime(y, mo, d, h, n, s, z);
+        std::uint16_t yy, mm, dd, hh, nn, ss, zz;
+        DecodeDateTime(value, yy, mm, dd, hh, nn, ss, zz);
+        ASSERT_EQ((std::vector<int>{yy, mm, dd, hh, nn, ss, zz}), (std::vector<int>{y, mo, d, h, n, s, z}));
+        const TTimeStamp stamp = DateTimeToTimeStamp(value);
+        ASSERT_EQ(stamp.Time % 1000, z);
+        ASSERT_EQ(DateTimeToTimeStamp(TimeStampToDateTime(MSecsToTimeStamp(TimeStampToMSecs(stamp)))), stamp);
+    }
+}
+
+TEST(DateTimeCalendar, NonFiniteValuesHaveNoTimeStamp) {
+    EXPECT_THROW(DateTimeToTimeStamp(NAN), EConvertError);
+    EXPECT_THROW(DateTimeToTimeStamp(INFINITY), EConvertError);
+    EXPECT_THROW(MSecsToTimeStamp(NAN), EConvertError);
+    // Before 0001-01-01 there is no calendar date.
+    const Ymd none = DecodeYmd(MinDateTime - 1);
+    EXPECT_EQ(none.Year + none.Month + none.Day, 0);
+}
+
+TEST(DateTimeCalendar, ClockReadsTheCurrentDay) {
+    const TDateTime today = Date();
+    const TDateTime now = Now();
+    EXPECT_EQ(std::trunc(today), today);
+    EXPECT_GE(now, today);
+    EXPECT_LT(now, today + 1.0 + 1e-6);
+    EXPECT_GE(Time(), 0.0);
+    EXPECT_LT(Time(), 1.0);
+}
+
+TEST(DateTimeText, DefaultFormatsAreIso) {
+    const TDateTime value = EncodeDateTime(2000, 2, 29, 13, 5, 7, 8);
+    EXPECT_EQ(DateTimeToStr(value), "2000-02-29 13:05:07");
+    EXPECT_EQ(DateToStr(value), "2000-02-29");
+    EXPECT_EQ(TimeToStr(value), "13:05:07");
+    EXPECT_EQ(DateTimeToStr(EncodeDate(1, 1, 1)), "0001-01-01"); // midnight: no time part
+    EXPECT_EQ(DateTimeToStr(-1.25), "1899-12-29 06:00:00");
+}
+
+TEST(DateTimeText, FormatTokens) {
+    TFormatSettings settings;
+    const TDateTime value = EncodeDateTime(2005, 3, 7, 0, 5, 9, 42);
+    EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", value, settings), "2005-03-07 00:05:09.042");
+    EXPECT_EQ(FormatDateTime("yy/m/d h:n:s.z", value, settings), "05-3-7 0:5:9.42");
+    EXPECT_EQ(FormatDateTime("ddd dddd mmm mmmm", value, settings), "Mon Monday Mar March");
+    EXPECT_EQ(FormatDateTime("h:mm am/pm", value, settings), "12:05 am");
+    EXPECT_EQ(FormatDateTime("hh:mm AM/PM", value + 0.5, settings), "12:05 PM");
+    EXPECT_EQ(FormatDateTime("h a/p", value + 0.55, settings), "1 p");
+    EXPECT_EQ(FormatDateTime("hh ampm", value + 0.75, settings), "06 PM");
+    EXPECT_EQ(FormatDateTime("'Day' d \"of\" mmmm", value, settings), "Day 7 of March");
+    EXPECT_EQ(FormatDateTime("c", value, settings), "2005-03-07 00:05:09");
+    EXPECT_EQ(FormatDateTime("ddddd t", value, settings), "2005-03-07 00:05");
+
+    settings.DateSeparator = '.';
+    settings.TimeSeparator = 'h';
+    settings.ShortDateFormat = "dd/mm/yyyy";
+    EXPECT_EQ(FormatDateTime("c", value, settings), "07.03.2005 00h05h09");
+    EXPECT_EQ(FormatDateTime("hh:nn", value, settings), "00h05");
+    // A format that names itself stops instead of recursing forever.
+    settings.ShortDateFormat = "ddddd";
+    EXPECT_EQ(FormatDateTime("ddddd", value, settings), "");
+}
+
+TEST(DateTimeText, ParseDatesAndTimes) {
+    EXPECT_EQ(StrToDate("2000-02-29"), EncodeDate(2000, 2, 29));
+    EXPECT_EQ(StrToDate(" 0001-01-01 "), MinDateTime);
+    EXPECT_EQ(StrToTime("13:05:07.008"), EncodeTime(13, 5, 7, 8));
+    EXPECT_EQ(StrToTime("13:05"), EncodeTime(13, 5, 0, 0));
+    EXPECT_EQ(StrToTime("1:05 PM"), EncodeTime(13, 5, 0, 0));
+    EXPECT_EQ(StrToTime("12:00 am"), 0.0);
+    EXPECT_EQ(StrToTime("10:00:00.5"), EncodeTime(10, 0, 0, 500));
+    EXPECT_EQ(StrToDateTime("2000-02-29 13:05:07"), EncodeDateTime(2000, 2, 29, 13, 5, 7, 0));
+    EXPECT_EQ(StrToDateTime("2000-02-29T13:05:07.250"), EncodeDateTime(2000, 2, 29, 13, 5, 7, 250));
+    EXPECT_EQ(StrToDateTime("1899-12-29 06:00"), -1.25);
+    EXPECT_EQ(StrToDateTime("2000-02-29"), EncodeDate(2000, 2, 29));
+    EXPECT_EQ(StrToDateTime("06:30"), EncodeTime(6, 30, 0, 0));
+
+    TFormatSettings dmy;
+    dmy.ShortDateFormat = "dd/mm/yyyy";
+    dmy.DateSeparator = '/';
+    EXPECT_EQ(StrToDate("29/02/2000", dmy), EncodeDate(2000, 2, 29));
+    EXPECT_EQ(StrToDate("1.3.1900", dmy), EncodeDate(1900, 3, 1));
+    TDateTime value = 0;
+    // Two-digit years fall within 50 years of today.
+    EXPECT_TRUE(TryStrToDate("28/02/99", value, dmy));
+    EXPECT_EQ(DecodeYmd(value).Year, 1999);
+    EXPECT_TRUE(TryStrToDate("01/01/24", value, dmy));
+    EXPECT_EQ(DecodeYmd(value).Year, 2024);
+
+    for (const char* bad :
+         {"", "2000-02-30", "2000-02", "2000--02-01", "x2000-01-01", "2000-01-01-", "12345-1-1"}) {
+        EXPECT_FALSE(TryStrToDate(bad, value)) << bad;
+    }
+    for (const char* bad : {"", "24:00", "12:60", "13:00 PM", "1:2:3:4", "12:00:00.", "12", "12:00x"}) {
+        EXPECT_FALSE(TryStrToTime(bad, value)) << bad;
+    }
+    try {
+        StrToDate("2000-02-30");
+        FAIL() << "no exception";
+    } catch (const EConvertError& e) {
+        EXPECT_EQ(e.Message(), "\"2000-02-30\" is not a valid date");
+    }
+    EXPECT_THROW(StrToTime("25:00"), EConvertError);
+    EXPECT_THROW(StrToDateTime("2000-01-01 25:00"), EConvertError);
+}
+
+TEST(DateTimeText, TextRoundTripsUseTheGlobalSettings) {
+    SettingsGuard guard;
+    FormatSettings().ShortDateFormat = "mm/dd/yyyy";
+    FormatSettings().DateSeparator = '/';
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> serial(MinDateTime, 2958465.0);
+    for (int i = 0; i < 1000; ++i) {
+        // Whole seconds: the long time format carries no milliseconds.
+        const TDateTime value = TimeStampToDateTime(MSecsToTimeStamp(
+            std::round(TimeStampToMSecs(DateTimeToTimeStamp(serial(random))) / 1000) * 1000));
+        const std::string text = DateTimeToStr(value);
+        ASSERT_EQ(StrToDateTime(text), value) << text;
+    }
+    EXPECT_EQ(DateToStr(EncodeDate(2001, 2, 3)), "02/03/2001");
+}

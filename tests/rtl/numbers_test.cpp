@@ -1,0 +1,259 @@
+#include "quorda/rtl/currency.h"
+#include "quorda/rtl/numbers.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+
+using namespace quorda;
+
+namespace {
+
+struct SettingsGuard {
+    TFormatSettings Saved = FormatSettings();
+    ~SettingsGuard() { FormatSettings() = Saved; }
+};
+
+TFormatSettings Continental() {
+    TFormatSettings settings;
+    settings.DecimalSeparator = ',';
+    settings.ThousandSeparator = '.';
+    return settings;
+}
+
+} // namespace
+
+TEST(FloatText, GeneralFormat) {
+    const std::pair<double, const char*> cases[] = {
+        {0, "0"},
+        {-0.0, "0"},
+        {1.5, "1.5"},
+        {-1.5, "-1.5"},
+        {0.1 + 0.2, "0.3"},
+        {1.0 / 3, "0.333333333333333"},
+        {2.0 / 3, "0.666666666666667"},
+        {100, "100"},
+        {123456789012345.0, "123456789012345"},
+        {1e15, "1E15"},
+        {1234567890123456789.0, "1.23456789012346E18"},
+        {1e-5, "0.00001"},
+        {1.5e-6, "1.5E-6"},
+        {-2.5e-300, "-2.5E-300"},
+        {std::numeric_limits<double>::max(), "1.79769313486232E308"},
+        {std::numeric_limits<double>::quiet_NaN(), "Nan"},
+        {std::numeric_limits<double>::infinity(), "+Inf"},
+        {-std::numeric_limits<double>::infinity(), "-Inf"},
+    };
+    for (const auto& [value, text] : cases) {
+        EXPECT_EQ(FloatToStr(value), text) << value;
+    }
+    EXPECT_EQ(FloatToStrF(1234.5678, ffGeneral, 6, 0), "1234.57");
+    EXPECT_EQ(FloatToStrF(1234567.0, ffGeneral, 4, 0), "1.235E6");
+}
+
+TEST(FloatText, OtherDecimalSeparator) {
+    const TFormatSettings settings = Continental();
+    EXPECT_EQ(FloatToStr(1.5, settings), "1,5");
+    EXPECT_EQ(FloatToStr(1.5e-6, settings), "1,5E-6");
+    EXPECT_EQ(StrToFloat("1,5", settings), 1.5);
+    EXPECT_EQ(StrToFloat("-1,5e3", settings), -1500);
+    double value = 0;
+    EXPECT_FALSE(TryStrToFloat("1.5", value, settings));
+    EXPECT_FALSE(TryStrToFloat("1.000,5", value, settings)); // no thousand separators
+
+    SettingsGuard guard;
+    FormatSettings() = settings;
+    EXPECT_EQ(FloatToStr(-0.25), "-0,25");
+    EXPECT_EQ(StrToFloat("0,25"), 0.25);
+    try {
+        StrToFloat("0.25");
+        FAIL() << "no exception";
+    } catch (const EConvertError& e) {
+        EXPECT_EQ(e.Message(), "\"0.25\" is an invalid float");
+    }
+}
+
+TEST(FloatText, ParsingRules) {
+    EXPECT_EQ(StrToFloat("  -1.25e2 "), -125);
+    EXPECT_EQ(StrToFloat("+5"), 5);
+    EXPECT_EQ(StrToFloat(".5"), 0.5);
+    EXPECT_EQ(StrToFloat("5."), 5);
+    EXPECT_EQ(StrToFloat("1E+3"), 1000);
+    EXPECT_EQ(StrToFloat("1e-400"), 0);
+    EXPECT_EQ(StrToFloat("0e999"), 0);
+    EXPECT_EQ(StrToFloatDef("x", 7.5), 7.5);
+    double value = 0;
+    for (const char* bad :
+         {"", " ", ".", "-", "1x", "1e", "1e+", "e5", "1 2", "1e400", "--1", "0x10", "inf", "nan"}) {
+        EXPECT_FALSE(TryStrToFloat(bad, value)) << bad;
+    }
+}
+
+TEST(FloatText, GeneralTextReadsBackToTheSameFifteenDigits) {
+    std::mt19937_64 random(42);
+    std::uniform_real_distribution<double> mantissa(-10, 10);
+    std::uniform_int_distribution<int> exponent(-30, 30);
+    for (int i = 0; i < 5000; ++i) {
+        const double value = mantissa(random) * std::pow(10.0, exponent(random));
+        const std::string text = FloatToStr(value);
+        const double back = StrToFloat(text);
+        ASSERT_LE(std::fabs(back - value), std::fabs(value) * 1e-14) << text;
+        ASSERT_EQ(FloatToStr(back), text);
+    }
+}
+
+TEST(FloatText, FixedNumberExponentAndCurrencyFormats) {
+    EXPECT_EQ(FloatToStrF(1234567.891, ffNumber, 15, 2), "1,234,567.89");
+    EXPECT_EQ(FloatToStrF(-1234567.891, ffNumber, 15, 2), "-1,234,567.89");
+    EXPECT_EQ(FloatToStrF(999.995, ffNumber, 15, 2), "1,000.00");
+    EXPECT_EQ(FloatToStrF(123, ffNumber, 15, 0), "123");
+    EXPECT_EQ(FloatToStrF(-0.001, ffNumber, 15, 2), "0.00");
+    EXPECT_EQ(FloatToStrF(1234567.891, ffNumber, 15, 2, Continental()), "1.234.567,89");
+    EXPECT_EQ(FloatToStrF(2.5, ffFixed, 15, 0), "3");
+    EXPECT_EQ(FloatToStrF(1.005, ffFixed, 15, 2), "1.01");
+    EXPECT_EQ(FloatToStrF(1234567.891, ffFixed, 15, 1), "1234567.9");
+    EXPECT_EQ(FloatToStrF(0.5, ffFixed, 15, -1), "0.50");
+    EXPECT_EQ(FloatToStrF(1234.5, ffExponent, 4, 2), "1.235E+03");
+    EXPECT_EQ(FloatToStrF(-0.00012, ffExponent, 3, 0), "-1.20E-4");
+    EXPECT_EQ(FloatToStrF(1.0, ffExponent, 15, 9), "1.00000000000000E+0000");
+
+    TFormatSettings settings;
+    settings.CurrencyString = "$";
+    settings.CurrencyDecimals = 2;
+    const std::pair<int, const char*> positive[] = {
+        {0, "$1,234.50"}, {1, "1,234.50$"}, {2, "$ 1,234.50"}, {3, "1,234.50 $"}};
+    for (const auto& [format, text] : positive) {
+        settings.CurrencyFormat = static_cast<unsigned char>(format);
+        EXPECT_EQ(FloatToStrF(1234.5, ffCurrency, 15, -1, settings), text);
+    }
+    const std::pair<int, const char*> negative[] = {{0, "($1.50)"}, {1, "-$1.50"},   {5, "-1.50$"},
+                                                    {8, "-1.50 $"}, {12, "$ -1.50"}, {15, "(1.50 $)"}};
+    for (const auto& [format, text] : negative) {
+        settings.NegCurrFormat = static_cast<unsigned char>(format);
+        EXPECT_EQ(FloatToStrF(-1.5, ffCurrency, 15, -1, settings), text) << format;
+    }
+}
+
+TEST(FloatText, PictureFormats) {
+    struct Case {
+        const char* Format;
+        double Value;
+        const char* Text;
+    };
+    const Case cases[] = {
+        {"#,##0.00", 1234567.891, "1,234,567.89"},
+        {"#,##0.00", -1234.5, "-1,234.50"},
+        {"#,##0.00", 0, "0.00"},
+        {"0.###", 0.5, "0.5"},
+        {"0.###", 12345, "12345"},
+        {"#.##", 0.5, ".5"},
+        {"#.##", 0, ""},
+        {"000", 1, "001"},
+        {"000", -1234.5, "-1235"},
+        {"0.00E+00", 1234567.891, "1.23E+06"},
+        {"0.00E+00", 0.004, "4.00E-03"},
+        {"0.0E-0", 9.99, "1.0E1"},
+        {"00.0e+0", 12345, "12.3e+3"},
+        {"$#,##0.00;($#,##0.00);'zero'", 1234.5, "$1,234.50"},
+        {"$#,##0.00;($#,##0.00);'zero'", -1234.5, "($1,234.50)"},
+        {"$#,##0.00;($#,##0.00);'zero'", 0, "zero"},
+        {"0.00;-0.00;'zero'", 0.001, "zero"},
+        {"0.00;;'zero'", -2, "-2.00"},
+        {"\"#\"0", 5, "#5"},
+        {"0 'items'", 3, "3 items"},
+        {"", 0.25, "0.25"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(FormatFloat(c.Format, c.Value), c.Text) << c.Format << " with " << c.Value;
+    }
+    EXPECT_EQ(FormatFloat("#,##0.00", 1234567.891, Continental()), "1.234.567,89");
+}
+
+TEST(IntText, DecimalHexAndRange) {
+    EXPECT_EQ(StrToInt("42"), 42);
+    EXPECT_EQ(StrToInt(" -42 "), -42);
+    EXPECT_EQ(StrToInt("+7"), 7);
+    EXPECT_EQ(StrToInt("$FF"), 255);
+    EXPECT_EQ(StrToInt("0x1f"), 31);
+    EXPECT_EQ(StrToInt("2147483647"), 2147483647);
+    EXPECT_EQ(StrToInt("-2147483648"), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(StrToInt64("9223372036854775807"), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(StrToInt64("-9223372036854775808"), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(StrToIntDef("x", -1), -1);
+    EXPECT_EQ(StrToInt64Def("", 5), 5);
+    std::int32_t value = 0;
+    for (const char* bad : {"", "-", "$", "0x", "2147483648", "-2147483649", "12a", "1 2", "1.0", "--1"}) {
+        EXPECT_FALSE(TryStrToInt(bad, value)) << bad;
+    }
+    std::int64_t wide = 0;
+    EXPECT_FALSE(TryStrToInt64("9223372036854775808", wide));
+    EXPECT_FALSE(TryStrToInt64("99999999999999999999", wide));
+    try {
+        StrToInt("2147483648");
+        FAIL() << "no exception";
+    } catch (const EConvertError& e) {
+        EXPECT_EQ(e.Message(), "\"2147483648\" is an invalid integer");
+    }
+}
+
+TEST(IntText, Booleans) {
+    EXPECT_TRUE(StrToBool("TRUE"));
+    EXPECT_FALSE(StrToBool("false"));
+    EXPECT_TRUE(StrToBool("-1"));
+    EXPECT_FALSE(StrToBool("0"));
+    EXPECT_EQ(BoolToStr(true), "-1");
+    EXPECT_EQ(BoolToStr(false, true), "False");
+    try {
+        StrToBool("maybe");
+        FAIL() << "no exception";
+    } catch (const EConvertError& e) {
+        EXPECT_EQ(e.Message(), "\"maybe\" is not a valid boolean.");
+    }
+}
+
+TEST(CurrencyValue, RoundingFromFloatsAndText) {
+    EXPECT_EQ(Currency(1.00005).Raw(), 10001); // half away from zero on the decimal value
+    EXPECT_EQ(Currency(-1.00005).Raw(), -10001);
+    EXPECT_EQ(Currency(0.12344).Raw(), 1234);
+    EXPECT_EQ(Currency(123456789012.3456).Raw(), 1234567890123456);
+    EXPECT_EQ(Currency(2.5).Round(), 3);
+    EXPECT_EQ(Currency(-2.5).Round(), -3);
+    EXPECT_THROW(Currency(1e300), EIntOverflow);
+    EXPECT_THROW(Currency(std::numeric_limits<double>::quiet_NaN()), EIntOverflow);
+    EXPECT_THROW(Currency(std::numeric_limits<std::int64_t>::max()), EIntOverflow);
+
+    EXPECT_EQ(StrToCurr("922337203685477.5807"), MaxCurrency);
+    EXPECT_EQ(StrToCurr("-922337203685477.5808"), MinCurrency);
+    EXPECT_EQ(StrToCurr("1.23455").Raw(), 12346);
+    EXPECT_EQ(StrToCurr("-1.23455").Raw(), -12346);
+    EXPECT_EQ(StrToCurr("1.23454999").Raw(), 12345);
+    EXPECT_EQ(StrToCurr(" 1e3 ").Raw(), 10000000);
+    EXPECT_EQ(StrToCurr("1,5", Continental()).Raw(), 15000);
+    Currency value;
+    for (const char* bad : {"", "x", "1.2.3", "922337203685477.5808", "1e300", "1,5"}) {
+        EXPECT_FALSE(TryStrToCurr(bad, value)) << bad;
+    }
+    EXPECT_THROW(StrToCurr("x"), EConvertError);
+}
+
+TEST(CurrencyValue, ArithmeticAndText) {
+    EXPECT_EQ(Currency(1.5) * Currency(2.25), Currency(3.375));
+    EXPECT_EQ((Currency(1) / Currency(3)).Raw(), 3333);
+    EXPECT_EQ((Currency(2) / Currency(3)).Raw(), 6667);
+    EXPECT_EQ((Currency(-2) / Currency(3)).Raw(), -6667);
+    EXPECT_EQ((Currency::FromRaw(5) * Currency(0.5)).Raw(), 3); // 0.00025 rounds away from zero
+    EXPECT_EQ(Currency(1) + Currency(2) - Currency(0.5), Currency(2.5));
+    EXPECT_LT(Currency(-1), Currency(0.0001));
+    EXPECT_THROW(Currency(1) / Currency(), EDivByZero);
+    EXPECT_THROW(MaxCurrency + Currency::FromRaw(1), EIntOverflow);
+    EXPECT_THROW(-MinCurrency, EIntOverflow);
+    EXPECT_THROW(MaxCurrency * Currency(2), EIntOverflow);
+
+    EXPECT_EQ(CurrToStr(Currency(12.5)), "12.5");
+    EXPECT_EQ(CurrToStr(Currency(3)), "3");
+    EXPECT_EQ(CurrToStr(Currency::FromRaw(-1)), "-0.0001");
+    EXPECT_EQ(CurrToStr(MinCurrency), "-922337203685477.5808");
+    EXPECT_EQ(CurrToStr(Currency(-1.25), Continental()), "-1,25");
+    EXPECT_EQ(Currency(0.1).ToDouble(), 0.1);
+}
