@@ -120,13 +120,14 @@ void TComponent::InsertComponent(TComponent* AComponent) {
     if (AComponent == nullptr || AComponent == this) {
         return;
     }
+    AComponent->ValidateInsert(this);
+    // Two components of one owner with the same name would make FindComponent ambiguous.
+    if (!AComponent->FName.empty() && FindComponent(AComponent->FName) != nullptr) {
+        throw EComponentError(FormatMessage(SDuplicateName, AComponent->FName));
+    }
     if (AComponent->FOwner != nullptr) {
         // A component has one owner; moving it means leaving the old one first.
         AComponent->FOwner->RemoveComponent(AComponent);
-    }
-    AComponent->ValidateInsert(this);
-    if (!AComponent->FName.empty() && FindComponent(AComponent->FName) != nullptr) {
-        throw EComponentError(FormatMessage(SDuplicateName, AComponent->FName));
     }
     Insert(AComponent);
     if (FComponentState.Contains(csDesigning)) {

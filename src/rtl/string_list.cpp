@@ -1,16 +1,17 @@
 #include "quorda/rtl/strings.h"
 
 #include <algorithm>
+#include <memory>
 #include <numeric>
 
 namespace quorda {
 
 TStringList::~TStringList() {
-    if (FOwnsObjects) {
-        for (auto& item : FList) {
-            delete item.FObject;
-            item.FObject = nullptr;
+    for (TStringItem* item : FList) {
+        if (FOwnsObjects) {
+            delete item->FObject;
         }
+        delete item;
     }
 }
 
@@ -22,7 +23,7 @@ void TStringList::CheckIndex(int Index) const {
 
 std::string TStringList::Get(int Index) const {
     CheckIndex(Index);
-    return FList[static_cast<std::size_t>(Index)].FString;
+    return Item(Index).FString;
 }
 
 void TStringList::Put(int Index, const std::string& S) {
@@ -31,19 +32,19 @@ void TStringList::Put(int Index, const std::string& S) {
     }
     CheckIndex(Index);
     Changing();
-    FList[static_cast<std::size_t>(Index)].FString = S;
+    Item(Index).FString = S;
     Changed();
 }
 
 TObject* TStringList::GetObject(int Index) const {
     CheckIndex(Index);
-    return FList[static_cast<std::size_t>(Index)].FObject;
+    return Item(Index).FObject;
 }
 
 void TStringList::PutObject(int Index, TObject* AObject) {
     CheckIndex(Index);
     Changing();
-    FList[static_cast<std::size_t>(Index)].FObject = AObject;
+    Item(Index).FObject = AObject;
     Changed();
 }
 
@@ -79,17 +80,19 @@ void TStringList::Insert(int Index, const std::string& S) {
 
 void TStringList::InsertItem(int Index, const std::string& S, TObject* AObject) {
     Changing();
-    FList.insert(FList.begin() + Index, TStringItem{S, AObject});
+    auto item = std::make_unique<TStringItem>(TStringItem{S, AObject});
+    FList.insert(FList.begin() + Index, item.get());
+    item.release();
     Changed();
 }
 
 void TStringList::Delete(int Index) {
     CheckIndex(Index);
     Changing();
-    TObject* object = FList[static_cast<std::size_t>(Index)].FObject;
+    std::unique_ptr<TStringItem> item(FList[static_cast<std::size_t>(Index)]);
     FList.erase(FList.begin() + Index);
     if (FOwnsObjects) {
-        delete object;
+        delete item->FObject;
     }
     Changed();
 }
@@ -99,12 +102,13 @@ void TStringList::Clear() {
         return;
     }
     Changing();
-    std::vector<TStringItem> old;
+    std::vector<TStringItem*> old;
     old.swap(FList);
-    if (FOwnsObjects) {
-        for (auto& item : old) {
-            delete item.FObject;
+    for (TStringItem* item : old) {
+        if (FOwnsObjects) {
+            delete item->FObject;
         }
+        delete item;
     }
     Changed();
 }
@@ -155,20 +159,19 @@ bool TStringList::Find(const std::string& S, int& Index) const {
     int high = Count();
     while (low < high) {
         const int middle = low + (high - low) / 2;
-        if (CompareStrings(FList[static_cast<std::size_t>(middle)].FString, S) < 0) {
+        if (CompareStrings(Item(middle).FString, S) < 0) {
             low = middle + 1;
         } else {
             high = middle;
         }
     }
     Index = low;
-    return low < Count() && CompareStrings(FList[static_cast<std::size_t>(low)].FString, S) == 0;
+    return low < Count() && CompareStrings(Item(low).FString, S) == 0;
 }
 
 void TStringList::Sort() {
     CustomSort([](TStringList* List, int Index1, int Index2) {
-        return List->CompareStrings(List->FList[static_cast<std::size_t>(Index1)].FString,
-                                    List->FList[static_cast<std::size_t>(Index2)].FString);
+        return List->CompareStrings(List->Item(Index1).FString, List->Item(Index2).FString);
     });
 }
 
@@ -182,10 +185,10 @@ void TStringList::CustomSort(const TStringListSortCompare& Compare) {
     std::vector<int> order(FList.size());
     std::iota(order.begin(), order.end(), 0);
     std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return Compare(this, a, b) < 0; });
-    std::vector<TStringItem> sorted;
+    std::vector<TStringItem*> sorted;
     sorted.reserve(FList.size());
     for (int index : order) {
-        sorted.push_back(std::move(FList[static_cast<std::size_t>(index)]));
+        sorted.push_back(FList[static_cast<std::size_t>(index)]);
     }
     FList.swap(sorted);
     Changed();

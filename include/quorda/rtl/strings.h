@@ -190,8 +190,11 @@ private:
 
     void CheckIndex(int Index) const;
     void ExchangeItems(int Index1, int Index2);
+    TStringItem& Item(int Index) const { return *FList[static_cast<std::size_t>(Index)]; }
 
-    std::vector<TStringItem> FList;
+    // Items are held by pointer so that inserting into a long sorted list moves only pointers.
+    // The list owns them.
+    std::vector<TStringItem*> FList;
     TDuplicates FDuplicates = dupIgnore;
     bool FSorted = false;
     bool FOwnsObjects = false;

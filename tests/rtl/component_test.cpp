@@ -1,0 +1,244 @@
+#include "quorda/rtl/component.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace quorda {
+namespace {
+
+// Logs what it hears and forgets a partner that goes away, as data-aware components do.
+class TProbe : public TComponent {
+public:
+    TProbe(TComponent* AOwner, std::string Label, std::vector<std::string>* Log)
+        : TComponent(AOwner), FLabel(std::move(Label)), FLog(Log) {}
+    ~TProbe() override {
+        if (FLog != nullptr) {
+            FLog->push_back("~" + FLabel);
+        }
+    }
+
+    void SetPartner(TComponent* Partner) {
+        FPartner = Partner;
+        if (Partner != nullptr) {
+            Partner->FreeNotification(this);
+        }
+    }
+    TComponent* Partner() const { return FPartner; }
+
+    void Notification(TComponent* AComponent, TOperation Operation) override {
+        TComponent::Notification(AComponent, Operation);
+        if (FLog != nullptr) {
+            FLog->push_back(FLabel + (Operation == opInsert ? ":insert:" : ":remove:") + AComponent->Name());
+        }
+        if (Operation == opRemove && AComponent == FPartner) {
+            FPartner = nullptr;
+        }
+    }
+
+    void Loaded() override {
+        TComponent::Loaded();
+        ++FLoadedCalls;
+    }
+    int FLoadedCalls = 0;
+
+private:
+    std::string FLabel;
+    std::vector<std::string>* FLog;
+    TComponent* FPartner = nullptr;
+};
+
+TEST(Component, OwnerDeletesItsComponentsLastFirst) {
+    std::vector<std::string> log;
+    {
+        TProbe owner(nullptr, "owner", nullptr);
+        new TProbe(&owner, "first", &log);
+        auto* second = new TProbe(&owner, "second", &log);
+        new TProbe(second, "grandchild", &log);
+        ASSERT_EQ(owner.ComponentCount(), 2);
+        EXPECT_EQ(owner.Components(1), second);
+        EXPECT_EQ(second->ComponentIndex(), 1);
+        EXPECT_EQ(second->Owner(), &owner);
+        log.clear();
+    }
+    EXPECT_EQ(log, (std::vector<std::string>{"~second", "~grandchild", "~first"}));
+}
+
+TEST(Component, DeletingAnOwnedComponentFirstDetachesItAndTellsTheOwnerTree) {
+    std::vector<std::string> log;
+    TProbe owner(nullptr, "owner", &log);
+    auto* a = new TProbe(&owner, "a", &log);
+    a->SetName("A");
+    auto* b = new TProbe(&owner, "b", &log);
+    b->SetName("B");
+    // The owner hears the insert and forwards it to the components it already owns.
+    EXPECT_EQ(log, (std::vector<std::string>{"owner:insert:", "a:insert:", "owner:insert:"}));
+    log.clear();
+
+    delete a;
+    ASSERT_EQ(owner.ComponentCount(), 1);
+    EXPECT_EQ(owner.Components(0), b);
+    // Siblings hear the removal through the owner; the component is already gone when they do.
+    EXPECT_EQ(log, (std::vector<std::string>{"~a", "b:remove:A", "owner:remove:A"}));
+
+    EXPECT_THROW(owner.Components(1), EComponentError);
+}
+
+TEST(Component, FreeNotificationPartnersHearTheRemovalEitherWay) {
+    std::vector<std::string> log;
+    auto* source = new TProbe(nullptr, "source", &log);
+    source->SetName("Source");
+    auto* viewer = new TProbe(nullptr, "viewer", &log);
+    viewer->SetName("Viewer");
+    viewer->SetPartner(source);
+    EXPECT_TRUE(source->ComponentState().Contains(csFreeNotification));
+
+    log.clear();
+    delete source;
+    EXPECT_EQ(viewer->Partner(), nullptr);
+    EXPECT_EQ(log, (std::vector<std::string>{"~source", "viewer:remove:Source"}));
+    EXPECT_FALSE(viewer->ComponentState().Contains(csFreeNotification));
+
+    // The other direction: the partner that goes first is forgotten, nothing dangles (ASan).
+    auto* source2 = new TProbe(nullptr, "source2", &log);
+    viewer->SetPartner(source2);
+    delete viewer;
+    log.clear();
+    delete source2;
+    EXPECT_EQ(log, (std::vector<std::string>{"~source2"}));
+}
+
+TEST(Component, PartnersInsideOneOwnerAreSafeWhenTheOwnerGoes) {
+    std::vector<std::string> log;
+    auto* form = new TProbe(nullptr, "form", nullptr);
+    auto* link = new TProbe(form, "link", &log);
+    auto* data = new TProbe(form, "data", &log);
+    data->SetName("Data");
+    link->SetPartner(data);
+    // A partner outside the form too.
+    TProbe outside(nullptr, "outside", &log);
+    outside.SetPartner(link);
+    link->SetName("Link");
+
+    log.clear();
+    delete form;
+    EXPECT_EQ(outside.Partner(), nullptr);
+    // data is deleted first (last owned), link hears it, then link goes and outside hears it.
+    EXPECT_EQ(log, (std::vector<std::string>{"~data", "link:remove:Data", "~link", "outside:remove:Link"}));
+}
+
+TEST(Component, ComponentsAreDestroyingWhilePartnersAreTold) {
+    class TWatcher : public TComponent {
+    public:
+        using TComponent::TComponent;
+        void Notification(TComponent* AComponent, TOperation Operation) override {
+            TComponent::Notification(AComponent, Operation);
+            if (Operation == opRemove) {
+                FSawDestroying = AComponent->ComponentState().Contains(csDestroying);
+            }
+        }
+        bool FSawDestroying = false;
+    };
+    TWatcher watcher(nullptr);
+    auto* owner = new TComponent(nullptr);
+    auto* child = new TComponent(owner);
+    child->FreeNotification(&watcher);
+    delete owner;
+    EXPECT_TRUE(watcher.FSawDestroying);
+}
+
+TEST(Component, NamesAreIdentifiersUniqueWithinTheOwner) {
+    TComponent owner(nullptr);
+    auto* a = new TComponent(&owner);
+    auto* b = new TComponent(&owner);
+    a->SetName("Query1");
+    try {
+        b->SetName("QUERY1");
+        FAIL();
+    } catch (const EComponentError& e) {
+        EXPECT_STREQ(e.what(), "A component named QUERY1 already exists");
+    }
+    try {
+        b->SetName("1st");
+        FAIL();
+    } catch (const EComponentError& e) {
+        EXPECT_STREQ(e.what(), "'1st' is not a valid component name");
+    }
+    EXPECT_THROW(b->SetName("has space"), EComponentError);
+    a->SetName("query1"); // a case change of its own name is fine
+    b->SetName("_Query2");
+    EXPECT_EQ(owner.FindComponent("QUERY1"), a);
+    EXPECT_EQ(owner.FindComponent("_query2"), b);
+    EXPECT_EQ(owner.FindComponent(""), nullptr);
+
+    TComponent other(nullptr);
+    auto* c = new TComponent(&other);
+    EXPECT_NO_THROW(c->SetName("Query1"));
+    // Moving it into an owner that already has that name is refused; it stays where it was.
+    EXPECT_THROW(owner.InsertComponent(c), EComponentError);
+    c->SetName("Query3");
+    owner.InsertComponent(c);
+    EXPECT_EQ(c->Owner(), &owner);
+    EXPECT_EQ(other.ComponentCount(), 0);
+    EXPECT_EQ(owner.ComponentCount(), 3);
+
+    owner.RemoveComponent(c);
+    EXPECT_EQ(c->Owner(), nullptr);
+    delete c;
+}
+
+TEST(Component, StateFlagsForLoadingAndDesigning) {
+    TProbe owner(nullptr, "owner", nullptr);
+    owner.BeginLoading();
+    EXPECT_TRUE(owner.ComponentState().Contains(csLoading));
+    EXPECT_TRUE(owner.ComponentState().Contains(csReading));
+    owner.EndLoading();
+    EXPECT_TRUE(owner.ComponentState().Empty());
+    EXPECT_EQ(owner.FLoadedCalls, 1);
+
+    auto* child = new TComponent(&owner);
+    owner.SetDesigning(true);
+    EXPECT_TRUE(child->IsDesigning());
+    auto* late = new TComponent(&owner);
+    EXPECT_TRUE(late->IsDesigning());
+    owner.RemoveComponent(late);
+    EXPECT_FALSE(late->IsDesigning());
+    delete late;
+    owner.SetDesigning(false, false);
+    EXPECT_TRUE(child->IsDesigning());
+}
+
+TEST(Component, ComponentIndexMovesWithinTheOwner) {
+    TComponent owner(nullptr);
+    auto* a = new TComponent(&owner);
+    auto* b = new TComponent(&owner);
+    auto* c = new TComponent(&owner);
+    c->SetComponentIndex(0);
+    EXPECT_EQ(owner.Components(0), c);
+    EXPECT_EQ(owner.Components(1), a);
+    a->SetComponentIndex(99);
+    EXPECT_EQ(owner.Components(2), a);
+    EXPECT_EQ(b->ComponentIndex(), 1);
+    owner.DestroyComponents();
+    EXPECT_EQ(owner.ComponentCount(), 0);
+}
+
+TEST(Persistent, AssignWithoutAKnownSourceNamesBothClasses) {
+    TPersistent target;
+    TComponent source(nullptr);
+    try {
+        target.Assign(&source);
+        FAIL();
+    } catch (const EAssignError& e) {
+        EXPECT_STREQ(e.what(), "Cannot assign a TComponent to a TPersistent");
+    }
+    try {
+        target.Assign(nullptr);
+        FAIL();
+    } catch (const EAssignError& e) {
+        EXPECT_STREQ(e.what(), "Cannot assign a nil to a TPersistent");
+    }
+}
+
+} // namespace
+} // namespace quorda

@@ -1,0 +1,338 @@
+#include "quorda/rtl/component.h"
+#include "quorda/rtl/stream.h"
+#include "quorda/rtl/string_utils.h"
+#include "quorda/rtl/strings.h"
+
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace quorda {
+namespace {
+
+std::vector<std::string> Lines(const TStrings& List) {
+    return List.ToVector();
+}
+
+// Counts its own destructions so tests can see what a list deleted.
+class TCounted : public TObject {
+public:
+    explicit TCounted(int& Deleted) : FDeleted(Deleted) {}
+    ~TCounted() override { ++FDeleted; }
+
+private:
+    int& FDeleted;
+};
+
+TEST(StringList, SortedListPlacesItemsAndAppliesTheDuplicateRule) {
+    TStringList list;
+    list.SetSorted(true);
+    list.Add("pear");
+    list.Add("Apple");
+    list.Add("banana");
+    EXPECT_EQ(Lines(list), (std::vector<std::string>{"Apple", "banana", "pear"}));
+
+    // dupIgnore returns the existing (case-insensitively equal) entry and adds nothing.
+    EXPECT_EQ(list.Add("APPLE"), 0);
+    EXPECT_EQ(list.Count(), 3);
+
+    list.SetDuplicates(dupAccept);
+    list.Add("BANANA");
+    EXPECT_EQ(list.Count(), 4);
+    int index = -1;
+    ASSERT_TRUE(list.Find("Banana", index));
+    EXPECT_EQ(index, 1); // the first of the equal entries
+
+    list.SetDuplicates(dupError);
+    try {
+        list.Add("Pear");
+        FAIL() << "duplicate accepted";
+    } catch (const EStringListError& e) {
+        EXPECT_STREQ(e.what(), "String list does not allow duplicates");
+    }
+    EXPECT_EQ(list.Count(), 4);
+
+    EXPECT_THROW(list.Insert(0, "zzz"), EStringListError);
+    EXPECT_THROW(list.Put(0, "zzz"), EStringListError);
+    // Moving within a sorted list is refused before anything is lost.
+    EXPECT_THROW(list.Move(0, 3), EStringListError);
+    EXPECT_EQ(list.Count(), 4);
+
+    ASSERT_FALSE(list.Find("cherry", index));
+    EXPECT_EQ(index, 3); // insertion point between banana and pear
+}
+
+TEST(StringList, DuplicatesAreOnlyCheckedWhileSorted) {
+    TStringList list;
+    list.SetDuplicates(dupError);
+    list.Add("a");
+    EXPECT_NO_THROW(list.Add("a"));
+    EXPECT_EQ(list.Count(), 2);
+}
+
+TEST(StringList, IndexOfIgnoresCaseUnlessCaseSensitive) {
+    TStringList list;
+    list.SetText("Alpha\nбета\nÉté\n");
+    EXPECT_EQ(list.IndexOf("ALPHA"), 0);
+    EXPECT_EQ(list.IndexOf("БЕТА"), 1);
+    EXPECT_EQ(list.IndexOf("été"), 2);
+    EXPECT_EQ(list.IndexOf("gamma"), -1);
+
+    list.SetCaseSensitive(true);
+    EXPECT_EQ(list.IndexOf("ALPHA"), -1);
+    EXPECT_EQ(list.IndexOf("Alpha"), 0);
+
+    // A sorted list re-sorts when the case rule changes, and searches with the new rule.
+    TStringList sorted;
+    sorted.SetText("b\nB\na\nA\n");
+    sorted.SetDuplicates(dupAccept);
+    sorted.SetSorted(true);
+    sorted.SetCaseSensitive(true);
+    EXPECT_EQ(Lines(sorted), (std::vector<std::string>{"A", "B", "a", "b"}));
+    EXPECT_EQ(sorted.IndexOf("a"), 2);
+    EXPECT_EQ(sorted.IndexOf("c"), -1);
+}
+
+TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLine) {
+    TStringList list;
+    list.SetText("one\r\ntwo\rthree\nfour");
+    EXPECT_EQ(Lines(list), (std::vector<std::string>{"one", "two", "three", "four"}));
+    EXPECT_EQ(list.Text(), "one\ntwo\nthree\nfour\n");
+
+    list.SetText("a\n\n\r\nb\n");
+    EXPECT_EQ(Lines(list), (std::vector<std::string>{"a", "", "", "b"}));
+
+    list.SetText("");
+    EXPECT_EQ(list.Count(), 0);
+    EXPECT_EQ(list.Text(), "");
+
+    list.SetText("\n");
+    EXPECT_EQ(Lines(list), (std::vector<std::string>{""}));
+
+    list.SetText("x\ny");
+    list.SetLineBreak("\r\n");
+    EXPECT_EQ(list.Text(), "x\r\ny\r\n");
+    TStringList copy;
+    copy.SetText(list.Text());
+    EXPECT_TRUE(copy.Equals(list));
+}
+
+TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
+    TStringList list;
+    std::vector<std::string> events;
+    list.OnChanging = [&](TObject* sender) {
+        EXPECT_EQ(sender, &list);
+        events.push_back("changing");
+    };
+    list.OnChange = [&](TObject*) { events.push_back("change:" + std::to_string(list.Count())); };
+
+    list.Add("a");
+    EXPECT_EQ(events, (std::vector<std::string>{"changing", "change:1"}));
+    events.clear();
+
+    list.BeginUpdate();
+    list.BeginUpdate();
+    list.Add("b");
+    list.Delete(0);
+    list.EndUpdate();
+    EXPECT_EQ(events, (std::vector<std::string>{"changing"}));
+    list.Add("c");
+    list.EndUpdate();
+    EXPECT_EQ(events, (std::vector<std::string>{"changing", "change:2"}));
+    EXPECT_EQ(list.UpdateCount(), 0);
+
+    // Compound operations notify once.
+    events.clear();
+    list.SetText("x\ny\nz");
+    EXPECT_EQ(events, (std::vector<std::string>{"changing", "change:3"}));
+    events.clear();
+    list.SetCommaText("1,2");
+    EXPECT_EQ(events, (std::vector<std::string>{"changing", "change:2"}));
+
+    // Clearing an empty list changes nothing.
+    TStringList empty;
+    int fired = 0;
+    empty.OnChange = [&](TObject*) { ++fired; };
+    empty.Clear();
+    EXPECT_EQ(fired, 0);
+}
+
+TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
+    int deleted = 0;
+    {
+        TStringList list(true);
+        list.AddObject("a", new TCounted(deleted));
+        list.AddObject("b", new TCounted(deleted));
+        list.AddObject("c", new TCounted(deleted));
+        list.AddObject("d", new TCounted(deleted));
+        list.Exchange(0, 3);
+        list.Move(0, 2);
+        EXPECT_EQ(deleted, 0);
+        EXPECT_EQ(Lines(list), (std::vector<std::string>{"b", "c", "d", "a"}));
+        list.Delete(0);
+        EXPECT_EQ(deleted, 1);
+        list.Put(0, "renamed"); // keeps its object
+        EXPECT_NE(list.Objects(0), nullptr);
+        list.Clear();
+        EXPECT_EQ(deleted, 4);
+        list.AddObject("e", new TCounted(deleted));
+    }
+    EXPECT_EQ(deleted, 5);
+
+    TCounted kept(deleted);
+    {
+        TStringList list;
+        list.AddObject("kept", &kept);
+        list.Delete(0);
+        list.AddObject("kept", &kept);
+    }
+    EXPECT_EQ(deleted, 5);
+}
+
+TEST(StringList, BadIndexesRaiseWithTheIndex) {
+    TStringList list;
+    list.Add("only");
+    try {
+        (void)list.Get(5);
+        FAIL();
+    } catch (const EStringListError& e) {
+        EXPECT_STREQ(e.what(), "List index (5) out of bounds");
+    }
+    EXPECT_THROW(list.Delete(-1), EStringListError);
+    EXPECT_THROW(list.Insert(3, "x"), EStringListError);
+    EXPECT_THROW(list.Exchange(0, 1), EStringListError);
+    EXPECT_THROW(list.SetObjects(1, nullptr), EStringListError);
+    EXPECT_NO_THROW(list.Insert(1, "end"));
+}
+
+TEST(StringList, NameValueLines) {
+    TStringList list;
+    list.SetText("Host=db1\nPort=5432\nnoseparator\nEmpty=\n");
+    EXPECT_EQ(list.Values("host"), "db1");
+    EXPECT_EQ(list.Names(1), "Port");
+    EXPECT_EQ(list.Names(2), "");
+    EXPECT_EQ(list.ValueFromIndex(2), "");
+    EXPECT_EQ(list.IndexOfName("EMPTY"), 3);
+    EXPECT_EQ(list.Values("missing"), "");
+
+    list.SetValues("PORT", "6000");
+    EXPECT_EQ(list[1], "PORT=6000");
+    list.SetValues("User", "me");
+    EXPECT_EQ(list[4], "User=me");
+    list.SetValues("Host", "");
+    EXPECT_EQ(list.IndexOfName("Host"), -1);
+    EXPECT_EQ(list.Count(), 4);
+    list.SetValueFromIndex(0, "7000");
+    EXPECT_EQ(list.Values("port"), "7000");
+}
+
+TEST(StringList, CommaAndDelimitedTextQuoteWhatWouldNotSurvive) {
+    TStringList list;
+    list.SetText("plain\ntwo words\nsay \"hi\"\na,b\n\n");
+    EXPECT_EQ(list.CommaText(), "plain,\"two words\",\"say \"\"hi\"\"\",\"a,b\",");
+    TStringList back;
+    back.SetCommaText(list.CommaText());
+    EXPECT_EQ(Lines(back), Lines(list));
+
+    // Outside quotes blanks separate items too; empty items between delimiters are kept.
+    back.SetCommaText(" a b , \"c d\",,e ");
+    EXPECT_EQ(Lines(back), (std::vector<std::string>{"a", "b", "c d", "", "e"}));
+
+    TStringList single;
+    single.Add("");
+    EXPECT_EQ(single.CommaText(), "\"\"");
+
+    TStringList fields;
+    fields.SetDelimiter(';');
+    fields.SetQuoteChar('\'');
+    fields.SetStrictDelimiter(true);
+    fields.SetDelimitedText("first name;'it''s';x y");
+    EXPECT_EQ(Lines(fields), (std::vector<std::string>{"first name", "it's", "x y"}));
+    EXPECT_EQ(fields.DelimitedText(), "first name;'it''s';x y");
+    // CommaText does not disturb the list's own delimiter settings.
+    EXPECT_EQ(fields.CommaText(), "\"first name\",it's,\"x y\"");
+    EXPECT_EQ(fields.Delimiter(), ';');
+}
+
+TEST(StringList, AssignCopiesStringsObjectsAndSettings) {
+    TObject marker;
+    TStringList source;
+    source.SetLineBreak("\r\n");
+    source.AddObject("a", &marker);
+    source.Add("b");
+    TStringList target;
+    target.Add("old");
+    target.Assign(&source);
+    EXPECT_EQ(Lines(target), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(target.Objects(0), &marker);
+    EXPECT_EQ(target.LineBreak(), "\r\n");
+    EXPECT_TRUE(target.Equals(source));
+
+    target.Assign(&target);
+    EXPECT_EQ(target.Count(), 2);
+
+    TComponent component(nullptr);
+    try {
+        target.Assign(&component);
+        FAIL();
+    } catch (const EAssignError& e) {
+        EXPECT_STREQ(e.what(), "Cannot assign a TComponent to a TStringList");
+    }
+    EXPECT_THROW(target.Assign(nullptr), EAssignError);
+}
+
+TEST(StringList, CustomSortSeesTheListByIndex) {
+    TStringList list;
+    list.SetText("ccc\na\nbb\ndddd");
+    list.CustomSort([](TStringList* l, int i1, int i2) {
+        return static_cast<int>(l->Get(i1).size()) - static_cast<int>(l->Get(i2).size());
+    });
+    EXPECT_EQ(Lines(list), (std::vector<std::string>{"a", "bb", "ccc", "dddd"}));
+    list.Move(3, 0);
+    EXPECT_EQ(Lines(list), (std::vector<std::string>{"dddd", "a", "bb", "ccc"}));
+}
+
+TEST(StringList, ThousandsOfSortedLinesStayFastAndFindable) {
+    std::mt19937 random(42);
+    TStringList list;
+    list.SetSorted(true);
+    list.SetDuplicates(dupAccept);
+    std::vector<std::string> added;
+    for (int i = 0; i < 10000; ++i) {
+        added.push_back("key" + std::to_string(random() % 100000));
+        list.Add(added.back());
+    }
+    ASSERT_EQ(list.Count(), 10000);
+    for (int i = 1; i < list.Count(); ++i) {
+        ASSERT_LE(CompareText(list[i - 1], list[i]), 0);
+    }
+    for (const auto& key : added) {
+        ASSERT_GE(list.IndexOf(key), 0);
+    }
+}
+
+TEST(StringList, StreamAndFileRoundTrip) {
+    TStringList list;
+    list.SetText("één\ntwee\n\ndrie");
+    TMemoryStream stream;
+    list.SaveToStream(stream);
+    EXPECT_EQ(stream.DataString(), "één\ntwee\n\ndrie\n");
+
+    TStringStream withBom("\xEF\xBB\xBFone\r\ntwo");
+    TStringList loaded;
+    loaded.LoadFromStream(withBom);
+    EXPECT_EQ(Lines(loaded), (std::vector<std::string>{"one", "two"}));
+
+    const std::string path = ::testing::TempDir() + "quorda_strings_roundtrip.txt";
+    list.SaveToFile(path);
+    TStringList fromFile;
+    fromFile.LoadFromFile(path);
+    EXPECT_TRUE(fromFile.Equals(list));
+    std::remove(path.c_str());
+    EXPECT_THROW(fromFile.LoadFromFile(path), EFOpenError);
+}
+
+} // namespace
+} // namespace quorda
