@@ -1,0 +1,390 @@
+// Result-set entry points of the fault-injection driver: description, binding, scrolling fetches
+// and piecewise SQLGetData over the scripted rows.
+#include "fault_handles.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#define FAULT_EXPORT extern "C" __attribute__((visibility("default")))
+
+namespace quorda_fault {
+namespace {
+
+Stmt* AsStmt(SQLHSTMT handle) {
+    return static_cast<Stmt*>(handle);
+}
+
+template <typename Body>
+SQLRETURN StmtCall(SQLHSTMT handle, const char* call, const std::string& arguments, Body&& body) {
+    if (handle == nullptr) {
+        return SQL_INVALID_HANDLE;
+    }
+    std::unique_lock lock(DriverLock());
+    Stmt& stmt = *AsStmt(handle);
+    return Dispatch(lock, stmt, stmt.Owner, call, arguments,
+                    [&](const CallOutcome& outcome) -> SQLRETURN { return body(stmt, outcome); });
+}
+
+// The columns a statement describes: those of its open cursor, or of the query it has prepared.
+const std::vector<ColumnSpec>* Described(const Stmt& stmt) {
+    if (stmt.Open) {
+        return &stmt.Result.Columns;
+    }
+    if (stmt.Prepared && IsQuery(stmt.Sql) && stmt.Owner->Rules.HasResult()) {
+        return &stmt.Owner->Rules.Columns();
+    }
+    return nullptr;
+}
+
+long long OctetLength(const ColumnSpec& column) {
+    switch (column.SqlType) {
+    case SQL_BIT:
+    case SQL_TINYINT:
+        return 1;
+    case SQL_SMALLINT:
+        return 2;
+    case SQL_INTEGER:
+    case SQL_REAL:
+        return 4;
+    case SQL_FLOAT:
+    case SQL_DOUBLE:
+    case SQL_BIGINT:
+        return 8;
+    case SQL_DATE:
+    case SQL_TIME:
+        return 6;
+    case SQL_TIMESTAMP:
+        return 16;
+    default:
+        return column.Size;
+    }
+}
+
+std::string TypeName(int sqlType) {
+    switch (sqlType) {
+    case SQL_CHAR:
+        return "CHAR";
+    case SQL_VARCHAR:
+        return "VARCHAR";
+    case SQL_LONGVARCHAR:
+        return "TEXT";
+    case SQL_INTEGER:
+        return "INTEGER";
+    case SQL_SMALLINT:
+        return "SMALLINT";
+    case SQL_BIGINT:
+        return "BIGINT";
+    case SQL_DOUBLE:
+        return "DOUBLE";
+    case SQL_TIMESTAMP:
+        return "TIMESTAMP";
+    default:
+        return "TYPE" + std::to_string(sqlType);
+    }
+}
+
+// Where the cursor lands, by the scrolling rules of ODBC (SQLExtendedFetch / SQLFetchScroll). Returns
+// the first row of the new rowset, 0 for before the first row or rows + 1 for after the last; warn is
+// set when the rowset was moved to the first row instead (01S06).
+long long Scroll(const Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long long rowset, bool& warn) {
+    long long rows = static_cast<long long>(stmt.Result.Rows.size());
+    long long pos = stmt.Position;
+    long long after = rows + 1;
+    bool before = pos < 1;
+    bool beyond = pos > rows;
+    auto clampLow = [&](long long target, long long distance) {
+        if (target >= 1) {
+            return target > rows ? after : target;
+        }
+        if (std::llabs(distance) > rowset) {
+            return 0LL;
+        }
+        warn = true;
+        return rows == 0 ? after : 1LL;
+    };
+    switch (orientation) {
+    case SQL_FETCH_NEXT:
+        if (before) {
+            return rows == 0 ? after : 1;
+        }
+        return beyond || pos + stmt.LastRowsetSize > rows ? after : pos + stmt.LastRowsetSize;
+    case SQL_FETCH_PRIOR:
+        if (before || rows == 0) {
+            return 0;
+        }
+        if (beyond) {
+            return rows - rowset + 1 < 1 ? 1 : rows - rowset + 1;
+        }
+        if (pos == 1) {
+            return 0;
+        }
+        if (pos <= rowset) {
+            warn = true;
+            return 1;
+        }
+        return pos - rowset;
+    case SQL_FETCH_RELATIVE:
+        if (before) {
+            return offset > 0 ? (offset > rows ? after : offset) : 0;
+        }
+        if (beyond) {
+            return offset < 0 ? clampLow(rows + offset + 1, offset) : after;
+        }
+        return clampLow(pos + offset, offset);
+    case SQL_FETCH_ABSOLUTE:
+        if (offset < 0) {
+            if (-offset <= rows) {
+                return rows + offset + 1;
+            }
+            return clampLow(0, offset);
+        }
+        if (offset == 0) {
+            return 0;
+        }
+        return offset > rows ? after : offset;
+    case SQL_FETCH_FIRST:
+        return rows == 0 ? after : 1;
+    case SQL_FETCH_LAST:
+        return rows == 0 ? after : (rowset >= rows ? 1 : rows - rowset + 1);
+    default:
+        return -1;
+    }
+}
+
+// Moves the cursor and fills the bound buffers of every row of the new rowset.
+SQLRETURN FetchRowset(Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long long rowset, SQLULEN* fetched,
+                      SQLUSMALLINT* status) {
+    if (!stmt.Open) {
+        return stmt.Error("24000", "Invalid cursor state");
+    }
+    if (orientation != SQL_FETCH_NEXT &&
+        stmt.Option(SQL_CURSOR_TYPE, SQL_CURSOR_FORWARD_ONLY) == SQL_CURSOR_FORWARD_ONLY) {
+        return stmt.Error("S1106", "Fetch type out of range");
+    }
+    bool warn = false;
+    long long target = Scroll(stmt, orientation, offset, rowset, warn);
+    if (target < 0) {
+        return stmt.Error("S1106", "Fetch type out of range");
+    }
+    long long rows = static_cast<long long>(stmt.Result.Rows.size());
+    stmt.Position = target;
+    stmt.GetDataColumn = 0;
+    if (target < 1 || target > rows) {
+        stmt.RowsetRows = 0;
+        if (fetched != nullptr) {
+            *fetched = 0;
+        }
+        return SQL_NO_DATA;
+    }
+    stmt.LastRowsetSize = rowset;
+    stmt.RowsetRows = std::min(rowset, rows - target + 1);
+    if (fetched != nullptr) {
+        *fetched = static_cast<SQLULEN>(stmt.RowsetRows);
+    }
+    SQLRETURN rc = SQL_SUCCESS;
+    SQLULEN bindType = stmt.Option(SQL_BIND_TYPE, SQL_BIND_BY_COLUMN);
+    for (long long i = 0; i < rowset; ++i) {
+        if (status != nullptr) {
+            status[i] = i < stmt.RowsetRows ? SQL_ROW_SUCCESS : SQL_ROW_NOROW;
+        }
+        if (i >= stmt.RowsetRows) {
+            continue;
+        }
+        const auto& row = stmt.Result.Rows[static_cast<size_t>(target - 1 + i)];
+        for (auto& [number, binding] : stmt.Columns) {
+            if (number < 1 || number > stmt.Result.Columns.size() || binding.Data == nullptr) {
+                continue;
+            }
+            size_t step =
+                bindType == SQL_BIND_BY_COLUMN ? static_cast<size_t>(binding.BufferLength) : bindType;
+            auto* data = static_cast<char*>(binding.Data) + static_cast<size_t>(i) * step;
+            SQLLEN* indicator = binding.Indicator;
+            if (indicator != nullptr && i > 0) {
+                indicator =
+                    bindType == SQL_BIND_BY_COLUMN
+                        ? indicator + i
+                        : reinterpret_cast<SQLLEN*>(reinterpret_cast<char*>(indicator) + i * bindType);
+            }
+            size_t offsetInValue = 0;
+            bool done = false;
+            Value value = static_cast<size_t>(number - 1) < row.size() ? row[number - 1] : std::nullopt;
+            SQLRETURN one = WriteValue(stmt, value, stmt.Result.Columns[number - 1].SqlType, binding.CType,
+                                       data, binding.BufferLength, indicator, offsetInValue, false, done);
+            if (one == SQL_ERROR) {
+                return one;
+            }
+            if (one == SQL_SUCCESS_WITH_INFO) {
+                rc = SQL_SUCCESS_WITH_INFO;
+            }
+        }
+    }
+    if (warn) {
+        stmt.Post("01S06",
+                  "[Quorda][Fault] Attempt to fetch before the result set returned the first rowset");
+        rc = SQL_SUCCESS_WITH_INFO;
+    }
+    return rc;
+}
+
+} // namespace
+} // namespace quorda_fault
+
+using namespace quorda_fault;
+
+FAULT_EXPORT SQLRETURN SQL_API SQLNumResultCols(SQLHSTMT handle, SQLSMALLINT* count) {
+    return StmtCall(handle, "SQLNumResultCols", {}, [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+        const auto* columns = Described(stmt);
+        if (count != nullptr) {
+            *count = static_cast<SQLSMALLINT>(columns != nullptr ? columns->size() : 0);
+        }
+        return SQL_SUCCESS;
+    });
+}
+
+FAULT_EXPORT SQLRETURN SQL_API SQLDescribeCol(SQLHSTMT handle, SQLUSMALLINT number, SQLCHAR* name,
+                                              SQLSMALLINT nameMax, SQLSMALLINT* nameLength, SQLSMALLINT* type,
+                                              SQLULEN* size, SQLSMALLINT* digits, SQLSMALLINT* nullable) {
+    return StmtCall(handle, "SQLDescribeCol", std::to_string(number),
+                    [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+                        const auto* columns = Described(stmt);
+                        if (columns == nullptr) {
+                            return stmt.Error("24000", "Invalid cursor state");
+                        }
+                        if (number < 1 || number > columns->size()) {
+                            return stmt.Error("S1002", "Invalid column number");
+                        }
+                        const ColumnSpec& column = (*columns)[number - 1];
+                        if (type != nullptr) {
+                            *type = static_cast<SQLSMALLINT>(column.SqlType);
+                        }
+                        if (size != nullptr) {
+                            *size = static_cast<SQLULEN>(column.Size);
+                        }
+                        if (digits != nullptr) {
+                            *digits = static_cast<SQLSMALLINT>(column.Digits);
+                        }
+                        if (nullable != nullptr) {
+                            *nullable = SQL_NULLABLE;
+                        }
+                        return CopyOut(stmt, column.Name, name, nameMax, nameLength);
+                    });
+}
+
+FAULT_EXPORT SQLRETURN SQL_API SQLColAttributes(SQLHSTMT handle, SQLUSMALLINT number, SQLUSMALLINT field,
+                                                SQLPOINTER text, SQLSMALLINT textMax, SQLSMALLINT* textLength,
+                                                SQLLEN* numeric) {
+    return StmtCall(handle, "SQLColAttributes", std::to_string(number) + " " + std::to_string(field),
+                    [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+                        const auto* columns = Described(stmt);
+                        if (columns == nullptr) {
+                            return stmt.Error("24000", "Invalid cursor state");
+                        }
+                        auto setNumber = [&](long long value) -> SQLRETURN {
+                            if (numeric != nullptr) {
+                                *numeric = static_cast<SQLLEN>(value);
+                            }
+                            return SQL_SUCCESS;
+                        };
+                        if (field == SQL_COLUMN_COUNT) {
+                            return setNumber(static_cast<long long>(columns->size()));
+                        }
+                        if (number < 1 || number > columns->size()) {
+                            return stmt.Error("S1002", "Invalid column number");
+                        }
+                        const ColumnSpec& column = (*columns)[number - 1];
+                        auto setText = [&](const std::string& value) -> SQLRETURN {
+                            return CopyOut(stmt, value, static_cast<SQLCHAR*>(text), textMax, textLength);
+                        };
+                        bool character = column.SqlType == SQL_CHAR || column.SqlType == SQL_VARCHAR ||
+                                         column.SqlType == SQL_LONGVARCHAR;
+                        switch (field) {
+                        case SQL_COLUMN_NAME:
+                        case SQL_COLUMN_LABEL:
+                            return setText(column.Name);
+                        case SQL_COLUMN_TYPE:
+                            return setNumber(column.SqlType);
+                        case SQL_COLUMN_LENGTH:
+                            return setNumber(OctetLength(column));
+                        case SQL_COLUMN_PRECISION:
+                        case SQL_COLUMN_DISPLAY_SIZE:
+                            return setNumber(column.Size);
+                        case SQL_COLUMN_SCALE:
+                            return setNumber(column.Digits);
+                        case SQL_COLUMN_NULLABLE:
+                            return setNumber(SQL_NULLABLE);
+                        case SQL_COLUMN_UNSIGNED:
+                        case SQL_COLUMN_MONEY:
+                        case SQL_COLUMN_AUTO_INCREMENT:
+                            return setNumber(0);
+                        case SQL_COLUMN_UPDATABLE:
+                            return setNumber(SQL_ATTR_READONLY);
+                        case SQL_COLUMN_CASE_SENSITIVE:
+                            return setNumber(character ? 1 : 0);
+                        case SQL_COLUMN_SEARCHABLE:
+                            return setNumber(SQL_SEARCHABLE);
+                        case SQL_COLUMN_TYPE_NAME:
+                            return setText(TypeName(column.SqlType));
+                        case SQL_COLUMN_TABLE_NAME:
+                            return setText(column.Table);
+                        case SQL_COLUMN_OWNER_NAME:
+                        case SQL_COLUMN_QUALIFIER_NAME:
+                            return setText("");
+                        default:
+                            return stmt.Error("S1091", "Descriptor type out of range");
+                        }
+                    });
+}
+
+FAULT_EXPORT SQLRETURN SQL_API SQLBindCol(SQLHSTMT handle, SQLUSMALLINT number, SQLSMALLINT cType,
+                                          SQLPOINTER data, SQLLEN bufferLength, SQLLEN* indicator) {
+    std::string arguments =
+        std::to_string(number) + " " + std::to_string(cType) + " " + std::to_string(bufferLength);
+    return StmtCall(handle, "SQLBindCol", arguments, [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+        if (data == nullptr && indicator == nullptr) {
+            stmt.Columns.erase(number);
+        } else {
+            stmt.Columns[number] = {cType, data, bufferLength, indicator};
+        }
+        return SQL_SUCCESS;
+    });
+}
+
+FAULT_EXPORT SQLRETURN SQL_API SQLFetch(SQLHSTMT handle) {
+    return StmtCall(handle, "SQLFetch", {}, [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+        return FetchRowset(stmt, SQL_FETCH_NEXT, 0, 1, nullptr, nullptr);
+    });
+}
+
+FAULT_EXPORT SQLRETURN SQL_API SQLExtendedFetch(SQLHSTMT handle, SQLUSMALLINT orientation, SQLLEN offset,
+                                                SQLULEN* fetched, SQLUSMALLINT* status) {
+    std::string arguments = std::to_string(orientation) + " " + std::to_string(offset);
+    return StmtCall(handle, "SQLExtendedFetch", arguments, [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+        auto rowset = static_cast<long long>(stmt.Option(SQL_ROWSET_SIZE, 1));
+        return FetchRowset(stmt, orientation, offset, rowset, fetched, status);
+    });
+}
+
+FAULT_EXPORT SQLRETURN SQL_API SQLGetData(SQLHSTMT handle, SQLUSMALLINT number, SQLSMALLINT cType,
+                                          SQLPOINTER data, SQLLEN bufferLength, SQLLEN* indicator) {
+    std::string arguments =
+        std::to_string(number) + " " + std::to_string(cType) + " " + std::to_string(bufferLength);
+    return StmtCall(
+        handle, "SQLGetData", arguments, [&](Stmt& stmt, const CallOutcome& outcome) -> SQLRETURN {
+            long long rows = static_cast<long long>(stmt.Result.Rows.size());
+            if (!stmt.Open || stmt.Position < 1 || stmt.Position > rows) {
+                return stmt.Error("24000", "Invalid cursor state");
+            }
+            if (number < 1 || number > stmt.Result.Columns.size()) {
+                return stmt.Error("S1002", "Invalid column number");
+            }
+            if (stmt.GetDataColumn != number) {
+                stmt.GetDataColumn = number;
+                stmt.GetDataOffset = 0;
+                stmt.GetDataDone = false;
+            }
+            const auto& row = stmt.Result.Rows[static_cast<size_t>(stmt.Position - 1)];
+            Value value = static_cast<size_t>(number - 1) < row.size() ? row[number - 1] : std::nullopt;
+            return WriteValue(stmt, value, stmt.Result.Columns[number - 1].SqlType, cType, data, bufferLength,
+                              indicator, stmt.GetDataOffset, outcome.NoTotal, stmt.GetDataDone);
+        });
+}

@@ -1,0 +1,361 @@
+#include "fault_script.h"
+
+#include <charconv>
+#include <stdexcept>
+
+namespace quorda_fault {
+namespace {
+
+constexpr int kForwardOnly = 0;
+constexpr int kKeyset = 1;
+constexpr int kStatic = 3;
+
+[[noreturn]] void Malformed(std::string_view rule, std::string_view why) {
+    throw std::invalid_argument("fault script: " + std::string(why) + " in rule '" + std::string(rule) + "'");
+}
+
+long long ToNumber(std::string_view text, std::string_view rule) {
+    long long value = 0;
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        Malformed(rule, "'" + std::string(text) + "' is not a number");
+    }
+    return value;
+}
+
+int HexDigit(char c) {
+    if (c >= '0' && c <= '9') {
+        return c - '0';
+    }
+    if (c >= 'a' && c <= 'f') {
+        return c - 'a' + 10;
+    }
+    if (c >= 'A' && c <= 'F') {
+        return c - 'A' + 10;
+    }
+    return -1;
+}
+
+// "~" is NULL, "^<n>:<text>" repeats text to n bytes, anything else is the unescaped text.
+Value ParseValue(std::string_view text, std::string_view rule) {
+    if (text == "~") {
+        return std::nullopt;
+    }
+    if (!text.empty() && text[0] == '^') {
+        auto colon = text.find(':');
+        if (colon == std::string_view::npos) {
+            Malformed(rule, "repeat value without ':'");
+        }
+        auto length = ToNumber(text.substr(1, colon - 1), rule);
+        std::string unit = Unescape(text.substr(colon + 1));
+        if (unit.empty() || length < 0) {
+            Malformed(rule, "empty repeat value");
+        }
+        std::string out;
+        out.reserve(static_cast<size_t>(length));
+        while (out.size() < static_cast<size_t>(length)) {
+            out += unit;
+        }
+        out.resize(static_cast<size_t>(length));
+        return out;
+    }
+    return Unescape(text);
+}
+
+bool IsCharacterType(int sqlType) {
+    return sqlType == 1 || sqlType == 12 || sqlType == -1 || sqlType == -8 || sqlType == -9 || sqlType == -10;
+}
+
+bool IsBinaryType(int sqlType) {
+    return sqlType == -2 || sqlType == -3 || sqlType == -4;
+}
+
+long long DefaultSize(int sqlType) {
+    switch (sqlType) {
+    case -7:
+        return 1;
+    case -6:
+        return 3;
+    case -5:
+        return 19;
+    case 4:
+        return 10;
+    case 5:
+        return 5;
+    case 7:
+        return 7;
+    case 2:
+    case 3:
+    case 6:
+    case 8:
+        return 15;
+    case 9:
+        return 10;
+    case 10:
+        return 8;
+    case 11:
+        return 23;
+    case -1:
+    case -4:
+    case -10:
+        return 65535;
+    default:
+        return 255;
+    }
+}
+
+} // namespace
+
+bool CallSelector::Matches(std::string_view call, long count) const {
+    if (call != Call) {
+        return false;
+    }
+    if (First == 0) {
+        return true;
+    }
+    return AndLater ? count >= First : count == First;
+}
+
+std::vector<std::string_view> Split(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
+    size_t start = 0;
+    while (true) {
+        auto at = text.find(separator, start);
+        parts.push_back(
+            text.substr(start, at == std::string_view::npos ? std::string_view::npos : at - start));
+        if (at == std::string_view::npos) {
+            return parts;
+        }
+        start = at + 1;
+    }
+}
+
+std::string Unescape(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '%' && i + 2 < text.size()) {
+            int high = HexDigit(text[i + 1]);
+            int low = HexDigit(text[i + 2]);
+            if (high >= 0 && low >= 0) {
+                out += static_cast<char>(high * 16 + low);
+                i += 2;
+                continue;
+            }
+        }
+        out += text[i];
+    }
+    return out;
+}
+
+std::string EscapeForLog(std::string_view bytes) {
+    static constexpr char kHex[] = "0123456789ABCDEF";
+    std::string out;
+    for (unsigned char c : bytes) {
+        if (c < 0x20 || c >= 0x7f || c == '%') {
+            out += '%';
+            out += kHex[c >> 4];
+            out += kHex[c & 15];
+        } else {
+            out += static_cast<char>(c);
+        }
+    }
+    return out;
+}
+
+Script Script::Parse(std::string_view text) {
+    Script script;
+    for (auto rule : Split(text, '|')) {
+        while (!rule.empty() && (rule.front() == ' ' || rule.front() == '\n' || rule.front() == '\r')) {
+            rule.remove_prefix(1);
+        }
+        while (!rule.empty() && (rule.back() == ' ' || rule.back() == '\n' || rule.back() == '\r')) {
+            rule.remove_suffix(1);
+        }
+        if (!rule.empty()) {
+            script.AddRule(rule);
+        }
+    }
+    if (script.FGeneratedRows >= 0) {
+        script.GenerateRows(script.FGeneratedRows);
+    }
+    return script;
+}
+
+void Script::AddRule(std::string_view rule) {
+    auto colon = rule.find(':');
+    if (colon == std::string_view::npos) {
+        Malformed(rule, "missing ':'");
+    }
+    std::string verb(rule.substr(0, colon));
+    std::string_view args = rule.substr(colon + 1);
+
+    if (verb == "fail" || verb == "info" || verb == "nodata" || verb == "diag" || verb == "sleep" ||
+        verb == "nototal") {
+        auto end = args.find(':');
+        std::string_view selector = args.substr(0, end);
+        CallRule call{
+            verb, {}, end == std::string_view::npos ? std::string() : std::string(args.substr(end + 1))};
+        auto at = selector.find('@');
+        call.Selector.Call = std::string(selector.substr(0, at));
+        if (at != std::string_view::npos) {
+            std::string_view count = selector.substr(at + 1);
+            if (!count.empty() && count.back() == '+') {
+                call.Selector.AndLater = true;
+                count.remove_suffix(1);
+            }
+            call.Selector.First = static_cast<long>(ToNumber(count, rule));
+            if (call.Selector.First < 1) {
+                Malformed(rule, "call numbers start at 1");
+            }
+        }
+        if (call.Selector.Call.empty()) {
+            Malformed(rule, "no call named");
+        }
+        if ((verb == "diag" || verb == "sleep") && call.Argument.empty()) {
+            Malformed(rule, "missing argument");
+        }
+        if (verb == "diag" && call.Argument != "-" && Split(call.Argument, '/').size() < 3) {
+            Malformed(rule, "diagnostic is not <state>/<native>/<message>");
+        }
+        if (verb == "sleep") {
+            ToNumber(call.Argument, rule);
+        }
+        FCallRules.push_back(std::move(call));
+    } else if (verb == "result") {
+        FHasResult = true;
+        FColumns.clear();
+        for (auto column : Split(args, ',')) {
+            auto parts = Split(column, '/');
+            if (parts.size() < 2) {
+                Malformed(rule, "column is not name/sqltype");
+            }
+            ColumnSpec spec;
+            spec.Name = Unescape(parts[0]);
+            spec.SqlType = static_cast<int>(ToNumber(parts[1], rule));
+            spec.Size =
+                parts.size() > 2 && !parts[2].empty() ? ToNumber(parts[2], rule) : DefaultSize(spec.SqlType);
+            spec.Digits =
+                parts.size() > 3 && !parts[3].empty() ? static_cast<int>(ToNumber(parts[3], rule)) : 0;
+            spec.Table = parts.size() > 4 ? Unescape(parts[4]) : std::string();
+            FColumns.push_back(std::move(spec));
+        }
+    } else if (verb == "row") {
+        std::vector<Value> row;
+        for (auto value : Split(args, ',')) {
+            row.push_back(ParseValue(value, rule));
+        }
+        FRows.push_back(std::move(row));
+    } else if (verb == "rows") {
+        FGeneratedRows = static_cast<long>(ToNumber(args, rule));
+    } else if (verb == "rowcount") {
+        FRowCount = ToNumber(args, rule);
+    } else if (verb == "rowset") {
+        auto value = ToNumber(args, rule);
+        if (value < 1) {
+            Malformed(rule, "rowset below 1");
+        }
+        FMaxRowset = static_cast<unsigned long>(value);
+    } else if (verb == "cursor") {
+        if (args == "forward") {
+            FMaxCursor = kForwardOnly;
+        } else if (args == "static") {
+            FMaxCursor = kStatic;
+        } else if (args == "keyset") {
+            FMaxCursor = kKeyset;
+        } else {
+            Malformed(rule, "cursor is forward, static or keyset");
+        }
+    } else if (verb == "connout") {
+        FConnOut = Unescape(args);
+    } else if (verb == "getinfo") {
+        auto slash = args.find('/');
+        if (slash == std::string_view::npos) {
+            Malformed(rule, "getinfo is <id>/<value>");
+        }
+        FInfo[static_cast<int>(ToNumber(args.substr(0, slash), rule))] = Unescape(args.substr(slash + 1));
+    } else if (verb == "table") {
+        auto parts = Split(args, '/');
+        parts.resize(4, std::string_view("~"));
+        FTables.push_back({ParseValue(parts[0], rule), ParseValue(parts[1], rule), ParseValue(parts[2], rule),
+                           ParseValue(parts[3], rule)});
+    } else if (verb == "column") {
+        auto parts = Split(args, '/');
+        if (parts.size() != 3) {
+            Malformed(rule, "column is <table>/<name>/<sqltype>");
+        }
+        FCatalogColumns.push_back(
+            {Unescape(parts[0]), Unescape(parts[1]), static_cast<int>(ToNumber(parts[2], rule))});
+    } else if (verb == "log") {
+        FLogPath = Unescape(args);
+    } else {
+        Malformed(rule, "unknown verb '" + verb + "'");
+    }
+}
+
+void Script::GenerateRows(long count) {
+    for (long i = 1; i <= count; ++i) {
+        std::vector<Value> row;
+        for (const auto& column : FColumns) {
+            if (IsCharacterType(column.SqlType) || IsBinaryType(column.SqlType)) {
+                row.emplace_back("r" + std::to_string(i));
+            } else if (column.SqlType == 9) {
+                row.emplace_back("2001-02-03");
+            } else if (column.SqlType == 10) {
+                row.emplace_back("04:05:06");
+            } else if (column.SqlType == 11) {
+                row.emplace_back("2001-02-03 04:05:06");
+            } else if (column.SqlType == -7) {
+                row.emplace_back(std::to_string(i % 2));
+            } else {
+                row.emplace_back(std::to_string(i));
+            }
+        }
+        FRows.push_back(std::move(row));
+    }
+}
+
+CallOutcome Script::Decide(std::string_view call) {
+    auto counter = FCounts.find(call);
+    if (counter == FCounts.end()) {
+        counter = FCounts.emplace(std::string(call), 0).first;
+    }
+    long count = ++counter->second;
+
+    CallOutcome outcome;
+    bool diagRuleSeen = false;
+    for (const auto& rule : FCallRules) {
+        if (!rule.Selector.Matches(call, count)) {
+            continue;
+        }
+        if (rule.Verb == "diag") {
+            diagRuleSeen = true;
+            if (rule.Argument != "-") {
+                auto parts = Split(rule.Argument, '/');
+                DiagRecord record{Unescape(parts[0]), 0, {}};
+                record.Native = static_cast<long>(ToNumber(parts[1], rule.Argument));
+                // The message is everything after the second '/', slashes included.
+                auto second = rule.Argument.find('/', rule.Argument.find('/') + 1);
+                record.Message = Unescape(std::string_view(rule.Argument).substr(second + 1));
+                outcome.Diags.push_back(std::move(record));
+            }
+        } else if (rule.Verb == "sleep") {
+            outcome.SleepMs += static_cast<long>(ToNumber(rule.Argument, rule.Argument));
+        } else if (rule.Verb == "nototal") {
+            outcome.NoTotal = true;
+        } else if (outcome.What == Effect::None) {
+            outcome.What = rule.Verb == "fail"   ? Effect::Fail
+                           : rule.Verb == "info" ? Effect::Info
+                                                 : Effect::NoData;
+        }
+    }
+    if (!diagRuleSeen && (outcome.What == Effect::Fail || outcome.What == Effect::Info)) {
+        bool fail = outcome.What == Effect::Fail;
+        outcome.Diags.push_back(
+            {fail ? "HY000" : "01000", 0,
+             "[Quorda][Fault] " + std::string(call) + (fail ? " failed" : " returned info")});
+    }
+    return outcome;
+}
+
+} // namespace quorda_fault

@@ -1,0 +1,147 @@
+// The script language of the fault-injection driver.
+//
+// A connection's script is a list of rules separated by '|'. A rule is <verb>:<arguments>. Inside
+// names, messages and values, %XX (two hex digits) stands for any byte, so '|', ',', ';', ':' and '%'
+// itself can be written as %7C, %2C, %3B, %3A and %25.
+//
+// <Call> names an ODBC 2 function as the application calls it (SQLFetch, SQLSetConnectOption, ...).
+// <Call>@N selects its N-th call on the connection only, <Call>@N+ the N-th and every later one
+// (calls are counted per connection from 1, whichever statement they are made on).
+//
+//   fail:<Call>                     return SQL_ERROR without doing the work
+//   info:<Call>                     do the work, return SQL_SUCCESS_WITH_INFO
+//   nodata:<Call>                   return SQL_NO_DATA without doing the work, no diagnostics
+//   diag:<Call>:<state>/<native>/<message>
+//                                   a diagnostic record for a failing or info call; several rules
+//                                   give several records, in order. Without one a scripted failure
+//                                   carries HY000/0/"[Quorda][Fault] <Call> failed" (01000 for info);
+//                                   diag:<Call>:- gives none at all
+//   sleep:<Call>:<ms>               wait before the call, outside the driver's lock
+//   result:<column>,<column>...     the result set of queries (statements that begin with SELECT,
+//                                   WITH, VALUES, CALL or '{'); column = name/sqltype[/size[/digits
+//                                   [/table]]]
+//   row:<value>,<value>...          one row of that result set; ~ is NULL, ^<n>:<text> is <text>
+//                                   repeated up to <n> bytes
+//   rows:<n>                        n generated rows: numbers 1..n, text r1..rn, fixed dates
+//   rowcount:<n>                    what SQLRowCount reports (default: the rows of a query, else 0)
+//   nototal:<Call>                  truncated SQLGetData reads (and the length probe with an empty
+//                                   buffer) report SQL_NO_TOTAL instead of the remaining length
+//   rowset:<n>                      highest SQL_ROWSET_SIZE granted; more is lowered with 01S02
+//   cursor:forward|static|keyset    most capable cursor granted; more is lowered with 01S02, and a
+//                                   forward-only cursor refuses every fetch but NEXT (S1106)
+//   connout:<text>                  the completed string SQLDriverConnect returns (default: input)
+//   getinfo:<id>/<value>            SQLGetInfo answer: digits give a number, anything else text
+//   table:<name>/<owner>/<type>/<remarks>   a row of SQLTables (~ for NULL)
+//   column:<table>/<name>/<sqltype>         a row of SQLColumns
+//   log:<path>                      append every call the driver receives to <path>
+//
+// The statement "select quorda_calls" returns the calls received so far on the connection, one per
+// row, in a column named "call".
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorda_fault {
+
+// What a scripted rule makes of one call.
+enum class Effect { None, Fail, Info, NoData };
+
+struct DiagRecord {
+    std::string State;
+    long Native = 0;
+    std::string Message;
+};
+
+struct ColumnSpec {
+    std::string Name;
+    int SqlType = 12;
+    long long Size = 0;
+    int Digits = 0;
+    std::string Table;
+};
+
+using Value = std::optional<std::string>; // nullopt is NULL
+
+struct CatalogTable {
+    Value Name, Owner, Type, Remarks;
+};
+
+struct CatalogColumn {
+    std::string Table, Name;
+    int SqlType = 12;
+};
+
+// Which calls of a name a rule applies to.
+struct CallSelector {
+    std::string Call;
+    long First = 0; // 0: every call
+    bool AndLater = false;
+
+    bool Matches(std::string_view call, long count) const;
+};
+
+// The decision for one call, computed before the driver does its work.
+struct CallOutcome {
+    Effect What = Effect::None;
+    std::vector<DiagRecord> Diags; // for Fail and Info
+    long SleepMs = 0;
+    bool NoTotal = false;
+};
+
+class Script {
+public:
+    // Parses the text; a malformed rule throws std::invalid_argument naming it.
+    static Script Parse(std::string_view text);
+
+    // Counts the call and decides what happens to it.
+    CallOutcome Decide(std::string_view call);
+
+    const std::vector<ColumnSpec>& Columns() const { return FColumns; }
+    const std::vector<std::vector<Value>>& Rows() const { return FRows; }
+    bool HasResult() const { return FHasResult; }
+    std::optional<long long> RowCount() const { return FRowCount; }
+    std::optional<unsigned long> MaxRowsetSize() const { return FMaxRowset; }
+    int MaxCursorType() const { return FMaxCursor; }
+    const std::optional<std::string>& ConnectionOut() const { return FConnOut; }
+    const std::map<int, std::string>& InfoAnswers() const { return FInfo; }
+    const std::vector<CatalogTable>& Tables() const { return FTables; }
+    const std::vector<CatalogColumn>& CatalogColumns() const { return FCatalogColumns; }
+    const std::string& LogPath() const { return FLogPath; }
+
+private:
+    struct CallRule {
+        std::string Verb;
+        CallSelector Selector;
+        std::string Argument;
+    };
+
+    void AddRule(std::string_view rule);
+    void GenerateRows(long count);
+
+    std::vector<CallRule> FCallRules;
+    std::map<std::string, long, std::less<>> FCounts;
+    std::vector<ColumnSpec> FColumns;
+    std::vector<std::vector<Value>> FRows;
+    long FGeneratedRows = -1;
+    bool FHasResult = false;
+    std::optional<long long> FRowCount;
+    std::optional<unsigned long> FMaxRowset;
+    int FMaxCursor = 1; // SQL_CURSOR_KEYSET_DRIVEN
+    std::optional<std::string> FConnOut;
+    std::map<int, std::string> FInfo;
+    std::vector<CatalogTable> FTables;
+    std::vector<CatalogColumn> FCatalogColumns;
+    std::string FLogPath;
+};
+
+// %XX decoding of script text.
+std::string Unescape(std::string_view text);
+// Escapes bytes that would break a log line or a one-line rendering.
+std::string EscapeForLog(std::string_view bytes);
+std::vector<std::string_view> Split(std::string_view text, char separator);
+
+} // namespace quorda_fault

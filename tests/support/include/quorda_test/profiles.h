@@ -1,0 +1,63 @@
+// Driver profiles: one test body, run against every real data source.
+//
+//   class Orders : public quorda_test::ProfileTest {};
+//   TEST_P(Orders, ...) { quorda_test::RawOdbc db(Profile.ConnectionString); ... }
+//   INSTANTIATE_TEST_SUITE_P(Drivers, Orders, testing::ValuesIn(quorda_test::AllProfiles()),
+//                            quorda_test::ProfileTestName);
+//
+// The profile is made inside each test, so every test gets a SQLite file of its own. A profile that
+// cannot be made (the PostgreSQL cluster is not running) throws, and the test fails: never a skip.
+#pragma once
+
+#include "quorda_test/environment.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorda_test {
+
+// Known differences between the drivers, for tests whose expectations depend on them.
+struct DriverTraits {
+    // Two connections can hold open write transactions at once (PostgreSQL). SQLite lets only one
+    // writer in at a time: a second one waits for the busy timeout and fails. In both, a second
+    // connection never sees uncommitted rows.
+    bool ConcurrentWriters = false;
+    // A keyset-driven cursor is granted as asked (SQLite downgrades it to static with 01S02).
+    bool KeysetCursors = false;
+    // Syntax errors carry the server's SQLSTATE 42601 (SQLite reports S1000 / HY000, native 1).
+    bool ServerSqlStates = false;
+    // The Unicode build of the driver: with ODBC 3 behaviour it may report the wide character types.
+    bool UnicodeDriver = false;
+};
+
+struct DataSourceProfile {
+    std::string Name;             // "sqlite", "pgsql", "pgsql-unicode"
+    std::string ConnectionString; // for SQLDriverConnect, without a data source name
+    std::string Dsn;              // for SQLConnect, with User and Password
+    std::string User;
+    std::string Password;
+    DriverTraits Traits;
+    std::shared_ptr<TempFile> DatabaseFile; // SQLite: removed when the last copy of the profile goes
+};
+
+// SQLite ODBC on a new, empty database file.
+DataSourceProfile SqliteProfile();
+// psqlODBC (ANSI or Unicode build) on the private cluster that scripts/pg-cluster started; throws
+// std::runtime_error when the cluster's pg.env is missing.
+DataSourceProfile PostgresProfile(bool unicode = false);
+// The profile of a name from AllProfiles(); throws std::invalid_argument for any other name.
+DataSourceProfile MakeProfile(const std::string& name);
+// "sqlite", "pgsql", "pgsql-unicode".
+std::vector<std::string> AllProfiles();
+// Test-name generator for INSTANTIATE_TEST_SUITE_P over profile names ("pgsql_unicode").
+std::string ProfileTestName(const testing::TestParamInfo<std::string>& info);
+
+// Fixture of value-parameterised tests over profile names: Profile is made for each test.
+class ProfileTest : public testing::TestWithParam<std::string> {
+protected:
+    DataSourceProfile Profile = MakeProfile(GetParam());
+};
+
+} // namespace quorda_test
