@@ -147,6 +147,7 @@ TEST(FaultDriverResults, StatementOptionsAreLoweredToWhatTheScriptGrants) {
     SQLULEN value = 0;
     ASSERT_EQ(SQLGetStmtOption(db.Stmt(), SQL_CURSOR_TYPE, &value), SQL_SUCCESS);
     EXPECT_EQ(value, static_cast<SQLULEN>(SQL_CURSOR_STATIC));
+    value = ~SQLULEN{0}; // the rowset size fills all 8 bytes
     ASSERT_EQ(SQLGetStmtOption(db.Stmt(), SQL_ROWSET_SIZE, &value), SQL_SUCCESS);
     EXPECT_EQ(value, 10u);
     EXPECT_TRUE(fault.Received("SQLSetStmtOption 6 1"));

@@ -348,9 +348,13 @@ FAULT_EXPORT SQLRETURN SQL_API SQLGetStmtOption(SQLHSTMT handle, SQLUSMALLINT op
             SQLULEN fallback = option == SQL_ROWSET_SIZE || option == SQL_CONCURRENCY ? 1 : 0;
             answer = stmt.Option(option, fallback);
         }
-        // Every statement option is an SQLULEN on 64-bit ODBC.
-        if (value != nullptr) {
+        // Like psqlODBC: the rowset size as a full SQLULEN, every other option as 32 bits (SQLite ODBC
+        // writes 32 bits for the rowset size too, so callers pass a zeroed SQLULEN).
+        if (value != nullptr && option == SQL_ROWSET_SIZE) {
             std::memcpy(value, &answer, sizeof answer);
+        } else if (value != nullptr) {
+            auto narrow = static_cast<SQLUINTEGER>(answer);
+            std::memcpy(value, &narrow, sizeof narrow);
         }
         return SQL_SUCCESS;
     });
