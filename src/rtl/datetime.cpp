@@ -96,7 +96,7 @@ bool TryEncodeDateTime(int year, int month, int day, int hour, int minute, int s
 TDateTime EncodeDate(int year, int month, int day) {
     TDateTime result = 0;
     if (!TryEncodeDate(year, month, day, result)) {
-        throw EConvertError(FormatMessage("%d-%d-%d is not a valid date specification", year, month, day));
+        throw EConvertError("Invalid argument to date encode");
     }
     return result;
 }
@@ -104,8 +104,7 @@ TDateTime EncodeDate(int year, int month, int day) {
 TDateTime EncodeTime(int hour, int minute, int second, int msec) {
     TDateTime result = 0;
     if (!TryEncodeTime(hour, minute, second, msec, result)) {
-        throw EConvertError(
-            FormatMessage("%d:%d:%d.%d is not a valid time specification", hour, minute, second, msec));
+        throw EConvertError("Invalid argument to time encode");
     }
     return result;
 }

@@ -34,8 +34,8 @@ bool IsLeapYear(int year);
 // Days of the month (0 for a month outside 1..12).
 int DaysInAMonth(int year, int month);
 
-// Years 1..9999. Invalid parts raise EConvertError ("2023-2-30 is not a valid date specification",
-// "24:0:0.0 is not a valid time specification").
+// Years 1..9999. Invalid parts raise EConvertError ("Invalid argument to date encode",
+// "Invalid argument to time encode").
 bool TryEncodeDate(int year, int month, int day, TDateTime& result);
 bool TryEncodeTime(int hour, int minute, int second, int msec, TDateTime& result);
 bool TryEncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec,
