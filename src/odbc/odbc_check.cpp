@@ -81,7 +81,7 @@ SQLRETURN CheckODBC(SQLRETURN ret, SQLHENV henv, SQLHDBC hdbc, SQLHSTMT hstmt, s
     return ret;
 }
 
-SQLRETURN TraceODBC(SQLRETURN ret, std::string_view call) {
+SQLRETURN TraceODBC(SQLRETURN ret, std::string_view call) noexcept {
     if (ODBCTraceEnabled()) {
         WriteTrace(call, ret, nullptr, nullptr, nullptr);
     }

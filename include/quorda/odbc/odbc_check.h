@@ -15,7 +15,7 @@ SQLRETURN CheckODBC(SQLRETURN ret, SQLHENV henv, SQLHDBC hdbc, SQLHSTMT hstmt, s
 
 // For the few calls whose result is deliberately not raised (allocation of the environment, releases
 // in destructors, release before raising): traces the call and returns the code untouched.
-SQLRETURN TraceODBC(SQLRETURN ret, std::string_view call);
+SQLRETURN TraceODBC(SQLRETURN ret, std::string_view call) noexcept;
 
 // The call trace goes to stderr, one line per call, when the environment variable QUORDA_ODBC_TRACE
 // is "1" at the first traced call. Tests and tools may switch it and redirect the lines.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "quorda/odbc/odbc_api.h"
+#include "quorda/odbc/odbc_check.h"
 
 #include <utility>
 
@@ -35,7 +36,7 @@ public:
     Handle* Receive() noexcept { return &FHandle; }
 
     // Releases the handle; on success the wrapper becomes empty. Returns the ODBC code (SQL_SUCCESS
-    // when empty) without raising, so the caller decides.
+    // when empty) without raising or tracing: the caller passes it to CheckODBC.
     SQLRETURN Free() noexcept {
         if (FHandle == nullptr) {
             return SQL_SUCCESS;
@@ -50,7 +51,7 @@ public:
     // Releases the handle whatever the driver answers (destructor semantics) and takes `handle`.
     void Reset(Handle handle = nullptr) noexcept {
         if (FHandle != nullptr && FHandle != handle) {
-            Traits::Free(FHandle);
+            TraceODBC(Traits::Free(FHandle), Traits::FreeCall);
         }
         FHandle = handle;
     }
@@ -64,12 +65,14 @@ private:
 
 struct TODBCConnectionTraits {
     using Handle = SQLHDBC;
-    static SQLRETURN Free(SQLHDBC handle) noexcept;
+    static constexpr const char* FreeCall = "SQLFreeConnect";
+    static SQLRETURN Free(SQLHDBC handle) noexcept { return SQLFreeConnect(handle); }
 };
 
 struct TODBCStatementTraits {
     using Handle = SQLHSTMT;
-    static SQLRETURN Free(SQLHSTMT handle) noexcept;
+    static constexpr const char* FreeCall = "SQLFreeStmt(SQL_DROP)";
+    static SQLRETURN Free(SQLHSTMT handle) noexcept { return SQLFreeStmt(handle, SQL_DROP); }
 };
 
 using TODBCConnectionHandle = TODBCHandle<TODBCConnectionTraits>;

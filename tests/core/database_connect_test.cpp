@@ -1,0 +1,226 @@
+#include "database_test_support.h"
+#include "quorda/core/session.h"
+#include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/messages.h"
+
+#include <gtest/gtest.h>
+#include <quorda_test/profiles.h>
+#include <quorda_test/raw_odbc.h>
+
+namespace quorda {
+namespace {
+
+using quorda_test::RawOdbc;
+using testing::EventLog;
+using testing::ExecOn;
+using testing::ScalarOn;
+
+class DatabaseConnect : public quorda_test::ProfileTest {};
+
+TEST_P(DatabaseConnect, DriverStringConnectsAndTheCompletedStringReopens) {
+    TODBCDatabase db(nullptr);
+    EventLog events;
+    events.Attach(db);
+    db.SetDriverConnectOption(dcoDriverNoPrompt);
+    db.SetConnectStr(Profile.ConnectionString);
+    db.Open();
+    ASSERT_TRUE(db.Connected());
+    EXPECT_EQ(events.Lines, (std::vector<std::string>{"before", "after"}));
+    EXPECT_EQ(ScalarOn(db, "select 1"), "1");
+
+    // The driver's completed string replaces the input and must be usable as it stands.
+    const std::string completed = db.ConnectStr();
+    if (Profile.Name == "sqlite") {
+        // SQLite ODBC completes without its driver ("DSN=;..."): the input is kept.
+        EXPECT_EQ(completed, Profile.ConnectionString);
+    } else {
+        EXPECT_GT(completed.size(), 250u) << completed; // psqlODBC completes far beyond 250 bytes
+        EXPECT_NE(completed, Profile.ConnectionString);
+    }
+    db.Close();
+    EXPECT_FALSE(db.Connected());
+    db.SetConnected(true);
+    EXPECT_TRUE(db.Connected());
+    EXPECT_EQ(ScalarOn(db, "select 2"), "2");
+    db.Open(); // already open: nothing happens, no events
+    EXPECT_EQ(events.Lines.size(), 4u);
+    db.SetConnected(false);
+    db.Close();
+    EXPECT_FALSE(db.Connected());
+}
+
+TEST_P(DatabaseConnect, DataSourceNameUserAndPasswordConnect) {
+    TODBCDatabase db(nullptr);
+    db.SetConnectStyle(csConnect);
+    db.SetDSNName(Profile.Dsn);
+    db.SetUserID(Profile.User);
+    db.SetPassword(Profile.Password);
+    db.Open();
+    ASSERT_TRUE(db.Connected());
+    EXPECT_EQ(ScalarOn(db, "select 3"), "3");
+    EXPECT_TRUE(db.ConnectStr().empty()); // only a driver connection completes the string
+    db.Close();
+}
+
+TEST_P(DatabaseConnect, UnknownDataSourceRaisesTheDriverManagersDiagnostics) {
+    TODBCDatabase db(nullptr);
+    db.SetConnectStyle(csConnect);
+    db.SetDSNName("QuordaNoSuchSource");
+    db.SetUserID(Profile.User);
+    try {
+        db.Open();
+        FAIL() << "opened an unknown data source";
+    } catch (const EODBCError& e) {
+        EXPECT_EQ(e.SQLState().substr(0, 6), "IM002;");
+        EXPECT_EQ(e.NativeError(), 0);
+        EXPECT_NE(e.NativeMessage().find("Data source name not found"), std::string::npos)
+            << e.NativeMessage();
+        EXPECT_EQ(e.Message().substr(0, e.NativeMessage().size()), e.NativeMessage());
+        EXPECT_EQ(e.Henv(), odbcEnv());
+        EXPECT_EQ(e.Hdbc(), db.GetDBC());
+        EXPECT_EQ(e.Hstmt(), nullptr);
+    }
+    EXPECT_FALSE(db.Connected());
+}
+
+TEST_P(DatabaseConnect, OptionsThatNeedAClosedDatabaseAreRefusedWhileOpen) {
+    TODBCDatabase db(nullptr);
+    db.SetDatabaseName("ConnectOptions");
+    db.SetConnectStr(Profile.ConnectionString);
+    db.SetDriverConnectOption(dcoDriverNoPrompt);
+    db.Open();
+    const std::string openMessage = "ODBC This operation is not allowed on open database";
+    try {
+        db.SetSQLCursorOption(db.SQLCursorOption());
+        FAIL() << "cursor option changed while open";
+    } catch (const EDatabaseError& e) {
+        EXPECT_EQ(e.Message(), openMessage);
+    }
+    try {
+        db.SetDriverConnectOption(dcoDriverNoPrompt);
+        FAIL() << "driver connect option changed while open";
+    } catch (const EDatabaseError& e) {
+        EXPECT_EQ(e.Message(), openMessage);
+    }
+    try {
+        db.SetDatabaseName("ConnectOptions");
+        FAIL() << "renamed while open";
+    } catch (const EODBCDatabaseError& e) {
+        EXPECT_EQ(e.Message(), "Database open");
+    }
+    db.SetAutoCommitOption(acoAutoCommit); // stored at any time
+    db.Close();
+    db.SetSQLCursorOption(curUseDriver);
+    db.SetDatabaseName("ConnectOptionsRenamed");
+    EXPECT_EQ(db.DatabaseName(), "ConnectOptionsRenamed");
+}
+
+TEST_P(DatabaseConnect, CommitAndRollbackDecideWhatASecondConnectionSees) {
+    const std::string table = quorda_test::UniqueTableName("tx");
+    RawOdbc other(Profile.ConnectionString);
+    other.Exec("create table " + table + " (id integer)");
+    const std::string count = "select count(*) from " + table;
+
+    TODBCDatabase db(nullptr);
+    db.SetConnectStr(Profile.ConnectionString);
+    db.SetDriverConnectOption(dcoDriverNoPrompt);
+    db.Open();
+
+    db.StartTransaction();
+    EXPECT_TRUE(db.InTransaction());
+    ExecOn(db, "insert into " + table + " values (1)");
+    EXPECT_EQ(ScalarOn(db, count), "1");
+    EXPECT_EQ(other.Scalar(count), "0");
+    db.Commit();
+    EXPECT_FALSE(db.InTransaction());
+    EXPECT_EQ(other.Scalar(count), "1");
+
+    db.StartTransaction();
+    ExecOn(db, "insert into " + table + " values (2)");
+    db.Rollback();
+    EXPECT_FALSE(db.InTransaction());
+    EXPECT_EQ(other.Scalar(count), "1");
+
+    // Outside a transaction the connection is back in autocommit mode.
+    ExecOn(db, "insert into " + table + " values (3)");
+    EXPECT_EQ(other.Scalar(count), "2");
+
+    // Closing with an open transaction rolls it back.
+    db.StartTransaction();
+    ExecOn(db, "insert into " + table + " values (4)");
+    db.Close();
+    EXPECT_FALSE(db.InTransaction());
+    EXPECT_EQ(other.Scalar(count), "2");
+    other.Exec("drop table " + table);
+}
+
+TEST_P(DatabaseConnect, AutoCommitOptionMakesStartTransactionANoOp) {
+    const std::string table = quorda_test::UniqueTableName("autocommit");
+    RawOdbc other(Profile.ConnectionString);
+    other.Exec("create table " + table + " (id integer)");
+
+    TODBCDatabase db(nullptr);
+    db.SetConnectStr(Profile.ConnectionString);
+    db.SetDriverConnectOption(dcoDriverNoPrompt);
+    db.SetAutoCommitOption(acoAutoCommit);
+    db.Open();
+    db.StartTransaction();
+    EXPECT_FALSE(db.InTransaction());
+    ExecOn(db, "insert into " + table + " values (1)");
+    EXPECT_EQ(other.Scalar("select count(*) from " + table), "1");
+    db.Rollback(); // issued, but there is nothing to undo
+    EXPECT_EQ(other.Scalar("select count(*) from " + table), "1");
+    db.Close();
+    other.Exec("drop table " + table);
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, DatabaseConnect, ::testing::ValuesIn(quorda_test::AllProfiles()),
+                         quorda_test::ProfileTestName);
+
+// Isolation is the server's business: PostgreSQL reports the level of the session.
+class DatabaseIsolation : public ::testing::TestWithParam<bool> {};
+
+TEST_P(DatabaseIsolation, AppliedAtOnceWhenOpenAndAtTheNextOpenWhenClosed) {
+    const auto profile = quorda_test::PostgresProfile(GetParam());
+    TODBCDatabase db(nullptr);
+    db.SetConnectStr(profile.ConnectionString);
+    db.SetDriverConnectOption(dcoDriverNoPrompt);
+    db.SetIsolationLevel(ilRepeatableRead);
+    std::string seenByAfterConnect;
+    db.OnAfterConnect = [&](TObject*) { seenByAfterConnect = *ScalarOn(db, "show transaction_isolation"); };
+    db.Open();
+    EXPECT_EQ(seenByAfterConnect, "read committed"); // the level is set after the event
+    EXPECT_EQ(ScalarOn(db, "show transaction_isolation"), "repeatable read");
+
+    db.SetIsolationLevel(ilSerializable);
+    EXPECT_EQ(ScalarOn(db, "show transaction_isolation"), "serializable");
+    db.SetIsolationLevel(ilDontCare); // stored, the connection keeps its level
+    EXPECT_EQ(ScalarOn(db, "show transaction_isolation"), "serializable");
+    db.Close();
+}
+
+TEST_P(DatabaseIsolation, AnUnknownRoleIsRefusedWithTheServersMessage) {
+    const auto profile = quorda_test::PostgresProfile(GetParam());
+    TODBCDatabase db(nullptr);
+    db.SetConnectStyle(csConnect);
+    db.SetDSNName(profile.Dsn);
+    db.SetUserID("quorda_no_such_role");
+    db.SetPassword("wrong");
+    try {
+        db.Open();
+        FAIL() << "connected with an unknown role";
+    } catch (const EODBCError& e) {
+        EXPECT_NE(e.Message().find("quorda_no_such_role"), std::string::npos) << e.Message();
+        EXPECT_EQ(e.SQLState().substr(0, 5), "08001") << e.SQLState();
+        EXPECT_NE(e.NativeMessage().find("quorda_no_such_role"), std::string::npos) << e.NativeMessage();
+    }
+    EXPECT_FALSE(db.Connected());
+}
+
+INSTANTIATE_TEST_SUITE_P(PostgreSQL, DatabaseIsolation, ::testing::Values(false, true),
+                         [](const ::testing::TestParamInfo<bool>& param) {
+                             return param.param ? std::string("unicode") : std::string("ansi");
+                         });
+
+} // namespace
+} // namespace quorda

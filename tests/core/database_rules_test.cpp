@@ -1,0 +1,157 @@
+#include "database_fake_client.h"
+#include "quorda/core/session.h"
+#include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/messages.h"
+#include "quorda/rtl/strings.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace quorda {
+namespace {
+
+using testing::FakeClient;
+using Log = std::vector<std::string>;
+
+TEST(DatabaseName, MustBeUniqueAmongNonEmptyNames) {
+    auto a = std::make_unique<TODBCDatabase>(nullptr);
+    auto b = std::make_unique<TODBCDatabase>(nullptr);
+    a->SetDatabaseName("RulesA");
+    try {
+        b->SetDatabaseName("RulesA");
+        FAIL() << "duplicate name accepted";
+    } catch (const EDatabaseError& e) {
+        EXPECT_EQ(e.Message(), "ODBC Database with name RulesA allready exists");
+    }
+    EXPECT_EQ(b->DatabaseName(), "");
+    a->SetDatabaseName("RulesA"); // its own name again
+    b->SetDatabaseName("rulesa"); // names compare case-sensitively
+    a->SetDatabaseName("");
+    b->SetDatabaseName(""); // any number of unnamed databases
+    b->SetDatabaseName("RulesA");
+    EXPECT_EQ(ODBCSession()->FindDatabase("RulesA"), b.get());
+}
+
+TEST(DatabaseName, AFreedDatabaseReleasesItsName) {
+    {
+        TODBCDatabase first(nullptr);
+        first.SetDatabaseName("RulesReused");
+    }
+    TODBCDatabase second(nullptr);
+    EXPECT_NO_THROW(second.SetDatabaseName("RulesReused"));
+}
+
+TEST(DatabaseOptions, ClosedDatabaseStoresEveryOptionWithoutTouchingTheDriver) {
+    TODBCDatabase db(nullptr);
+    EXPECT_EQ(db.ConnectStyle(), csDriverConnect);
+    EXPECT_EQ(db.DriverConnectOption(), dcoDriverComplete);
+    EXPECT_EQ(db.AutoCommitOption(), acoNoAutoCommit);
+    EXPECT_EQ(db.ParamAtExecSize(), 8192);
+    db.SetIsolationLevel(ilSerializable);
+    db.SetSQLCursorOption(curUseDriver);
+    db.SetSQLCursorOption(curUseDriver);
+    db.SetDriverConnectOption(dcoDriverNoPrompt);
+    EXPECT_EQ(db.IsolationLevel(), ilSerializable);
+    EXPECT_EQ(db.SQLCursorOption(), curUseDriver);
+    EXPECT_FALSE(db.Connected());
+}
+
+TEST(DatabaseOptions, TablesMapOrdinalsToODBCValues) {
+    EXPECT_EQ(ODBCDriverConnectOption[dcoDriverCompleteRequired], 3);
+    EXPECT_EQ(ODBCAutoCommitOption[acoDontCare], -1);
+    EXPECT_EQ(ODBCAutoCommitOption[acoAutoCommit], 1);
+    EXPECT_EQ(ODBCIsolationLevel[ilDontCare], -1);
+    EXPECT_EQ(ODBCIsolationLevel[ilRepeatableRead], 4);
+    EXPECT_EQ(ODBCIsolationLevel[ilVersioning], 16);
+    EXPECT_EQ(ODBCSQLCursorOption[curUsesODBC], 1);
+}
+
+TEST(DatabaseWithoutConnection, ConnectionCallsRaiseTheDriverManagersError) {
+    TODBCDatabase db(nullptr);
+    TStringList names;
+    names.Add("stale");
+    EXPECT_THROW(db.GetTables(&names, nullptr, nullptr, nullptr), EODBCError);
+    EXPECT_EQ(names.Count(), 1); // the lists are cleared only once the statement exists
+    EXPECT_THROW(db.GetColumns("t", nullptr), EODBCError);
+    try {
+        db.Commit();
+        FAIL() << "commit on a closed connection succeeded";
+    } catch (const EODBCError& e) {
+        EXPECT_EQ(e.Hdbc(), db.GetDBC());
+        EXPECT_EQ(e.Henv(), odbcEnv());
+        EXPECT_EQ(e.SQLState().substr(0, 5), "08003") << e.Message();
+    }
+    EXPECT_FALSE(db.InTransaction());
+    // Closing what never opened is harmless, twice too; the handle survives for the next Open.
+    SQLHDBC handle = db.GetDBC();
+    db.Close();
+    db.Close();
+    EXPECT_EQ(db.GetDBC(), handle);
+}
+
+TEST(DatasetList, CloseDatasetsClosesLastFirstAndReleasesStatementsLeft) {
+    Log log;
+    TODBCDatabase db(nullptr);
+    FakeClient a("a", log, &db);
+    FakeClient b("b", log, &db);
+    FakeClient c("c", log, &db);
+    b.FKeepStatementOnClose = true;
+    ASSERT_EQ(db.DatasetCount(), 3);
+    EXPECT_EQ(db.DatasetClient(1), &b);
+    EXPECT_EQ(db.Datasets(1), nullptr); // a fake is no dataset
+
+    db.CloseDatasets();
+    EXPECT_EQ(log, (Log{"c.Close", "b.Close", "b.InternalClose", "a.Close"}));
+    EXPECT_EQ(db.DatasetCount(), 3);
+    EXPECT_THROW(db.DatasetClient(3), Exception);
+}
+
+TEST(DatasetList, FreeDatasetsDetachesEveryClientEvenOneThatStays) {
+    Log log;
+    TODBCDatabase db(nullptr);
+    FakeClient a("a", log, &db);
+    FakeClient b("b", log, &db);
+    b.FLeaveOnDetach = false;
+    db.RemoveDataSet(&a);
+    db.RemoveDataSet(&a); // not in the list any more: nothing happens
+    db.AddDataSet(&a);
+    db.FreeDatasets();
+    EXPECT_EQ(log, (Log{"a.Detach", "b.Detach"}));
+    EXPECT_EQ(db.DatasetCount(), 0);
+    EXPECT_EQ(a.Database(), nullptr);
+    b.Attach(nullptr);
+}
+
+TEST(DatasetList, FreeingTheDatabaseClosesThenDetachesItsDatasets) {
+    Log log;
+    FakeClient a("a", log);
+    FakeClient b("b", log);
+    {
+        TODBCDatabase db(nullptr);
+        a.Attach(&db);
+        b.Attach(&db);
+        b.FStatement = false;
+    }
+    EXPECT_EQ(log, (Log{"b.Close", "a.Close", "b.Detach", "a.Detach"}));
+    EXPECT_EQ(a.Database(), nullptr);
+    EXPECT_EQ(b.Database(), nullptr);
+}
+
+TEST(DatasetList, ADatasetThatFailsToCloseDoesNotStopTheDestructor) {
+    struct Throwing : FakeClient {
+        using FakeClient::FakeClient;
+        void CloseForDatabase() override { throw Exception("close failed"); }
+    };
+    Log log;
+    Throwing bad("bad", log);
+    {
+        TODBCDatabase db(nullptr);
+        bad.Attach(&db);
+        EXPECT_THROW(db.Close(), Exception);
+    }
+    EXPECT_EQ(log, (Log{"bad.Detach"}));
+    EXPECT_EQ(bad.Database(), nullptr);
+}
+
+} // namespace
+} // namespace quorda

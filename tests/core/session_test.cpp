@@ -1,0 +1,72 @@
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/session.h"
+#include "quorda/rtl/strings.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace quorda {
+namespace {
+
+// Other tests of the process may leave databases registered; the session is checked relative to
+// what was there before.
+TEST(ODBCSession, DatabasesRegisterInOrderAndLeaveWithoutGaps) {
+    TODBCSession* session = ODBCSession();
+    const int before = session->GetDatabaseCount();
+    auto first = std::make_unique<TODBCDatabase>(nullptr);
+    auto second = std::make_unique<TODBCDatabase>(nullptr);
+    ASSERT_EQ(session->GetDatabaseCount(), before + 2);
+    EXPECT_EQ(session->GetDatabase(before), first.get());
+    EXPECT_EQ(session->GetDatabase(before + 1), second.get());
+
+    first.reset();
+    ASSERT_EQ(session->GetDatabaseCount(), before + 1);
+    EXPECT_EQ(session->GetDatabase(before), second.get());
+    EXPECT_THROW(session->GetDatabase(before + 1), Exception);
+    EXPECT_EQ(session->GetEnv(), odbcEnv());
+    EXPECT_NE(odbcEnv(), nullptr);
+}
+
+TEST(ODBCSession, FindDatabaseIsExactCaseSensitiveAndFindsTheFirstUnnamed) {
+    TODBCSession* session = ODBCSession();
+    auto unnamed = std::make_unique<TODBCDatabase>(nullptr);
+    auto sales = std::make_unique<TODBCDatabase>(nullptr);
+    sales->SetDatabaseName("Sales");
+    auto secondUnnamed = std::make_unique<TODBCDatabase>(nullptr);
+
+    EXPECT_EQ(session->FindDatabase("Sales"), sales.get());
+    EXPECT_EQ(session->FindDatabase("sales"), nullptr);
+    EXPECT_EQ(session->FindDatabase("Sales "), nullptr);
+    // Databases left by other tests may be unnamed too; the first unnamed one comes first.
+    TODBCDatabase* firstUnnamed = session->FindDatabase("");
+    ASSERT_NE(firstUnnamed, nullptr);
+    EXPECT_TRUE(firstUnnamed->DatabaseName().empty());
+    EXPECT_NE(firstUnnamed, secondUnnamed.get());
+}
+
+TEST(ODBCSession, AComponentOwnerFreesItsDatabaseWhichLeavesTheSession) {
+    const int before = ODBCSession()->GetDatabaseCount();
+    {
+        TComponent owner(nullptr);
+        auto* owned = new TODBCDatabase(&owner);
+        owned->SetDatabaseName("OwnedByForm");
+        EXPECT_EQ(ODBCSession()->FindDatabase("OwnedByForm"), owned);
+    }
+    EXPECT_EQ(ODBCSession()->FindDatabase("OwnedByForm"), nullptr);
+    EXPECT_EQ(ODBCSession()->GetDatabaseCount(), before);
+}
+
+TEST(ClearLst, FreesEveryItemSkipsNullsAndEmptiesTheList) {
+    static int destroyed = 0;
+    struct Counted : TObject {
+        ~Counted() override { ++destroyed; }
+    };
+    std::vector<Counted*> list{new Counted, nullptr, new Counted};
+    ClearLst(&list);
+    EXPECT_EQ(destroyed, 2);
+    EXPECT_TRUE(list.empty());
+    ClearLst<Counted>(nullptr);
+}
+
+} // namespace
+} // namespace quorda
