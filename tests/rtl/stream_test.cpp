@@ -1,0 +1,184 @@
+#include "quorda/rtl/stream.h"
+
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+
+namespace quorda {
+namespace {
+
+std::string TempPath(const std::string& name) {
+    return ::testing::TempDir() + "quorda_stream_" + name;
+}
+
+TEST(MemoryStream, GrowsAcrossManySmallWritesAndKeepsEveryByte) {
+    TMemoryStream stream;
+    std::string expected;
+    for (int i = 0; i < 20000; ++i) {
+        const char chunk[3] = {static_cast<char>(i), static_cast<char>(i >> 8), '|'};
+        stream.WriteBuffer(chunk, 3);
+        expected.append(chunk, 3);
+    }
+    EXPECT_EQ(stream.Size(), 60000);
+    EXPECT_EQ(stream.Position(), 60000);
+    EXPECT_GE(stream.Capacity(), stream.Size());
+    EXPECT_EQ(stream.DataString(), expected);
+
+    stream.SetSize(10);
+    EXPECT_EQ(stream.Position(), 10);
+    EXPECT_EQ(stream.DataString(), expected.substr(0, 10));
+    stream.Clear();
+    EXPECT_EQ(stream.Size(), 0);
+    EXPECT_EQ(stream.Position(), 0);
+    EXPECT_EQ(stream.Memory(), nullptr);
+}
+
+TEST(MemoryStream, SeekEdgesAndWritingPastTheEnd) {
+    TMemoryStream stream;
+    stream.WriteBuffer("abcdef", 6);
+    EXPECT_EQ(stream.Seek(-2, soEnd), 4);
+    EXPECT_EQ(stream.Seek(1, soCurrent), 5);
+    EXPECT_EQ(stream.Seek(-100, soCurrent), 0); // clamped at the start
+    EXPECT_EQ(stream.Seek(10, soBeginning), 10);
+    char buffer[4];
+    EXPECT_EQ(stream.Read(buffer, 4), 0); // nothing past the end
+    stream.WriteBuffer("Z", 1);           // the gap is filled with zeros
+    EXPECT_EQ(stream.DataString(), std::string("abcdef\0\0\0\0Z", 11));
+
+    stream.SetPosition(3);
+    stream.Truncate();
+    EXPECT_EQ(stream.DataString(), "abc");
+    EXPECT_THROW(stream.SetSize(-1), EStreamError);
+}
+
+TEST(MemoryStream, ShortReadsReturnWhatIsThereAndBufferedReadsRaise) {
+    TStringStream stream("abc");
+    char buffer[8] = {};
+    EXPECT_EQ(stream.Read(buffer, 8), 3);
+    stream.SetPosition(1);
+    try {
+        stream.ReadBuffer(buffer, 3);
+        FAIL();
+    } catch (const EReadError& e) {
+        EXPECT_STREQ(e.what(), "Stream read error");
+    }
+    stream.SetPosition(1);
+    EXPECT_THROW(stream.ReadDWord(), EReadError);
+    stream.SetPosition(1);
+    EXPECT_EQ(stream.ReadWord(), 'b' | ('c' << 8));
+    EXPECT_THROW(stream.ReadByte(), EReadError);
+    EXPECT_NO_THROW(stream.ReadBuffer(buffer, 0));
+}
+
+TEST(MemoryStream, FixedWidthValuesAreLittleEndian) {
+    TMemoryStream stream;
+    stream.WriteByte(0x01);
+    stream.WriteWord(0x0302);
+    stream.WriteDWord(0x07060504);
+    stream.WriteQWord(0x0F0E0D0C0B0A0908);
+    EXPECT_EQ(stream.DataString(), "\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0A\x0B\x0C\x0D\x0E\x0F");
+    stream.SetPosition(0);
+    EXPECT_EQ(stream.ReadByte(), 0x01);
+    EXPECT_EQ(stream.ReadWord(), 0x0302);
+    EXPECT_EQ(stream.ReadDWord(), 0x07060504u);
+    EXPECT_EQ(stream.ReadQWord(), 0x0F0E0D0C0B0A0908u);
+}
+
+TEST(MemoryStream, CopyFromCopiesAPartOrTheWholeSource) {
+    TStringStream source("0123456789");
+    TMemoryStream target;
+    source.SetPosition(7);
+    EXPECT_EQ(target.CopyFrom(source, 0), 10); // 0 means all of it, from the start
+    EXPECT_EQ(target.DataString(), "0123456789");
+
+    source.SetPosition(2);
+    TMemoryStream part;
+    EXPECT_EQ(part.CopyFrom(source, 3), 3);
+    EXPECT_EQ(part.DataString(), "234");
+    EXPECT_EQ(source.Position(), 5);
+    EXPECT_THROW(part.CopyFrom(source, 6), EReadError);
+
+    TStringStream text("hello");
+    EXPECT_EQ(text.ReadString(3), "hel");
+    EXPECT_EQ(text.ReadString(10), "lo");
+    EXPECT_EQ(text.ReadString(1), "");
+}
+
+TEST(MemoryStream, LoadAndSaveReplaceTheWholeContent) {
+    TStringStream source("payload");
+    source.SetPosition(4);
+    TMemoryStream stream;
+    stream.WriteBuffer("old content that is longer", 26);
+    stream.LoadFromStream(source);
+    EXPECT_EQ(stream.DataString(), "payload");
+    EXPECT_EQ(stream.Position(), 0);
+
+    const std::string path = TempPath("memory.bin");
+    stream.SaveToFile(path);
+    TMemoryStream back;
+    back.LoadFromFile(path);
+    EXPECT_EQ(back.DataString(), "payload");
+    std::remove(path.c_str());
+}
+
+TEST(FileStream, CreateWriteReopenAndResize) {
+    const std::string path = TempPath("file.bin");
+    {
+        TFileStream file(path, fmCreate);
+        file.WriteBuffer("hello world", 11);
+        EXPECT_EQ(file.Size(), 11);
+        file.SetSize(5);
+        EXPECT_EQ(file.Position(), 5);
+        file.WriteDWord(0xAABBCCDD);
+    }
+    {
+        TFileStream file(path, fmOpenRead | fmShareDenyNone);
+        EXPECT_EQ(file.Size(), 9);
+        char buffer[5];
+        file.ReadBuffer(buffer, 5);
+        EXPECT_EQ(std::string(buffer, 5), "hello");
+        EXPECT_EQ(file.ReadDWord(), 0xAABBCCDDu);
+        EXPECT_THROW(file.ReadByte(), EReadError);
+        // A read-only file refuses writes with the stream's write error.
+        file.SetPosition(0);
+        EXPECT_THROW(file.WriteBuffer("x", 1), EWriteError);
+    }
+    {
+        TFileStream file(path, fmOpenReadWrite);
+        file.Seek(0, soEnd);
+        file.WriteBuffer("!", 1);
+        EXPECT_EQ(file.Size(), 10);
+    }
+    {
+        // fmCreate truncates an existing file.
+        TFileStream file(path, fmCreate);
+        EXPECT_EQ(file.Size(), 0);
+    }
+    std::remove(path.c_str());
+}
+
+TEST(FileStream, OpenFailuresCarryTheFileNameAndTheSystemReason) {
+    const std::string missing = TempPath("does_not_exist.bin");
+    std::remove(missing.c_str());
+    try {
+        TFileStream file(missing, fmOpenRead);
+        FAIL();
+    } catch (const EFOpenError& e) {
+        EXPECT_EQ(e.Message(), "Cannot open file \"" + missing + "\": No such file or directory");
+    }
+    const std::string inMissingDir = TempPath("no_dir/x.bin");
+    try {
+        TFileStream file(inMissingDir, fmCreate);
+        FAIL();
+    } catch (const EFCreateError& e) {
+        EXPECT_EQ(e.Message(), "Cannot create file \"" + inMissingDir + "\": No such file or directory");
+    }
+    // A directory is not a file to stream from.
+    EXPECT_THROW(TFileStream(::testing::TempDir(), fmOpenRead), EFOpenError);
+    // Both are stream errors, so one handler catches either.
+    EXPECT_THROW(TFileStream(missing, fmOpenReadWrite), EStreamError);
+}
+
+} // namespace
+} // namespace quorda

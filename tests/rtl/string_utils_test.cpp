@@ -1,0 +1,110 @@
+#include "quorda/rtl/string_utils.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace quorda {
+namespace {
+
+TEST(StringUtils, SameTextFoldsAccentedGreekAndCyrillicLetters) {
+    EXPECT_TRUE(SameText("ÉCOLE ÀÇÑÖ", "école àçñö"));
+    EXPECT_TRUE(SameText("ŁÓDŹ ŐŰ Ǆ", "łódź őű ǆ"));
+    EXPECT_TRUE(SameText("ПРИВЕТ ЁЖ Ї", "привет ёж ї"));
+    EXPECT_TRUE(SameText("ΣΟΦΊΑ", "σοφία"));
+    EXPECT_TRUE(SameText("ΟΔΟΣ", "οδος")); // final sigma
+    EXPECT_TRUE(SameText("Straße", "STRAßE"));
+    EXPECT_TRUE(SameText("ſ", "S")); // long s folds to s
+    EXPECT_FALSE(SameText("e", "é"));
+    EXPECT_FALSE(SameText("abc", "abcd"));
+    EXPECT_TRUE(SameText("", ""));
+}
+
+TEST(StringUtils, CompareTextOrdersByUpperCaseAndCompareStrByBytes) {
+    EXPECT_LT(CompareText("a", "_"), 0); // 'A' sorts before '_'
+    EXPECT_GT(CompareStr("a", "_"), 0);
+    EXPECT_LT(CompareText("abc", "ABCD"), 0);
+    EXPECT_GT(CompareText("b", "A"), 0);
+    EXPECT_EQ(CompareText("Äpfel", "äPFEL"), 0);
+    EXPECT_LT(CompareText("z", "é"), 0); // code point order beyond ASCII
+    EXPECT_LT(CompareText("Я", "я1"), 0);
+    EXPECT_LT(CompareStr("B", "a"), 0);
+    // Invalid UTF-8 compares consistently and never equals a valid letter.
+    EXPECT_NE(CompareText("\xC3", "\xC3\xA9"), 0);
+    EXPECT_EQ(CompareText("x\xFFy", "X\xFFY"), 0);
+}
+
+TEST(StringUtils, CaseMappingUnicodeAndAsciiOnly) {
+    EXPECT_EQ(AnsiUpperCase("straße ñandú москва ωμέγα"), "STRAßE ÑANDÚ МОСКВА ΩΜΈΓΑ");
+    EXPECT_EQ(AnsiLowerCase("ÀÉÎ ĞİŞ МОСКВА"), "àéî ğiş москва");
+    EXPECT_EQ(UpperCase("abc-é"), "ABC-é");
+    EXPECT_EQ(LowerCase("ABC-É"), "abc-É");
+    EXPECT_EQ(AnsiUpperCase("a\xFF\xC3z"), "A\xFF\xC3Z"); // invalid bytes pass through
+    EXPECT_EQ(UnicodeToUpper(U'ÿ'), U'Ÿ');
+    EXPECT_EQ(UnicodeToLower(U'Ω'), U'ω');
+}
+
+TEST(StringUtils, TrimRemovesControlCharactersAndBlanks) {
+    EXPECT_EQ(Trim("\t\r\n  a b \x01 "), "a b");
+    EXPECT_EQ(TrimLeft("  a "), "a ");
+    EXPECT_EQ(TrimRight("  a \n"), "  a");
+    EXPECT_EQ(Trim(" \t "), "");
+    EXPECT_EQ(Trim("é"), "é"); // bytes above 0x7F are text
+}
+
+TEST(StringUtils, NumbersAsText) {
+    EXPECT_EQ(IntToStr(-9223372036854775807LL - 1), "-9223372036854775808");
+    EXPECT_EQ(IntToHex(255, 4), "00FF");
+    EXPECT_EQ(IntToHex(0x1234ABCD, 2), "1234ABCD");
+    EXPECT_EQ(IntToHex(-1, 4), "FFFFFFFFFFFFFFFF");
+    EXPECT_EQ(IntToHex(0, 0), "0");
+}
+
+TEST(StringUtils, ExtractFieldNameWalksASemicolonList) {
+    const std::string fields = " ID ; Name;;Last ";
+    std::size_t pos = 0;
+    std::vector<std::string> names;
+    while (pos < fields.size()) {
+        names.push_back(ExtractFieldName(fields, pos));
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"ID", "Name", "", "Last"}));
+    EXPECT_EQ(pos, fields.size());
+    EXPECT_EQ(ExtractFieldName(fields, pos), "");
+
+    const std::string trailing = "A;";
+    pos = 0;
+    EXPECT_EQ(ExtractFieldName(trailing, pos), "A");
+    EXPECT_EQ(pos, 2u);
+}
+
+TEST(StringUtils, QuotingDoublesTheQuoteAndDequotingUndoesIt) {
+    EXPECT_EQ(QuotedStr("it's"), "'it''s'");
+    EXPECT_EQ(QuotedStr(""), "''");
+    EXPECT_EQ(AnsiQuotedStr("say \"x\"", '"'), "\"say \"\"x\"\"\"");
+    EXPECT_EQ(AnsiDequotedStr("'it''s' tail", '\''), "it's");
+    EXPECT_EQ(AnsiDequotedStr("plain", '\''), "plain");
+}
+
+TEST(StringUtils, StringReplaceFirstAllAndIgnoringCase) {
+    EXPECT_EQ(StringReplace("a-b-c", "-", "+", 0), "a+b-c");
+    EXPECT_EQ(StringReplace("a-b-c", "-", "+", rfReplaceAll), "a+b+c");
+    EXPECT_EQ(StringReplace("Äpfel und äpfel", "ÄPFEL", "Birnen", rfReplaceAll | rfIgnoreCase),
+              "Birnen und Birnen");
+    EXPECT_EQ(StringReplace("Select select", "SELECT", "x", rfIgnoreCase), "x select");
+    EXPECT_EQ(StringReplace("aaa", "aa", "a", rfReplaceAll), "aa"); // no rescanning of the output
+    EXPECT_EQ(StringReplace("abc", "", "x", rfReplaceAll), "abc");
+}
+
+TEST(StringUtils, PrefixSuffixAndLength) {
+    EXPECT_TRUE(StartsText("SEL", "select *"));
+    EXPECT_TRUE(StartsText("при", "ПРИВЕТ"));
+    EXPECT_FALSE(StartsText("selects", "select"));
+    EXPECT_TRUE(StartsText("", "x"));
+    EXPECT_TRUE(EndsText("ВЕТ", "привет"));
+    EXPECT_FALSE(EndsText("x", ""));
+    EXPECT_EQ(Utf8Length("aé€😀"), 4u);
+    EXPECT_EQ(Utf8Length("\xE2\x82"), 2u); // a cut sequence counts byte by byte
+}
+
+} // namespace
+} // namespace quorda
