@@ -1,0 +1,133 @@
+#include "database_test_support.h"
+#include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/strings.h"
+
+#include <gtest/gtest.h>
+#include <quorda_test/fault_driver.h>
+#include <quorda_test/profiles.h>
+#include <quorda_test/raw_odbc.h>
+
+namespace quorda {
+namespace {
+
+using quorda_test::FaultDriver;
+using Lines = std::vector<std::string>;
+
+class DatabaseCatalog : public quorda_test::ProfileTest {
+protected:
+    void SetUp() override {
+        Db.SetDriverConnectOption(dcoDriverNoPrompt);
+        Db.SetConnectStr(Profile.ConnectionString);
+        Db.Open();
+    }
+    TODBCDatabase Db{nullptr};
+};
+
+TEST_P(DatabaseCatalog, TablesAndViewsComeWithAlignedOwnerAndType) {
+    const std::string table = quorda_test::UniqueTableName("cat_t");
+    const std::string view = quorda_test::UniqueTableName("cat_v");
+    quorda_test::RawOdbc raw(Profile.ConnectionString);
+    raw.Exec("create table " + table + " (id integer)");
+    raw.Exec("create view " + view + " as select id from " + table);
+
+    TStringList names, owners, types, notes;
+    owners.Add("left over");
+    Db.GetTables(&names, &owners, &types, &notes);
+    ASSERT_EQ(owners.Count(), names.Count());
+    ASSERT_EQ(types.Count(), names.Count());
+    ASSERT_EQ(notes.Count(), names.Count());
+    const int t = names.IndexOf(table);
+    const int v = names.IndexOf(view);
+    ASSERT_GE(t, 0);
+    ASSERT_GE(v, 0);
+    EXPECT_EQ(types[t], "TABLE");
+    EXPECT_EQ(types[v], "VIEW");
+    // SQLite has no owners; PostgreSQL reports the schema.
+    EXPECT_EQ(owners[t], Profile.Name == "sqlite" ? "" : "public");
+    EXPECT_EQ(owners[v], owners[t]);
+
+    TStringList onlyNames;
+    Db.GetTables(&onlyNames, nullptr, nullptr, nullptr);
+    EXPECT_EQ(onlyNames.ToVector(), names.ToVector());
+    EXPECT_NO_THROW(Db.GetTables(nullptr, nullptr, nullptr, nullptr));
+
+    raw.Exec("drop view " + view);
+    raw.Exec("drop table " + table);
+}
+
+TEST_P(DatabaseCatalog, ColumnsComeInTableOrder) {
+    const std::string table = quorda_test::UniqueTableName("cat_cols");
+    quorda_test::RawOdbc raw(Profile.ConnectionString);
+    raw.Exec("create table " + table + " (id integer, customer_name varchar(40), price numeric(10,2))");
+
+    TStringList columns;
+    columns.Add("left over");
+    Db.GetColumns(table, &columns);
+    EXPECT_EQ(columns.ToVector(), (Lines{"id", "customer_name", "price"}));
+    Db.GetColumns(table, nullptr);
+    Db.GetColumns(table + "_missing", &columns);
+    EXPECT_EQ(columns.Count(), 0);
+    EXPECT_NO_THROW(Db.GetColumns("", &columns)); // whatever the driver makes of an empty name
+    raw.Exec("drop table " + table);
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, DatabaseCatalog, ::testing::ValuesIn(quorda_test::AllProfiles()),
+                         quorda_test::ProfileTestName);
+
+std::unique_ptr<TODBCDatabase> OpenFault(const FaultDriver& fault) {
+    auto db = std::make_unique<TODBCDatabase>(nullptr);
+    db->SetDriverConnectOption(dcoDriverNoPrompt);
+    db->SetConnectStr(fault.ConnectionString());
+    db->Open();
+    return db;
+}
+
+TEST(FaultCatalog, NullColumnsReadEmptyAndLongNamesArriveCut) {
+    const std::string longName(200, 'n');
+    FaultDriver fault("table:orders/sales/TABLE/open orders|table:~/~/~/~|table:" + longName +
+                      "/sales/VIEW/~|column:orders/id/4|column:orders/total/3|column:other/x/4");
+    auto db = OpenFault(fault);
+    TStringList names, owners, types, notes;
+    db->GetTables(&names, &owners, &types, &notes);
+    EXPECT_EQ(names.ToVector(), (Lines{"orders", "", std::string(126, 'n')}));
+    EXPECT_EQ(owners.ToVector(), (Lines{"sales", "", "sales"}));
+    EXPECT_EQ(types.ToVector(), (Lines{"TABLE", "", "VIEW"}));
+    EXPECT_EQ(notes.ToVector(), (Lines{"open orders", "", ""}));
+    EXPECT_TRUE(fault.Received("SQLTables null/0 null/0 null/0 null/0"));
+    for (int column = 1; column <= 5; ++column) {
+        EXPECT_TRUE(fault.Received("SQLBindCol " + std::to_string(column) + " 1 127")) << column;
+    }
+
+    TStringList columns;
+    db->GetColumns("orders", &columns);
+    EXPECT_EQ(columns.ToVector(), (Lines{"id", "total"}));
+    EXPECT_TRUE(fault.Received("SQLColumns null/0 null/0 orders/6 null/0"));
+    db->GetColumns("", &columns);
+    EXPECT_TRUE(fault.Received("SQLColumns null/0 null/0 /0 null/0"));
+    // Every catalog statement was dropped again.
+    EXPECT_EQ(fault.Calls("SQLAllocStmt").size(), 3u);
+    EXPECT_EQ(fault.Calls("SQLFreeStmt").size(), 3u);
+}
+
+TEST(FaultCatalog, AFailingFetchKeepsWhatArrivedAndReleasesTheStatement) {
+    // The driver manager fetches from this driver with SQLExtendedFetch.
+    FaultDriver fault("table:first/o/TABLE/~|table:second/o/TABLE/~|fail:SQLExtendedFetch@2"
+                      "|diag:SQLExtendedFetch:08S01/5/connection reset");
+    auto db = OpenFault(fault);
+    TStringList names, types;
+    try {
+        db->GetTables(&names, nullptr, &types, nullptr);
+        FAIL() << "fetch failure not raised";
+    } catch (const EODBCError& e) {
+        EXPECT_NE(e.Hstmt(), nullptr);
+        EXPECT_EQ(e.Hdbc(), db->GetDBC());
+        EXPECT_EQ(e.NativeMessage(), "connection reset");
+    }
+    EXPECT_EQ(names.ToVector(), Lines{"first"});
+    EXPECT_EQ(types.ToVector(), Lines{"TABLE"});
+    EXPECT_EQ(fault.Calls("SQLFreeStmt").size(), 1u);
+    db->Close();
+}
+
+} // namespace
+} // namespace quorda

@@ -1,0 +1,287 @@
+#include "database_test_support.h"
+#include "quorda/core/session.h"
+#include "quorda/odbc/odbc_error.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <quorda_test/fault_driver.h>
+
+namespace quorda {
+namespace {
+
+using quorda_test::FaultDriver;
+using testing::EventLog;
+using Lines = std::vector<std::string>;
+
+// The calls of the log that the database itself decides (the driver manager adds info queries).
+Lines ConnectionCalls(const FaultDriver& fault) {
+    Lines lines;
+    for (const auto& line : fault.Calls()) {
+        for (const char* name :
+             {"SQLDriverConnect", "SQLConnect", "SQLSetConnectOption", "SQLTransact", "SQLDisconnect"}) {
+            if (line.rfind(std::string(name) + " ", 0) == 0 || line == name) {
+                lines.push_back(line.substr(0, line.find(" Driver=")));
+            }
+        }
+    }
+    return lines;
+}
+
+std::unique_ptr<TODBCDatabase> FaultDatabase(const FaultDriver& fault) {
+    auto db = std::make_unique<TODBCDatabase>(nullptr);
+    db->SetDriverConnectOption(dcoDriverNoPrompt);
+    db->SetConnectStr(fault.ConnectionString());
+    return db;
+}
+
+TEST(FaultDiagnostics, TwoRecordsFollowTheLabellingRule) {
+    // The driver manager hands records out by state, highest first, and writes 00000 into the state
+    // buffer at the end of the queue while leaving the last message in place.
+    FaultDriver fault("fail:SQLDriverConnect|diag:SQLDriverConnect:08S01/0/link lost"
+                      "|diag:SQLDriverConnect:08001/0/server gone");
+    auto db = FaultDatabase(fault);
+    EventLog events;
+    events.Attach(*db);
+    try {
+        db->Open();
+        FAIL() << "connected despite the script";
+    } catch (const EODBCError& e) {
+        EXPECT_EQ(e.Message(),
+                  "link lost server gone ODBC State = 08S01 server gone ODBC State = 08S01;08001");
+        EXPECT_EQ(e.SQLState(), "08S01;08001;00000");
+        EXPECT_EQ(e.NativeError(), 0);
+        EXPECT_EQ(e.NativeMessage(), "link lost");
+        EXPECT_EQ(e.Hdbc(), db->GetDBC());
+        EXPECT_EQ(e.Henv(), odbcEnv());
+        EXPECT_EQ(e.Hstmt(), nullptr);
+    }
+    EXPECT_FALSE(db->Connected());
+    EXPECT_EQ(events.Lines, Lines{"before"});
+}
+
+TEST(FaultDiagnostics, NativeCodeComesFromTheFirstRecordThatCarriesOne) {
+    {
+        FaultDriver fault("fail:SQLDriverConnect|diag:SQLDriverConnect:08S01/0/first"
+                          "|diag:SQLDriverConnect:08001/1234/second");
+        auto db = FaultDatabase(fault);
+        try {
+            db->Open();
+            FAIL();
+        } catch (const EODBCError& e) {
+            EXPECT_EQ(e.NativeError(), 1234);
+            EXPECT_EQ(e.NativeMessage(), "second");
+        }
+    }
+    {
+        FaultDriver fault("fail:SQLDriverConnect|diag:SQLDriverConnect:08S01/7/first"
+                          "|diag:SQLDriverConnect:08001/1234/second");
+        auto db = FaultDatabase(fault);
+        try {
+            db->Open();
+            FAIL();
+        } catch (const EODBCError& e) {
+            EXPECT_EQ(e.NativeError(), 7);
+            EXPECT_EQ(e.NativeMessage(), "first");
+        }
+    }
+}
+
+TEST(FaultConnect, ACancelledDialogLeavesTheDatabaseClosedWithoutErrorOrEvent) {
+    FaultDriver fault("nodata:SQLDriverConnect");
+    auto db = FaultDatabase(fault);
+    EventLog events;
+    events.Attach(*db);
+    const std::string input = db->ConnectStr();
+    EXPECT_NO_THROW(db->Open());
+    EXPECT_FALSE(db->Connected());
+    EXPECT_EQ(events.Lines, Lines{"before"});
+    EXPECT_EQ(db->ConnectStr(), input);
+    SQLHDBC kept = db->GetDBC(); // the handle stays allocated for the next attempt
+    EXPECT_NO_THROW(db->Close());
+    EXPECT_EQ(db->GetDBC(), kept);
+}
+
+TEST(FaultConnect, OpenAppliesOptionsAroundTheConnectInOrder) {
+    FaultDriver fault;
+    auto db = FaultDatabase(fault);
+    db->SetDriverConnectOption(dcoDriverCompleteRequired);
+    db->SetIsolationLevel(ilSerializable);
+    Lines seenByAfterConnect;
+    db->OnAfterConnect = [&](TObject*) { seenByAfterConnect = ConnectionCalls(fault); };
+    db->Open();
+    ASSERT_TRUE(db->Connected());
+    // The cursor-library option stays in the driver manager; isolation follows the after-connect event.
+    EXPECT_EQ(seenByAfterConnect, Lines{"SQLDriverConnect 3"});
+    EXPECT_EQ(ConnectionCalls(fault), (Lines{"SQLDriverConnect 3", "SQLSetConnectOption 108 8"}));
+
+    fault.ClearLog();
+    db->SetIsolationLevel(ilDirtyRead); // open: applied at once
+    db->SetIsolationLevel(ilDontCare);  // open: stored only
+    db->SetIsolationLevel(ilDontCare);
+    EXPECT_EQ(ConnectionCalls(fault), Lines{"SQLSetConnectOption 108 1"});
+    db->Close();
+}
+
+TEST(FaultConnect, TransactionsSwitchAutocommitAroundTheBracket) {
+    FaultDriver fault;
+    auto db = FaultDatabase(fault);
+    db->Open();
+    fault.ClearLog();
+    db->StartTransaction();
+    db->Commit();
+    db->StartTransaction();
+    db->Rollback();
+    EXPECT_EQ(ConnectionCalls(fault),
+              (Lines{"SQLSetConnectOption 102 0", "SQLTransact 0", "SQLSetConnectOption 102 1",
+                     "SQLSetConnectOption 102 0", "SQLTransact 1", "SQLSetConnectOption 102 1"}));
+
+    // With autocommit chosen, StartTransaction does nothing and Commit still reaches the driver.
+    fault.ClearLog();
+    db->SetAutoCommitOption(acoAutoCommit);
+    db->StartTransaction();
+    EXPECT_FALSE(db->InTransaction());
+    db->Commit();
+    db->SetAutoCommitOption(acoDontCare);
+    db->Rollback();
+    EXPECT_EQ(ConnectionCalls(fault), (Lines{"SQLTransact 0", "SQLTransact 1"}));
+
+    // Closing inside a transaction rolls back before disconnecting.
+    db->SetAutoCommitOption(acoNoAutoCommit);
+    db->StartTransaction();
+    fault.ClearLog();
+    db->Close();
+    EXPECT_EQ(ConnectionCalls(fault), (Lines{"SQLTransact 1", "SQLSetConnectOption 102 1", "SQLDisconnect"}));
+}
+
+TEST(FaultConnect, AFailingCommitKeepsTheTransactionOpen) {
+    FaultDriver fault("fail:SQLTransact@1|diag:SQLTransact:40001/0/serialization failure");
+    auto db = FaultDatabase(fault);
+    db->Open();
+    db->StartTransaction();
+    fault.ClearLog();
+    EXPECT_THROW(db->Commit(), EODBCError);
+    EXPECT_TRUE(db->InTransaction());
+    EXPECT_EQ(ConnectionCalls(fault), Lines{"SQLTransact 0"}); // autocommit not switched back
+    db->Close();                                               // the rollback of Close succeeds
+    EXPECT_FALSE(db->InTransaction());
+    EXPECT_FALSE(db->Connected());
+}
+
+TEST(FaultConnect, FailingConnectionOptionsRaiseWhereTheyHappen) {
+    FaultDriver fault("fail:SQLSetConnectOption");
+    auto db = FaultDatabase(fault);
+    db->SetIsolationLevel(ilRepeatableRead);
+    EventLog events;
+    events.Attach(*db);
+    // The isolation level fails after the connection was made: it stays open.
+    EXPECT_THROW(db->Open(), EODBCError);
+    EXPECT_TRUE(db->Connected());
+    EXPECT_EQ(events.Lines, (Lines{"before", "after"}));
+
+    EXPECT_THROW(db->SetIsolationLevel(ilSerializable), EODBCError);
+    EXPECT_EQ(db->IsolationLevel(), ilRepeatableRead);
+    EXPECT_THROW(db->StartTransaction(), EODBCError);
+    EXPECT_FALSE(db->InTransaction());
+    db->Close();
+}
+
+TEST(FaultConnect, AFailingDisconnectKeepsTheConnectionAndItsHandle) {
+    FaultDriver fault("fail:SQLDisconnect@1|diag:SQLDisconnect:08S01/9/link down");
+    auto db = FaultDatabase(fault);
+    db->Open();
+    SQLHDBC handle = db->GetDBC();
+    try {
+        db->Close();
+        FAIL() << "disconnect failure not raised";
+    } catch (const EODBCError& e) {
+        EXPECT_EQ(e.Hdbc(), handle);
+        EXPECT_EQ(e.NativeError(), 9);
+        EXPECT_EQ(e.NativeMessage(), "link down");
+    }
+    EXPECT_TRUE(db->Connected());
+    EXPECT_EQ(db->GetDBC(), handle);
+    db->Close();
+    EXPECT_FALSE(db->Connected());
+}
+
+TEST(FaultConnect, ADatabaseThatCannotDisconnectIsStillDestroyedQuietly) {
+    FaultDriver fault("fail:SQLDisconnect|fail:SQLTransact");
+    auto db = FaultDatabase(fault);
+    db->Open();
+    db->StartTransaction();
+    EXPECT_NO_THROW(db.reset());
+}
+
+TEST(FaultConnect, TheCompletedStringArrivesWholeOrTheInputIsKept) {
+    const std::string longOut = "Driver=QuordaFault;Completed=" + std::string(600, 'c');
+    {
+        FaultDriver fault("connout:" + longOut);
+        auto db = FaultDatabase(fault);
+        db->Open();
+        EXPECT_EQ(db->ConnectStr(), longOut);
+    }
+    {
+        // Names neither a driver nor a data source: reopening with it would land elsewhere.
+        FaultDriver fault("connout:DSN=%3BDatabase=elsewhere.db");
+        auto db = FaultDatabase(fault);
+        db->Open();
+        EXPECT_EQ(db->ConnectStr(), fault.ConnectionString());
+    }
+    {
+        // Longer than any length ODBC can report: the driver cuts it, so the input is kept.
+        FaultDriver fault("connout:Driver=QuordaFault;X=" + std::string(40000, 'x'));
+        auto db = FaultDatabase(fault);
+        db->Open();
+        EXPECT_EQ(db->ConnectStr(), fault.ConnectionString());
+    }
+}
+
+TEST(FaultConnect, LongInputsArePassedWholeAndBadOnesFailCleanly) {
+    FaultDriver fault;
+    const std::string padded = fault.ConnectionString() + ";Padding=" + std::string(100 * 1024, 'p');
+    {
+        TODBCDatabase db(nullptr);
+        db.SetDriverConnectOption(dcoDriverNoPrompt);
+        db.SetConnectStr(padded);
+        try {
+            db.Open();
+            const auto calls = fault.Calls("SQLDriverConnect");
+            ASSERT_FALSE(calls.empty());
+            EXPECT_NE(calls.back().find(std::string(1000, 'p')), std::string::npos);
+        } catch (const EODBCError&) {
+            // the driver manager may refuse a string this long; it must not crash or cut it
+        }
+    }
+    {
+        TODBCDatabase db(nullptr);
+        db.SetDriverConnectOption(dcoDriverNoPrompt);
+        EXPECT_THROW(db.Open(), EODBCError); // empty string: no data source
+        EXPECT_FALSE(db.Connected());
+    }
+    {
+        TODBCDatabase db(nullptr);
+        db.SetConnectStyle(csConnect);
+        db.SetDSNName(std::string(100 * 1024, 'd'));
+        db.SetUserID(std::string(100 * 1024, 'u'));
+        db.SetPassword(std::string(100 * 1024, 'w'));
+        EXPECT_THROW(db.Open(), EODBCError);
+        EXPECT_FALSE(db.Connected());
+    }
+}
+
+TEST(FaultConnect, ConnectByNamePassesUserAndPasswordWhole) {
+    FaultDriver fault;
+    fault.ApplyToDsn();
+    TODBCDatabase db(nullptr);
+    db.SetConnectStyle(csConnect);
+    db.SetDSNName(FaultDriver::kDsn);
+    const std::string user(300, 'u');
+    db.SetUserID(user);
+    db.SetPassword("secret");
+    db.Open();
+    EXPECT_TRUE(fault.Received(std::string("SQLConnect ") + FaultDriver::kDsn + " " + user + " secret"));
+    db.Close();
+}
+
+} // namespace
+} // namespace quorda

@@ -1,0 +1,89 @@
+#include "quorda/core/session.h"
+#include "quorda/rtl/strings.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <optional>
+#include <quorda_test/environment.h>
+#include <string>
+
+namespace quorda {
+namespace {
+
+// The private configuration of the build tree (docs/testing.md) registers the data sources
+// QuordaDemo, QuordaTestSQLite and QuordaTestFault, and the drivers SQLite3 first.
+TEST(ODBCSessionSources, DataSourcesComeInTheDriverManagersOrderWithAlignedDescriptions) {
+    TStringList names, descriptions;
+    names.Add("left over");
+    ODBCSession()->GetDSNNames(&names, &descriptions);
+    ASSERT_EQ(descriptions.Count(), names.Count());
+    const int demo = names.IndexOf("QuordaDemo");
+    const int shared = names.IndexOf("QuordaTestSQLite");
+    ASSERT_GE(demo, 0) << names.Text();
+    ASSERT_GE(shared, 0) << names.Text();
+    EXPECT_LT(demo, shared);
+    EXPECT_EQ(names.IndexOf("left over"), -1);
+    // The driver manager describes a data source by the name of its driver.
+    EXPECT_EQ(descriptions[demo], "SQLite3");
+    EXPECT_EQ(descriptions[shared], "SQLite3");
+    const int fault = names.IndexOf("QuordaTestFault");
+    ASSERT_GE(fault, 0);
+    EXPECT_EQ(descriptions[fault], "QuordaFault");
+
+    TStringList namesOnly;
+    ODBCSession()->GetDSNNames(&namesOnly, nullptr);
+    EXPECT_EQ(namesOnly.ToVector(), names.ToVector());
+    EXPECT_NO_THROW(ODBCSession()->GetDSNNames(nullptr, nullptr));
+}
+
+TEST(ODBCSessionSources, DriverNamesHoldOnlyTheFirstDriverAndItsFirstAttribute) {
+    TStringList names, attributes;
+    ODBCSession()->GetDriverNames(&names, &attributes);
+    EXPECT_EQ(names.ToVector(), std::vector<std::string>{"SQLite3"});
+    EXPECT_EQ(attributes.ToVector(), std::vector<std::string>{"Description=SQLite3 ODBC driver"});
+    EXPECT_NO_THROW(ODBCSession()->GetDriverNames(nullptr, nullptr));
+}
+
+// Sets an environment variable for the scope of a test and restores it.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const std::string& value) : FName(name) {
+        if (const char* old = std::getenv(name)) {
+            FOld = old;
+        }
+        ::setenv(name, value.c_str(), 1);
+    }
+    ~ScopedEnv() {
+        if (FOld) {
+            ::setenv(FName, FOld->c_str(), 1);
+        } else {
+            ::unsetenv(FName);
+        }
+    }
+
+private:
+    const char* FName;
+    std::optional<std::string> FOld;
+};
+
+TEST(ODBCSessionSources, WithoutAnyDriverTheListsStayEmpty) {
+    const auto empty = quorda_test::UniquePath("no-drivers", "d");
+    std::filesystem::create_directories(empty);
+    {
+        ScopedEnv sys("ODBCSYSINI", empty.string());
+        ScopedEnv inst("ODBCINSTINI", "odbcinst.ini");
+        ScopedEnv user("ODBCINI", (empty / "odbc.ini").string());
+        TStringList names, attributes;
+        names.Add("left over");
+        ODBCSession()->GetDriverNames(&names, &attributes);
+        EXPECT_EQ(names.Count(), 0);
+        EXPECT_EQ(attributes.Count(), 0);
+        ODBCSession()->GetDSNNames(&names, &attributes);
+        EXPECT_EQ(names.Count(), 0);
+    }
+    std::filesystem::remove_all(empty);
+}
+
+} // namespace
+} // namespace quorda
