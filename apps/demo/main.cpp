@@ -1,0 +1,212 @@
+// Quorda demo: connects to the embedded SQLite demo database through a driver connection string,
+// lists what the driver manager knows, reads the catalog and runs one committed and one rolled-back
+// transaction.
+//
+//   quorda_demo [--database <file>] [--fresh]
+//
+// scripts/run-demo points the driver manager at the build tree's private configuration.
+
+#include "demo_schema.h"
+#include "demo_sql.h"
+#include "quorda/core.h"
+#include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/strings.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#ifndef QUORDA_DEMO_DATABASE
+#define QUORDA_DEMO_DATABASE "quorda-demo.db"
+#endif
+
+namespace {
+
+using namespace quorda;
+using Rows = std::vector<std::vector<std::string>>;
+
+void Heading(const std::string& title) {
+    std::cout << "\n== " << title << " ==\n";
+}
+
+// Prints rows under a header, each column as wide as its widest value.
+void PrintTable(const std::vector<std::string>& header, const Rows& rows) {
+    std::vector<size_t> widths;
+    for (const auto& name : header) {
+        widths.push_back(name.size());
+    }
+    for (const auto& row : rows) {
+        for (size_t i = 0; i < row.size() && i < widths.size(); ++i) {
+            widths[i] = std::max(widths[i], row[i].size());
+        }
+    }
+    auto line = [&](const std::vector<std::string>& values) {
+        std::string text = "  ";
+        for (size_t i = 0; i < widths.size(); ++i) {
+            std::string value = i < values.size() ? values[i] : "";
+            value.resize(widths[i], ' ');
+            text += value + (i + 1 < widths.size() ? "  " : "");
+        }
+        while (!text.empty() && text.back() == ' ') {
+            text.pop_back();
+        }
+        std::cout << text << '\n';
+    };
+    line(header);
+    std::vector<std::string> rule;
+    for (size_t width : widths) {
+        rule.emplace_back(width, '-');
+    }
+    line(rule);
+    for (const auto& row : rows) {
+        line(row);
+    }
+}
+
+Rows Columns(std::initializer_list<const TStrings*> lists) {
+    Rows rows;
+    const int count = (*lists.begin())->Count();
+    for (int i = 0; i < count; ++i) {
+        std::vector<std::string> row;
+        for (const TStrings* list : lists) {
+            row.push_back(list->Get(i));
+        }
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+void ShowDriverManager() {
+    Heading("Data sources known to the driver manager");
+    TStringList names, drivers;
+    ODBCSession()->GetDSNNames(&names, &drivers);
+    PrintTable({"data source", "driver"}, Columns({&names, &drivers}));
+
+    Heading("Installed drivers (the first one, as the session lists it)");
+    ODBCSession()->GetDriverNames(&names, &drivers);
+    PrintTable({"driver", "first attribute"}, Columns({&names, &drivers}));
+}
+
+void ShowCatalog(TODBCDatabase& db) {
+    Heading("Tables");
+    TStringList names, owners, types, remarks;
+    db.GetTables(&names, &owners, &types, &remarks);
+    PrintTable({"table", "owner", "type", "remarks"}, Columns({&names, &owners, &types, &remarks}));
+
+    Heading("Columns of order_lines");
+    TStringList columns;
+    db.GetColumns("order_lines", &columns);
+    for (int i = 0; i < columns.Count(); ++i) {
+        std::cout << "  " << i + 1 << ". " << columns[i] << '\n';
+    }
+}
+
+struct Counts {
+    long long Orders;
+    long long Lines;
+};
+
+Counts Count(TODBCDatabase& db) {
+    return {demo::Scalar(db, "select count(*) from orders"),
+            demo::Scalar(db, "select count(*) from order_lines")};
+}
+
+void PrintCounts(const std::string& moment, const Counts& counts) {
+    std::printf("  %-28s orders: %3lld   order lines: %3lld\n", moment.c_str(), counts.Orders, counts.Lines);
+}
+
+void CommittedTransaction(TODBCDatabase& db) {
+    Heading("Transaction 1: a new order for Novak Stavebniny, committed");
+    const long long id = demo::Scalar(db, "select max(id) + 1 from orders");
+    PrintCounts("before:", Count(db));
+    db.StartTransaction();
+    const std::string order = std::to_string(id);
+    demo::Exec(db, "insert into orders values (" + order + ", 5, '2024-03-18', 'open')");
+    demo::Exec(db, "insert into order_lines values (" + order + ", 1, 3, 3, 79.00)");
+    demo::Exec(db, "insert into order_lines values (" + order + ", 2, 4, 6, 6.75)");
+    PrintCounts("inside the transaction:", Count(db));
+    db.Commit();
+    PrintCounts("after commit:", Count(db));
+    PrintTable(
+        {"order", "customer", "date", "total"},
+        demo::Query(db, "select order_id, customer, order_date, printf('%.2f', total) from order_totals "
+                        "where order_id = " +
+                            order));
+}
+
+void RolledBackTransaction(TODBCDatabase& db) {
+    Heading("Transaction 2: every order line deleted, then rolled back");
+    PrintCounts("before:", Count(db));
+    db.StartTransaction();
+    demo::Exec(db, "delete from order_lines");
+    PrintCounts("inside the transaction:", Count(db));
+    db.Rollback();
+    PrintCounts("after rollback:", Count(db));
+}
+
+int Run(const std::string& file, bool fresh) {
+    if (fresh) {
+        std::filesystem::remove(file);
+    }
+    if (const auto folder = std::filesystem::path(file).parent_path(); !folder.empty()) {
+        std::filesystem::create_directories(folder);
+    }
+
+    TODBCDatabase db(nullptr);
+    db.SetDatabaseName("Demo");
+    db.SetDriverConnectOption(dcoDriverNoPrompt);
+    db.SetConnectStr("Driver=SQLite3;Database=" + file);
+    db.OnAfterConnect = [](TObject*) { std::cout << "Connected.\n"; };
+    std::cout << "Quorda demo\nDatabase file: " << file << '\n';
+    db.Open();
+    std::cout << "Connection string after connecting: " << db.ConnectStr() << '\n';
+
+    if (!demo::SchemaExists(db)) {
+        demo::CreateSchema(db);
+        std::cout << "Created the demo tables and their rows.\n";
+    }
+
+    ShowDriverManager();
+    ShowCatalog(db);
+
+    Heading("Customers");
+    PrintTable({"id", "name", "city", "email"},
+               demo::Query(db, "select id, name, city, email from customers"));
+
+    CommittedTransaction(db);
+    RolledBackTransaction(db);
+
+    db.Close();
+    std::cout << "\nClosed. The committed order stays; the deleted lines came back.\n";
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::string file = QUORDA_DEMO_DATABASE;
+    bool fresh = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg == "--database" && i + 1 < argc) {
+            file = argv[++i];
+        } else if (arg == "--fresh") {
+            fresh = true;
+        } else {
+            std::cerr << "usage: quorda_demo [--database <file>] [--fresh]\n";
+            return 2;
+        }
+    }
+    try {
+        return Run(file, fresh);
+    } catch (const quorda::EODBCError& e) {
+        std::cerr << "ODBC error: " << e.Message() << "\n  SQLSTATE " << e.SQLState() << ", native "
+                  << e.NativeError() << '\n';
+    } catch (const std::exception& e) {
+        std::cerr << "error: " << e.what() << '\n';
+    }
+    return 1;
+}
