@@ -60,28 +60,21 @@ TEST(FaultDiagnostics, TwoRecordsFollowTheLabellingRule) {
 }
 
 TEST(FaultDiagnostics, NativeCodeComesFromTheFirstRecordThatCarriesOne) {
-    {
-        FaultDriver fault("fail:SQLDriverConnect|diag:SQLDriverConnect:08S01/0/first"
-                          "|diag:SQLDriverConnect:08001/1234/second");
+    struct Case {
+        const char* firstNative;
+        SQLINTEGER native;
+        const char* message;
+    };
+    for (const Case& c : {Case{"0", 1234, "second"}, Case{"7", 7, "first"}}) {
+        FaultDriver fault(std::string("fail:SQLDriverConnect|diag:SQLDriverConnect:08S01/") + c.firstNative +
+                          "/first|diag:SQLDriverConnect:08001/1234/second");
         auto db = FaultDatabase(fault);
         try {
             db->Open();
-            FAIL();
+            FAIL() << "connected despite the script";
         } catch (const EODBCError& e) {
-            EXPECT_EQ(e.NativeError(), 1234);
-            EXPECT_EQ(e.NativeMessage(), "second");
-        }
-    }
-    {
-        FaultDriver fault("fail:SQLDriverConnect|diag:SQLDriverConnect:08S01/7/first"
-                          "|diag:SQLDriverConnect:08001/1234/second");
-        auto db = FaultDatabase(fault);
-        try {
-            db->Open();
-            FAIL();
-        } catch (const EODBCError& e) {
-            EXPECT_EQ(e.NativeError(), 7);
-            EXPECT_EQ(e.NativeMessage(), "first");
+            EXPECT_EQ(e.NativeError(), c.native);
+            EXPECT_EQ(e.NativeMessage(), c.message);
         }
     }
 }

@@ -32,40 +32,6 @@ TEST(DatabaseName, MustBeUniqueAmongNonEmptyNames) {
     EXPECT_EQ(ODBCSession()->FindDatabase("RulesA"), b.get());
 }
 
-TEST(DatabaseName, AFreedDatabaseReleasesItsName) {
-    {
-        TODBCDatabase first(nullptr);
-        first.SetDatabaseName("RulesReused");
-    }
-    TODBCDatabase second(nullptr);
-    EXPECT_NO_THROW(second.SetDatabaseName("RulesReused"));
-}
-
-TEST(DatabaseOptions, ClosedDatabaseStoresEveryOptionWithoutTouchingTheDriver) {
-    TODBCDatabase db(nullptr);
-    EXPECT_EQ(db.ConnectStyle(), csDriverConnect);
-    EXPECT_EQ(db.DriverConnectOption(), dcoDriverComplete);
-    EXPECT_EQ(db.AutoCommitOption(), acoNoAutoCommit);
-    EXPECT_EQ(db.ParamAtExecSize(), 8192);
-    db.SetIsolationLevel(ilSerializable);
-    db.SetSQLCursorOption(curUseDriver);
-    db.SetSQLCursorOption(curUseDriver);
-    db.SetDriverConnectOption(dcoDriverNoPrompt);
-    EXPECT_EQ(db.IsolationLevel(), ilSerializable);
-    EXPECT_EQ(db.SQLCursorOption(), curUseDriver);
-    EXPECT_FALSE(db.Connected());
-}
-
-TEST(DatabaseOptions, TablesMapOrdinalsToODBCValues) {
-    EXPECT_EQ(ODBCDriverConnectOption[dcoDriverCompleteRequired], 3);
-    EXPECT_EQ(ODBCAutoCommitOption[acoDontCare], -1);
-    EXPECT_EQ(ODBCAutoCommitOption[acoAutoCommit], 1);
-    EXPECT_EQ(ODBCIsolationLevel[ilDontCare], -1);
-    EXPECT_EQ(ODBCIsolationLevel[ilRepeatableRead], 4);
-    EXPECT_EQ(ODBCIsolationLevel[ilVersioning], 16);
-    EXPECT_EQ(ODBCSQLCursorOption[curUsesODBC], 1);
-}
-
 TEST(DatabaseWithoutConnection, ConnectionCallsRaiseTheDriverManagersError) {
     TODBCDatabase db(nullptr);
     TStringList names;

@@ -72,17 +72,6 @@ TEST(CheckODBC, PassesSuccessAndNoDataThroughAndTracesEveryCall) {
     EXPECT_NE(trace.Lines()[3].find("SQLFreeConnect -> -1 SQL_ERROR"), std::string::npos);
 }
 
-TEST(CheckODBC, TraceIsSilentUnlessSwitchedOn) {
-    std::vector<std::string> lines;
-    const bool was = ODBCTraceEnabled();
-    auto previous = SetODBCTraceSink([&](std::string_view line) { lines.emplace_back(line); });
-    SetODBCTraceEnabled(false);
-    CheckODBC(SQL_SUCCESS, nullptr, nullptr, nullptr, "SQLFetch");
-    SetODBCTraceEnabled(was);
-    SetODBCTraceSink(previous);
-    EXPECT_TRUE(lines.empty());
-}
-
 TEST(ODBCHandles, MoveTransfersOwnershipAndFreeReleasesOnce) {
     TODBCConnectionHandle first;
     ASSERT_EQ(SQLAllocConnect(TestEnv(), first.Receive()), SQL_SUCCESS);
@@ -97,17 +86,6 @@ TEST(ODBCHandles, MoveTransfersOwnershipAndFreeReleasesOnce) {
     EXPECT_EQ(third.Get(), raw);
     EXPECT_EQ(third.Free(), SQL_SUCCESS);
     EXPECT_EQ(third.Free(), SQL_SUCCESS); // empty: nothing to release
-}
-
-TEST(ODBCHandles, StatementOnAnOpenConnectionIsDroppedWithItsOwner) {
-    TODBCConnectionHandle dbc;
-    ASSERT_EQ(SQLAllocConnect(TestEnv(), dbc.Receive()), SQL_SUCCESS);
-    // Allocating a statement on a connection that is not open fails in the driver manager.
-    TODBCStatementHandle stmt;
-    EXPECT_THROW(
-        CheckODBC(SQLAllocStmt(dbc.Get(), stmt.Receive()), TestEnv(), dbc.Get(), nullptr, "SQLAllocStmt"),
-        EODBCError);
-    EXPECT_FALSE(stmt);
 }
 
 } // namespace

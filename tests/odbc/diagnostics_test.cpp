@@ -81,14 +81,6 @@ TEST(CreateODBCError, TwoRecordsLabelEachTextWithTheStatesBeforeIt) {
     EXPECT_EQ(e.NativeMessage(), "m1");
 }
 
-TEST(CreateODBCError, BuffersLeftByTheFinalCallRepeatTheLastRecord) {
-    // A driver manager that leaves the buffers untouched at the end of the queue.
-    ScriptedDiagnostics script({{"08001", 0, "only"}});
-    const EODBCError e = Build(script);
-    EXPECT_EQ(e.Message(), "only only ODBC State = 08001");
-    EXPECT_EQ(e.SQLState(), "08001;08001");
-}
-
 TEST(CreateODBCError, NativeCodeComesFromTheFirstRecordThatHasOne) {
     {
         ScriptedDiagnostics script({{"01000", 0, "m1"}, {"42601", 1234, "m2"}, {"HY000", 99, "m3"}});
@@ -140,18 +132,6 @@ TEST(CreateODBCError, UnterminatedBuffersAndEndlessQueuesStayBounded) {
     EXPECT_EQ(e.NativeMessage(), std::string(514, 'x'));
     EXPECT_EQ(e.SQLState().substr(0, 7), "SSSSSS;");
     EXPECT_LT(calls, 100000);
-}
-
-TEST(CreateODBCError, IsADatabaseErrorCarryingItsHandles) {
-    int envTag = 0, dbcTag = 0;
-    ScriptedDiagnostics script({{"HY000", 0, "m"}});
-    const EODBCError e = detail::BuildODBCError(std::ref(script), &envTag, &dbcTag, nullptr);
-    EXPECT_EQ(e.Henv(), &envTag);
-    EXPECT_EQ(e.Hdbc(), &dbcTag);
-    EXPECT_EQ(e.Hstmt(), nullptr);
-    EXPECT_NE(dynamic_cast<const EDatabaseError*>(&e), nullptr);
-    const EODBCDatabaseError plain("Database open");
-    EXPECT_EQ(dynamic_cast<const EDatabaseError*>(static_cast<const Exception*>(&plain)), nullptr);
 }
 
 } // namespace
