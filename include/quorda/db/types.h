@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <set>
 
@@ -96,5 +97,51 @@ enum TFieldKind : std::uint8_t { fkData, fkCalculated, fkLookup, fkInternalCalc,
 
 enum TUpdateKind : std::uint8_t { ukModify, ukInsert, ukDelete };
 enum TUpdateAction : std::uint8_t { uaFail, uaAbort, uaSkip, uaRetry, uaApplied };
+
+// Helpers beside the enumerations above (appended; the ordinals stay as they are).
+
+// A raw record buffer laid out by the dataset that allocated it.
+using TRecordBuffer = std::byte*;
+
+enum TResyncModeItem : std::uint8_t { rmExact, rmCenter };
+using TResyncMode = std::set<TResyncModeItem>;
+
+enum TAlignment : std::uint8_t { taLeftJustify, taRightJustify, taCenter };
+
+enum TFieldAttribute : std::uint8_t { faHiddenCol, faReadonly, faRequired, faLink, faUnNamed, faFixed };
+using TFieldAttributes = std::set<TFieldAttribute>;
+
+// dsEdit, dsInsert and dsSetKey: the states in which a record is being edited.
+constexpr bool IsEditMode(TDataSetState State) {
+    return State == dsEdit || State == dsInsert || State == dsSetKey;
+}
+
+// The states in which field values may be written.
+constexpr bool IsWriteMode(TDataSetState State) {
+    return State == dsEdit || State == dsInsert || State == dsSetKey || State == dsCalcFields ||
+           State == dsFilter || State == dsNewValue || State == dsInternalCalc;
+}
+
+// Types whose values live outside the record buffer and are read through a blob stream.
+constexpr bool IsBlobType(TFieldType Type) {
+    switch (Type) {
+    case ftBlob:
+    case ftMemo:
+    case ftGraphic:
+    case ftFmtMemo:
+    case ftParadoxOle:
+    case ftDBaseOle:
+    case ftTypedBinary:
+    case ftOraBlob:
+    case ftOraClob:
+    case ftWideMemo:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// The type's name without the "ft" prefix ("String", "Integer", ...).
+const char* FieldTypeName(TFieldType Type);
 
 } // namespace quorda

@@ -1,0 +1,224 @@
+#pragma once
+
+#include "quorda/db/types.h"
+#include "quorda/rtl/component.h"
+#include "quorda/rtl/currency.h"
+#include "quorda/rtl/datetime.h"
+#include "quorda/rtl/exception.h"
+#include "quorda/rtl/variant.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace quorda {
+
+class TDataSet;
+class TFieldDef;
+class TFields;
+class TField;
+
+using TFieldNotifyEvent = std::function<void(TField* Sender)>;
+using TFieldGetTextEvent = std::function<void(TField* Sender, std::string& Text, bool DisplayText)>;
+using TFieldSetTextEvent = std::function<void(TField* Sender, const std::string& Text)>;
+using TBytes = std::vector<std::uint8_t>;
+
+// The value of one column of the current record of a dataset, converted to and from the native
+// layout of the record buffer. Reads and writes go through the dataset's GetFieldData/SetFieldData;
+// the field itself keeps no value.
+//
+// Native layouts (NativeFormat true): strings zero-terminated in Size + 1 bytes; smallint, word and
+// boolean 16-bit; integer 32-bit; largeint 64-bit; float and currency double; BCD a Currency
+// (64-bit, scaled by 10000); date int32 days of a TTimeStamp; time int32 milliseconds since midnight;
+// date-time double milliseconds (TimeStampToMSecs). With NativeFormat false dates and times travel
+// as TDateTime.
+class TField : public TComponent {
+public:
+    explicit TField(TComponent* AOwner);
+    ~TField() override;
+
+    std::string ClassName() const override { return "TField"; }
+    // Copies the value of another field (null source: clears).
+    void Assign(const TPersistent* Source) override;
+
+    // --- description
+    const std::string& FieldName() const { return FFieldName; }
+    void SetFieldName(const std::string& Value);
+    // The column number in the dataset's field definitions (1-based); -1 for calculated and lookup
+    // fields, 0 while unbound.
+    int FieldNo() const { return FFieldNo; }
+    TFieldType DataType() const { return FDataType; }
+    int DataSize() const { return GetDataSize(); }
+    int Size() const { return FSize; }
+    void SetSize(int Value);
+    // Position among the dataset's fields; -1 without a dataset.
+    int Index() const;
+    void SetIndex(int Value);
+    // Offset of a calculated field's slot in the calculated-field area of a record buffer.
+    int Offset() const { return FOffset; }
+    const std::string& Origin() const { return FOrigin; }
+    void SetOrigin(const std::string& Value) { FOrigin = Value; }
+    // DisplayLabel when set, otherwise FieldName.
+    std::string DisplayName() const;
+    std::string DisplayLabel() const { return DisplayName(); }
+    void SetDisplayLabel(const std::string& Value);
+    int DisplayWidth() const;
+    void SetDisplayWidth(int Value);
+    TAlignment Alignment() const { return FAlignment; }
+    void SetAlignment(TAlignment Value);
+    bool Visible() const { return FVisible; }
+    void SetVisible(bool Value);
+    bool ReadOnly() const { return FReadOnly; }
+    void SetReadOnly(bool Value);
+    bool Required() const { return FRequired; }
+    void SetRequired(bool Value) { FRequired = Value; }
+    TFieldKind FieldKind() const { return FFieldKind; }
+    void SetFieldKind(TFieldKind Value);
+    bool Calculated() const { return FFieldKind == fkCalculated || FFieldKind == fkInternalCalc; }
+    TDataSet* DataSet() const { return FDataSet; }
+    // Attaches the field to a dataset (both must be closed); null detaches it.
+    virtual void SetDataSet(TDataSet* Value);
+    TFieldDef* FieldDef() const { return FFieldDef; }
+    virtual bool IsBlob() const { return false; }
+    bool CanModify() const { return GetCanModify(); }
+    bool IsNull() const { return GetIsNull(); }
+
+    // --- value
+    std::string AsString() const { return GetAsString(); }
+    void SetAsString(const std::string& Value) { DoSetAsString(Value); }
+    std::int32_t AsInteger() const { return GetAsInteger(); }
+    void SetAsInteger(std::int32_t Value) { DoSetAsInteger(Value); }
+    std::int64_t AsLargeInt() const { return GetAsLargeInt(); }
+    void SetAsLargeInt(std::int64_t Value) { DoSetAsLargeInt(Value); }
+    double AsFloat() const { return GetAsFloat(); }
+    void SetAsFloat(double Value) { DoSetAsFloat(Value); }
+    Currency AsCurrency() const { return GetAsCurrency(); }
+    void SetAsCurrency(Currency Value) { DoSetAsCurrency(Value); }
+    bool AsBoolean() const { return GetAsBoolean(); }
+    void SetAsBoolean(bool Value) { DoSetAsBoolean(Value); }
+    TDateTime AsDateTime() const { return GetAsDateTime(); }
+    void SetAsDateTime(TDateTime Value) { DoSetAsDateTime(Value); }
+    TBytes AsBytes() const { return GetAsBytes(); }
+    void SetAsBytes(const TBytes& Value) { DoSetAsBytes(Value); }
+    // Null for a null value.
+    Variant AsVariant() const { return GetAsVariant(); }
+    // Null or empty clears the field; a value the field cannot take raises EDatabaseError.
+    void SetAsVariant(const Variant& Value) { DoSetAsVariant(Value); }
+    Variant Value() const { return GetAsVariant(); }
+    void SetValue(const Variant& Value) { DoSetAsVariant(Value); }
+    // The value before the current edit, the current value in the data source, the pending value
+    // (through the dataset's GetStateFieldValue).
+    Variant OldValue() const;
+    Variant CurValue() const;
+    Variant NewValue() const;
+    void SetNewValue(const Variant& Value);
+
+    // The edit text (OnGetText with DisplayText false, or the field's own conversion) and the
+    // display text (OnGetText with DisplayText true).
+    std::string Text() const;
+    void SetText(const std::string& Value);
+    std::string DisplayText() const;
+
+    // Sets the field to null.
+    virtual void Clear();
+    // Asks the data-aware control showing this field to take the focus.
+    void FocusControl();
+
+    // Copies the value into Buffer (may be null to test for null); false when the value is null.
+    bool GetData(void* Buffer, bool NativeFormat = true) const;
+    // Stores the value of Buffer (null: set to null).
+    void SetData(const void* Buffer, bool NativeFormat = true);
+    // Runs OnValidate with Buffer as the field's value (GetData reads Buffer meanwhile).
+    void Validate(const void* Buffer);
+    // Lets a field class accept a related type (ftFixedChar for a string field, ...).
+    virtual void SetFieldType(TFieldType Value) {}
+
+    // --- events
+    TFieldNotifyEvent OnChange;
+    TFieldNotifyEvent OnValidate;
+    TFieldGetTextEvent OnGetText;
+    TFieldSetTextEvent OnSetText;
+
+protected:
+    void SetDataType(TFieldType Value) { FDataType = Value; }
+    virtual int GetDataSize() const { return 0; }
+    virtual int GetDefaultWidth() const { return 10; }
+    virtual void CheckTypeSize(int Value) const;
+    virtual bool GetCanModify() const;
+    virtual bool GetIsNull() const;
+    // Called when the dataset binds (true) or unbinds (false) its fields.
+    virtual void Bind(bool Binding) {}
+    virtual void Change();
+    virtual void FreeBuffers() {}
+
+    virtual std::string GetAsString() const;
+    virtual std::int32_t GetAsInteger() const;
+    virtual std::int64_t GetAsLargeInt() const;
+    virtual double GetAsFloat() const;
+    virtual Currency GetAsCurrency() const;
+    virtual bool GetAsBoolean() const;
+    virtual TDateTime GetAsDateTime() const;
+    virtual TBytes GetAsBytes() const;
+    virtual Variant GetAsVariant() const;
+    virtual void DoSetAsString(const std::string& Value);
+    virtual void DoSetAsInteger(std::int32_t Value);
+    virtual void DoSetAsLargeInt(std::int64_t Value);
+    virtual void DoSetAsFloat(double Value);
+    virtual void DoSetAsCurrency(Currency Value);
+    virtual void DoSetAsBoolean(bool Value);
+    virtual void DoSetAsDateTime(TDateTime Value);
+    virtual void DoSetAsBytes(const TBytes& Value);
+    virtual void DoSetAsVariant(const Variant& Value);
+    // Stores a non-null, non-empty variant; the default raises the type-conversion error.
+    virtual void SetVarValue(const Variant& Value);
+    // The text of the value for Text (ADisplayText false) and DisplayText (true).
+    virtual void GetText(std::string& AText, bool ADisplayText) const;
+    // Converts edit text into the value; the default is SetAsString.
+    virtual void DoSetText(const std::string& Value);
+
+    // "Invalid type conversion to <TypeName> in field <FieldName>".
+    EDatabaseError AccessError(const std::string& TypeName) const;
+    // Raises unless the field's dataset is closed.
+    void CheckInactive() const;
+    // Tells the dataset that a display property changed (layout or data).
+    void PropertyChanged(bool LayoutAffected);
+
+private:
+    friend class TDataSet;
+    friend class TFields;
+    friend class TFieldDef;
+
+    TDataSet* FDataSet = nullptr;
+    TFields* FFields = nullptr;
+    TFieldDef* FFieldDef = nullptr;
+    std::string FFieldName;
+    std::string FDisplayLabel;
+    std::string FOrigin;
+    int FFieldNo = 0;
+    int FSize = 0;
+    int FOffset = 0;
+    int FDisplayWidth = 0;
+    TFieldType FDataType = ftUnknown;
+    TFieldKind FFieldKind = fkData;
+    TAlignment FAlignment = taLeftJustify;
+    bool FVisible = true;
+    bool FReadOnly = false;
+    bool FRequired = false;
+    bool FValidating = false;
+    const void* FValueBuffer = nullptr;
+};
+
+// The date/time slot of a record buffer, by field type: ftDate uses Date, ftTime uses Time,
+// ftDateTime uses DateTime (milliseconds).
+union TDateTimeRec {
+    std::int32_t Date;
+    std::int32_t Time;
+    double DateTime;
+};
+
+TDateTimeRec DateTimeToDateTimeRec(TFieldType DataType, TDateTime Value);
+TDateTime DateTimeRecToDateTime(TFieldType DataType, const TDateTimeRec& Value);
+
+} // namespace quorda

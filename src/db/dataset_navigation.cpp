@@ -1,0 +1,148 @@
+// Moving through the records: First, Last, MoveBy, Refresh.
+
+#include "dataset_p.h"
+#include "quorda/db/dataset.h"
+#include "quorda/db/db_consts.h"
+
+namespace quorda {
+
+using detail::TryFinally;
+
+void TDataSet::First() {
+    CheckBrowseMode();
+    DoBeforeScroll();
+    if (!FIsUniDirectional) {
+        ClearBuffers();
+    } else if (!FBOF) {
+        // A forward-only cursor starts over by reopening.
+        SetActive(false);
+        SetActive(true);
+    }
+    TryFinally(
+        [&] {
+            InternalFirst();
+            if (!FIsUniDirectional) {
+                GetNextRecords();
+            }
+        },
+        [&] {
+            FBOF = true;
+            CheckRing();
+            DataEvent(deDataSetChange, 0);
+            DoAfterScroll();
+        });
+}
+
+void TDataSet::Last() {
+    CheckBiDirectional();
+    CheckBrowseMode();
+    DoBeforeScroll();
+    ClearBuffers();
+    TryFinally(
+        [&] {
+            InternalLast();
+            GetPriorRecords();
+            if (FRecordCount > 0) {
+                FActiveRecord = FRecordCount - 1;
+            }
+        },
+        [&] {
+            FEOF = true;
+            CheckRing();
+            DataEvent(deDataSetChange, 0);
+            DoAfterScroll();
+        });
+}
+
+int TDataSet::MoveBy(int Distance) {
+    CheckBrowseMode();
+    DoBeforeScroll();
+    if (Distance == 0 || (Distance > 0 && FEOF) || (Distance < 0 && FBOF)) {
+        return 0;
+    }
+    int moved = 0;
+    // How far the records shifted inside the ring; the links use it to keep their windows in place.
+    int scrolled = 0;
+    TryFinally(
+        [&] {
+            if (Distance > 0) {
+                FBOF = false;
+                while (Distance > 0 && !FEOF) {
+                    if (FActiveRecord < FRecordCount - 1) {
+                        ++FActiveRecord;
+                        --Distance;
+                        ++moved;
+                        continue;
+                    }
+                    bool full = FRecordCount == FBufferCount;
+                    if (GetNextRecord()) {
+                        if (full) {
+                            --scrolled;
+                        } else {
+                            ++FActiveRecord;
+                        }
+                        --Distance;
+                        ++moved;
+                    } else {
+                        FEOF = true;
+                    }
+                }
+            } else {
+                CheckBiDirectional();
+                FEOF = false;
+                while (Distance < 0 && !FBOF) {
+                    if (FActiveRecord > 0) {
+                        --FActiveRecord;
+                        ++Distance;
+                        --moved;
+                        continue;
+                    }
+                    if (GetPriorRecord()) {
+                        ++scrolled;
+                        ++Distance;
+                        --moved;
+                    } else {
+                        FBOF = true;
+                    }
+                }
+            }
+        },
+        [&] {
+            CheckRing();
+            DataEvent(deDataSetScroll, scrolled);
+            DoAfterScroll();
+        });
+    return moved;
+}
+
+void TDataSet::Refresh() {
+    CheckBrowseMode();
+    DoBeforeRefresh();
+    UpdateCursorPos();
+    InternalRefresh();
+    Resync({});
+    DoAfterRefresh();
+}
+
+void TDataSet::CheckBrowseMode() {
+    CheckActive();
+    DataEvent(deCheckBrowseMode, 0);
+    switch (FState) {
+    case dsEdit:
+    case dsInsert:
+        UpdateRecord();
+        if (FModified) {
+            Post();
+        } else {
+            Cancel();
+        }
+        break;
+    case dsSetKey:
+        Post();
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace quorda
