@@ -1,5 +1,6 @@
 #include "quorda/rtl/strings.h"
 
+#include "quorda/rtl/filer.h"
 #include "quorda/rtl/stream.h"
 #include "quorda/rtl/string_utils.h"
 
@@ -317,6 +318,36 @@ void TStrings::Assign(const TPersistent* Source) {
     FNameValueSeparator = source->FNameValueSeparator;
     FStrictDelimiter = source->FStrictDelimiter;
     AddStrings(*source);
+}
+
+void TStrings::DefineProperties(TFiler* Filer) {
+    bool hasData = Count() > 0;
+    if (Filer->Ancestor() != nullptr) {
+        const auto* ancestor = dynamic_cast<const TStrings*>(Filer->Ancestor());
+        hasData = ancestor == nullptr || !Equals(*ancestor);
+    }
+    Filer->DefineProperty(
+        "Strings",
+        [this](TReader& Reader) {
+            Reader.ReadListBegin();
+            {
+                TUpdateScope update(*this);
+                Clear();
+                while (!Reader.EndOfList()) {
+                    Add(Reader.ReadString());
+                }
+            }
+            Reader.ReadListEnd();
+        },
+        [this](TWriter& Writer) {
+            Writer.WriteListBegin();
+            const int count = Count();
+            for (int i = 0; i < count; ++i) {
+                Writer.WriteString(Get(i));
+            }
+            Writer.WriteListEnd();
+        },
+        hasData);
 }
 
 bool TStrings::Equals(const TStrings& Other) const {

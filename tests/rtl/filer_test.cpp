@@ -336,6 +336,37 @@ TEST(Filer, PropertyNamesMatchIgnoringCaseAndUnknownNamesRaise) {
     EXPECT_THROW(wrongReader.ReadProperties(&target), EReadError);
 }
 
+TEST(Filer, StringListsPersistTheirLinesAsTheStringsProperty) {
+    TStringList sql;
+    sql.SetText("select *\nfrom orders");
+    TMemoryStream stream;
+    TWriter writer(stream);
+    writer.WriteProperties(&sql);
+    EXPECT_EQ(Hex(stream.DataString().substr(0, 11)), "07 53 74 72 69 6E 67 73 01 06 08");
+
+    stream.SetPosition(0);
+    TReader reader(stream);
+    TStringList back;
+    back.Add("replaced");
+    int changes = 0;
+    back.OnChange = [&](TObject*) { ++changes; };
+    reader.ReadProperties(&back);
+    EXPECT_TRUE(back.Equals(sql));
+    EXPECT_EQ(changes, 1);
+
+    // Equal to the ancestor, or empty without one: nothing but the end marker.
+    TMemoryStream same;
+    TWriter sameWriter(same);
+    sameWriter.SetAncestor(&back);
+    sameWriter.WriteProperties(&sql);
+    EXPECT_EQ(same.DataString(), "\0"s);
+    TStringList empty;
+    TMemoryStream none;
+    TWriter noneWriter(none);
+    noneWriter.WriteProperties(&empty);
+    EXPECT_EQ(none.DataString(), "\0"s);
+}
+
 TEST(Reader, SkipValueStepsOverNestedValuesOfEveryKind) {
     TMemoryStream stream;
     TWriter writer(stream);

@@ -92,6 +92,9 @@ public:
 
     // Copies strings, objects and the text settings of another TStrings.
     void Assign(const TPersistent* Source) override;
+    // Persists the lines as the list property "Strings": stored when the list differs from the
+    // ancestor's, or without an ancestor when it is not empty.
+    void DefineProperties(TFiler* Filer) override;
     // Same strings in the same order (objects are not compared).
     bool Equals(const TStrings& Other) const;
 
