@@ -139,9 +139,14 @@ void TCustomMemoryStream::SaveToFile(const std::string& FileName) {
 }
 
 void TMemoryStream::SetCapacity(std::int64_t NewCapacity) {
-    FData.resize(static_cast<std::size_t>(NewCapacity));
-    FData.shrink_to_fit();
-    SetPointer(FData.empty() ? nullptr : FData.data(), std::min(FSize, NewCapacity));
+    // One allocation of exactly the capacity asked for, then one copy of the bytes in use.
+    std::vector<char> data(static_cast<std::size_t>(NewCapacity));
+    const std::int64_t kept = std::min(FSize, NewCapacity);
+    if (kept > 0) {
+        std::memcpy(data.data(), FData.data(), static_cast<std::size_t>(kept));
+    }
+    FData.swap(data);
+    SetPointer(FData.empty() ? nullptr : FData.data(), kept);
 }
 
 void TMemoryStream::SetSize(std::int64_t NewSize) {

@@ -193,33 +193,51 @@ void TStrings::SetText(const std::string& Value) {
 }
 
 std::string TStrings::DelimitedText() const {
+    return JoinDelimited(FDelimiter, FQuoteChar, FStrictDelimiter);
+}
+
+void TStrings::SetDelimitedText(const std::string& Value) {
+    SplitDelimited(Value, FDelimiter, FQuoteChar, FStrictDelimiter);
+}
+
+// CommaText always writes with a comma, double quotes and blanks quoted; reading keeps the list's
+// StrictDelimiter, as the classic list does.
+std::string TStrings::CommaText() const {
+    return JoinDelimited(',', '"', false);
+}
+
+void TStrings::SetCommaText(const std::string& Value) {
+    SplitDelimited(Value, ',', '"', FStrictDelimiter);
+}
+
+std::string TStrings::JoinDelimited(char Delimiter, char Quote, bool Strict) const {
     const int count = Count();
     std::string result;
     for (int i = 0; i < count; ++i) {
         const std::string item = Get(i);
-        if (FQuoteChar != '\0' && NeedsQuotes(item, FDelimiter, FQuoteChar, FStrictDelimiter)) {
-            result += AnsiQuotedStr(item, FQuoteChar);
+        if (Quote != '\0' && NeedsQuotes(item, Delimiter, Quote, Strict)) {
+            result += AnsiQuotedStr(item, Quote);
         } else {
             result += item;
         }
         if (i < count - 1) {
-            result += FDelimiter;
+            result += Delimiter;
         }
     }
     // A single empty item would vanish without its quotes.
-    if (result.empty() && count == 1 && FQuoteChar != '\0') {
-        result.assign(2, FQuoteChar);
+    if (result.empty() && count == 1 && Quote != '\0') {
+        result.assign(2, Quote);
     }
     return result;
 }
 
-void TStrings::SetDelimitedText(const std::string& Value) {
+void TStrings::SplitDelimited(const std::string& Value, char Delimiter, char Quote, bool Strict) {
     TUpdateScope update(*this);
     Clear();
     const std::size_t length = Value.size();
     auto isBlank = [](char c) { return static_cast<unsigned char>(c) <= ' '; };
     auto skipBlanks = [&](std::size_t& i) {
-        if (!FStrictDelimiter) {
+        if (!Strict) {
             while (i < length && isBlank(Value[i])) {
                 ++i;
             }
@@ -228,7 +246,7 @@ void TStrings::SetDelimitedText(const std::string& Value) {
     std::size_t i = 0;
     bool notFirst = false;
     while (i < length) {
-        if (notFirst && Value[i] == FDelimiter) {
+        if (notFirst && Value[i] == Delimiter) {
             ++i;
         }
         skipBlanks(i);
@@ -236,13 +254,13 @@ void TStrings::SetDelimitedText(const std::string& Value) {
             if (notFirst) {
                 Add(std::string());
             }
-        } else if (FQuoteChar != '\0' && Value[i] == FQuoteChar) {
+        } else if (Quote != '\0' && Value[i] == Quote) {
             std::string item;
             std::size_t j = i + 1;
             while (j < length) {
-                if (Value[j] == FQuoteChar) {
-                    if (j + 1 < length && Value[j + 1] == FQuoteChar) {
-                        item += FQuoteChar;
+                if (Value[j] == Quote) {
+                    if (j + 1 < length && Value[j + 1] == Quote) {
+                        item += Quote;
                         j += 2;
                         continue;
                     }
@@ -254,7 +272,7 @@ void TStrings::SetDelimitedText(const std::string& Value) {
             i = j + 1;
         } else {
             std::size_t j = i;
-            while (j < length && (FStrictDelimiter || !isBlank(Value[j])) && Value[j] != FDelimiter) {
+            while (j < length && (Strict || !isBlank(Value[j])) && Value[j] != Delimiter) {
                 ++j;
             }
             Add(Value.substr(i, j - i));
@@ -263,42 +281,6 @@ void TStrings::SetDelimitedText(const std::string& Value) {
         skipBlanks(i);
         notFirst = true;
     }
-}
-
-std::string TStrings::CommaText() const {
-    // CommaText always uses a comma, double quotes and blank-separated items.
-    struct TSaved {
-        TStrings& S;
-        char Delimiter, QuoteChar;
-        bool Strict;
-        ~TSaved() {
-            S.FDelimiter = Delimiter;
-            S.FQuoteChar = QuoteChar;
-            S.FStrictDelimiter = Strict;
-        }
-    };
-    auto& self = const_cast<TStrings&>(*this);
-    TSaved saved{self, FDelimiter, FQuoteChar, FStrictDelimiter};
-    self.FDelimiter = ',';
-    self.FQuoteChar = '"';
-    self.FStrictDelimiter = false;
-    return DelimitedText();
-}
-
-void TStrings::SetCommaText(const std::string& Value) {
-    const char delimiter = FDelimiter;
-    const char quote = FQuoteChar;
-    FDelimiter = ',';
-    FQuoteChar = '"';
-    try {
-        SetDelimitedText(Value);
-    } catch (...) {
-        FDelimiter = delimiter;
-        FQuoteChar = quote;
-        throw;
-    }
-    FDelimiter = delimiter;
-    FQuoteChar = quote;
 }
 
 void TStrings::Assign(const TPersistent* Source) {

@@ -120,6 +120,9 @@ protected:
     [[noreturn]] void Error(const char* Msg, int Data) const;
 
 private:
+    std::string JoinDelimited(char Delimiter, char Quote, bool Strict) const;
+    void SplitDelimited(const std::string& Value, char Delimiter, char Quote, bool Strict);
+
     std::string FLineBreak = "\n";
     char FDelimiter = ',';
     char FQuoteChar = '"';
