@@ -223,22 +223,5 @@ TEST(Component, ComponentIndexMovesWithinTheOwner) {
     EXPECT_EQ(owner.ComponentCount(), 0);
 }
 
-TEST(Persistent, AssignWithoutAKnownSourceNamesBothClasses) {
-    TPersistent target;
-    TComponent source(nullptr);
-    try {
-        target.Assign(&source);
-        FAIL();
-    } catch (const EAssignError& e) {
-        EXPECT_STREQ(e.what(), "Cannot assign a TComponent to a TPersistent");
-    }
-    try {
-        target.Assign(nullptr);
-        FAIL();
-    } catch (const EAssignError& e) {
-        EXPECT_STREQ(e.what(), "Cannot assign a nil to a TPersistent");
-    }
-}
-
 } // namespace
 } // namespace quorda

@@ -139,16 +139,6 @@ TEST(Writer, EachValueKindHasItsExactBytes) {
     EXPECT_EQ(Written([](TWriter& w) { w.WriteSignature(); }), "TPF0");
 }
 
-TEST(Writer, ValueTagsKeepTheirPersistedNumbers) {
-    EXPECT_EQ(vaExtended, 5);
-    EXPECT_EQ(vaLString, 12);
-    EXPECT_EQ(vaCollection, 14);
-    EXPECT_EQ(vaWString, 18);
-    EXPECT_EQ(vaInt64, 19);
-    EXPECT_EQ(vaUTF8String, 20);
-    EXPECT_EQ(vaQWord, 22);
-}
-
 TEST(Reader, ValuesReadBackAndAcceptTheirWiderForms) {
     TMemoryStream stream;
     TWriter writer(stream);
