@@ -26,7 +26,7 @@ SQLRETURN StmtCall(SQLHSTMT handle, const char* call, const std::string& argumen
 }
 
 // The columns a statement describes: those of its open cursor, or of the query it has prepared.
-const std::vector<ColumnSpec>* Described(const Stmt& stmt) {
+const std::vector<ScriptColumn>* Described(const Stmt& stmt) {
     if (stmt.Open) {
         return &stmt.Result.Columns;
     }
@@ -36,7 +36,7 @@ const std::vector<ColumnSpec>* Described(const Stmt& stmt) {
     return nullptr;
 }
 
-long long OctetLength(const ColumnSpec& column) {
+long long OctetLength(const ScriptColumn& column) {
     switch (column.SqlType) {
     case SQL_BIT:
     case SQL_TINYINT:
@@ -253,7 +253,7 @@ FAULT_EXPORT SQLRETURN SQL_API SQLDescribeCol(SQLHSTMT handle, SQLUSMALLINT numb
                         if (number < 1 || number > columns->size()) {
                             return stmt.Error("S1002", "Invalid column number");
                         }
-                        const ColumnSpec& column = (*columns)[number - 1];
+                        const ScriptColumn& column = (*columns)[number - 1];
                         if (type != nullptr) {
                             *type = static_cast<SQLSMALLINT>(column.SqlType);
                         }
@@ -291,7 +291,7 @@ FAULT_EXPORT SQLRETURN SQL_API SQLColAttributes(SQLHSTMT handle, SQLUSMALLINT nu
                         if (number < 1 || number > columns->size()) {
                             return stmt.Error("S1002", "Invalid column number");
                         }
-                        const ColumnSpec& column = (*columns)[number - 1];
+                        const ScriptColumn& column = (*columns)[number - 1];
                         auto setText = [&](const std::string& value) -> SQLRETURN {
                             return CopyOut(stmt, value, static_cast<SQLCHAR*>(text), textMax, textLength);
                         };

@@ -76,7 +76,7 @@ struct ParamBinding {
 };
 
 struct ResultSet {
-    std::vector<ColumnSpec> Columns;
+    std::vector<ScriptColumn> Columns;
     std::vector<std::vector<Value>> Rows;
 };
 

@@ -225,20 +225,20 @@ void Script::AddRule(std::string_view rule) {
     } else if (verb == "result") {
         FHasResult = true;
         FColumns.clear();
-        for (auto column : Split(args, ',')) {
-            auto parts = Split(column, '/');
+        for (auto text : Split(args, ',')) {
+            auto parts = Split(text, '/');
             if (parts.size() < 2) {
                 Malformed(rule, "column is not name/sqltype");
             }
-            ColumnSpec spec;
-            spec.Name = Unescape(parts[0]);
-            spec.SqlType = static_cast<int>(ToNumber(parts[1], rule));
-            spec.Size =
-                parts.size() > 2 && !parts[2].empty() ? ToNumber(parts[2], rule) : DefaultSize(spec.SqlType);
-            spec.Digits =
+            ScriptColumn column;
+            column.Name = Unescape(parts[0]);
+            column.SqlType = static_cast<int>(ToNumber(parts[1], rule));
+            column.Size = parts.size() > 2 && !parts[2].empty() ? ToNumber(parts[2], rule)
+                                                                : DefaultSize(column.SqlType);
+            column.Digits =
                 parts.size() > 3 && !parts[3].empty() ? static_cast<int>(ToNumber(parts[3], rule)) : 0;
-            spec.Table = parts.size() > 4 ? Unescape(parts[4]) : std::string();
-            FColumns.push_back(std::move(spec));
+            column.Table = parts.size() > 4 ? Unescape(parts[4]) : std::string();
+            FColumns.push_back(std::move(column));
         }
     } else if (verb == "row") {
         std::vector<Value> row;

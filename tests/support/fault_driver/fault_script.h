@@ -56,7 +56,7 @@ struct DiagRecord {
     std::string Message;
 };
 
-struct ColumnSpec {
+struct ScriptColumn {
     std::string Name;
     int SqlType = 12;
     long long Size = 0;
@@ -100,7 +100,7 @@ public:
     // Counts the call and decides what happens to it.
     CallOutcome Decide(std::string_view call);
 
-    const std::vector<ColumnSpec>& Columns() const { return FColumns; }
+    const std::vector<ScriptColumn>& Columns() const { return FColumns; }
     const std::vector<std::vector<Value>>& Rows() const { return FRows; }
     bool HasResult() const { return FHasResult; }
     std::optional<long long> RowCount() const { return FRowCount; }
@@ -124,7 +124,7 @@ private:
 
     std::vector<CallRule> FCallRules;
     std::map<std::string, long, std::less<>> FCounts;
-    std::vector<ColumnSpec> FColumns;
+    std::vector<ScriptColumn> FColumns;
     std::vector<std::vector<Value>> FRows;
     long FGeneratedRows = -1;
     bool FHasResult = false;

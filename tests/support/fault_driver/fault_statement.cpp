@@ -101,7 +101,7 @@ std::string CatalogArg(SQLCHAR* text, SQLSMALLINT length) {
     return shown + "/" + std::to_string(length);
 }
 
-void OpenCatalog(Stmt& stmt, std::vector<ColumnSpec> columns, std::vector<std::vector<Value>> rows) {
+void OpenCatalog(Stmt& stmt, std::vector<ScriptColumn> columns, std::vector<std::vector<Value>> rows) {
     stmt.CloseCursor();
     stmt.Result.Columns = std::move(columns);
     stmt.Result.Rows = std::move(rows);
