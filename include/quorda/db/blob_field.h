@@ -36,6 +36,8 @@ public:
 
 protected:
     void CheckTypeSize(int Value) const override;
+    // The dataset frees field buffers when a record is posted, cancelled or deleted.
+    void FreeBuffers() override { FModified = false; }
     bool GetIsNull() const override;
     std::string GetAsString() const override;
     TBytes GetAsBytes() const override;

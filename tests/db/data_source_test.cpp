@@ -1,0 +1,143 @@
+// Data sources between datasets and links: state relay, AutoEdit, Enabled and teardown order.
+
+#include "db_test_support.h"
+
+#include <gtest/gtest.h>
+
+using namespace quorda;
+using namespace quorda::dbtest;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+TEST(DataSource, RelaysOpeningAndClosingToLinksAndEvents) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 3);
+    dataSet.Close();
+    TDataSource source(nullptr);
+    std::vector<std::string> log;
+    TRecordingLink link(log, "link");
+    link.SetDataSource(&source);
+    source.OnStateChange = [&](TObject*) { log.push_back("StateChange"); };
+    source.OnDataChange = [&](TObject*, TField* Field) {
+        log.push_back(Field ? "DataChange(field)" : "DataChange");
+    };
+    source.SetDataSet(&dataSet);
+    EXPECT_TRUE(log.empty());
+    EXPECT_FALSE(link.Active());
+    dataSet.Open();
+    EXPECT_EQ(log, (Names{"link:ActiveChanged(on)", "StateChange", "DataChange"}));
+    log.clear();
+    dataSet.Close();
+    EXPECT_EQ(log, (Names{"link:ActiveChanged(off)", "StateChange"}));
+    EXPECT_EQ(source.State(), dsInactive);
+}
+
+TEST(DataSource, DisablingShowsTheLinksAnInactiveDataset) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 3);
+    TDataSource source(nullptr);
+    std::vector<std::string> log;
+    TRecordingLink link(log, "");
+    link.SetDataSource(&source);
+    source.SetDataSet(&dataSet);
+    EXPECT_TRUE(link.Active());
+    source.SetEnabled(false);
+    EXPECT_FALSE(link.Active());
+    log.clear();
+    dataSet.Next();
+    EXPECT_TRUE(log.empty());
+    source.SetEnabled(true);
+    EXPECT_TRUE(link.Active());
+    EXPECT_EQ(link.DataSet()->FieldByName("ID")->AsInteger(), 2);
+}
+
+TEST(DataSource, AutoEditLetsALinkStartAnEditAndReadOnlyLinksNeverEdit) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 2);
+    TDataSource source(nullptr);
+    std::vector<std::string> log;
+    TRecordingLink link(log, "");
+    link.SetDataSource(&source);
+    source.SetDataSet(&dataSet);
+    source.SetAutoEdit(false);
+    EXPECT_FALSE(link.Edit());
+    EXPECT_EQ(dataSet.State(), dsBrowse);
+    source.SetAutoEdit(true);
+    EXPECT_TRUE(link.Edit());
+    EXPECT_EQ(dataSet.State(), dsEdit);
+    link.SetReadOnly(true);
+    EXPECT_FALSE(link.Editing());
+    dataSet.Cancel();
+    EXPECT_FALSE(link.Edit());
+    EXPECT_EQ(dataSet.State(), dsBrowse);
+}
+
+TEST(DataSource, FocusControlReachesTheLinks) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 1);
+    TDataSource source(nullptr);
+    std::vector<std::string> log;
+    TRecordingLink link(log, "");
+    link.SetDataSource(&source);
+    source.SetDataSet(&dataSet);
+    log.clear();
+    dataSet.FieldByName("NAME")->FocusControl();
+    EXPECT_EQ(log, (Names{"FocusControl(NAME)"}));
+}
+
+// A detail dataset whose master is a data source.
+class TDetailDataSet : public TMemDataSet {
+public:
+    using TMemDataSet::TMemDataSet;
+    TDataSource* Master = nullptr;
+    TDataSource* GetDataSource() const override { return Master; }
+};
+
+TEST(DataSource, ACircularChainOfSourcesIsRefused) {
+    TDetailDataSet detail(nullptr);
+    TDataSource source(nullptr);
+    detail.Master = &source;
+    try {
+        source.SetDataSet(&detail);
+        FAIL();
+    } catch (const EDatabaseError& e) {
+        EXPECT_EQ(e.Message(), SCircularDataLink);
+    }
+    EXPECT_EQ(source.DataSet(), nullptr);
+}
+
+TEST(DataSource, EitherEndMayBeDestroyedFirst) {
+    std::vector<std::string> log;
+    TRecordingLink link(log, "");
+    {
+        auto dataSet = std::make_unique<TMemDataSet>(nullptr);
+        FillNumbers(*dataSet, 3);
+        auto source = std::make_unique<TDataSource>(nullptr);
+        link.SetDataSource(source.get());
+        source->SetDataSet(dataSet.get());
+        EXPECT_TRUE(link.Active());
+        dataSet.reset();
+        EXPECT_FALSE(link.Active());
+        EXPECT_EQ(source->DataSet(), nullptr);
+        EXPECT_EQ(link.DataSet(), nullptr);
+        source.reset();
+        EXPECT_EQ(link.DataSource(), nullptr);
+    }
+    {
+        TMemDataSet dataSet(nullptr);
+        FillNumbers(dataSet, 3);
+        {
+            TDataSource source(nullptr);
+            TRecordingLink inner(log, "", 4);
+            inner.SetDataSource(&source);
+            source.SetDataSet(&dataSet);
+        }
+        // The link left before the source, the source before the dataset: the ring is back to one.
+        dataSet.Next();
+        EXPECT_EQ(CurrentId(dataSet), 2);
+    }
+}
+
+} // namespace

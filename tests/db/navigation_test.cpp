@@ -1,0 +1,110 @@
+// Bof/Eof transitions and the scroll events around them.
+
+#include "db_test_support.h"
+
+#include <gtest/gtest.h>
+
+using namespace quorda;
+using namespace quorda::dbtest;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+TEST(Navigation, AnEmptyDatasetIsAtBothEndsAndStaysThere) {
+    TMemDataSet dataSet(nullptr);
+    std::vector<std::string> log;
+    LogDataSetEvents(dataSet, log);
+    FillNumbers(dataSet, 0);
+    EXPECT_TRUE(dataSet.IsEmpty());
+    EXPECT_TRUE(dataSet.Bof());
+    EXPECT_TRUE(dataSet.Eof());
+    EXPECT_EQ(dataSet.RecordCount(), 0);
+    EXPECT_TRUE(dataSet.FieldByName("ID")->IsNull());
+    dataSet.Next();
+    dataSet.Prior();
+    dataSet.Last();
+    EXPECT_TRUE(dataSet.Bof() && dataSet.Eof());
+    EXPECT_TRUE(dataSet.GetBookmark().IsNil());
+    EXPECT_EQ(dataSet.Bookmark(), "");
+    // Opening an empty dataset reports no scroll to a record.
+    log.clear();
+    dataSet.Close();
+    dataSet.Open();
+    EXPECT_EQ(log, (Names{"BeforeClose", "AfterClose", "BeforeOpen", "AfterOpen"}));
+}
+
+TEST(Navigation, OneRowIsBothFirstAndLast) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 1);
+    std::vector<std::string> log;
+    LogDataSetEvents(dataSet, log);
+    EXPECT_TRUE(dataSet.Bof());
+    EXPECT_FALSE(dataSet.Eof());
+    dataSet.Next();
+    EXPECT_TRUE(dataSet.Eof());
+    EXPECT_FALSE(dataSet.Bof());
+    EXPECT_EQ(CurrentId(dataSet), 1);
+    EXPECT_EQ(log, (Names{"BeforeScroll", "AfterScroll"}));
+    // At the end a further Next announces the scroll but goes nowhere.
+    log.clear();
+    dataSet.Next();
+    EXPECT_EQ(log, (Names{"BeforeScroll"}));
+    dataSet.Prior();
+    EXPECT_TRUE(dataSet.Bof());
+    EXPECT_FALSE(dataSet.Eof());
+    EXPECT_EQ(CurrentId(dataSet), 1);
+}
+
+TEST(Navigation, PriorAtTheFirstAndNextAtTheLastSetTheFlagsOnTheSameRecord) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 3);
+    dataSet.Next();
+    dataSet.Prior();
+    EXPECT_FALSE(dataSet.Bof());
+    dataSet.Prior();
+    EXPECT_TRUE(dataSet.Bof());
+    EXPECT_EQ(CurrentId(dataSet), 1);
+    dataSet.Last();
+    EXPECT_TRUE(dataSet.Eof());
+    EXPECT_FALSE(dataSet.Bof());
+    EXPECT_EQ(CurrentId(dataSet), 3);
+    dataSet.Prior();
+    EXPECT_FALSE(dataSet.Eof());
+    EXPECT_EQ(CurrentId(dataSet), 2);
+    dataSet.First();
+    EXPECT_TRUE(dataSet.Bof());
+    EXPECT_EQ(CurrentId(dataSet), 1);
+}
+
+TEST(Navigation, ClosedDatasetsRefuseToMoveAndOpenOnesRefuseStructureChanges) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 2);
+    dataSet.Close();
+    EXPECT_THROW(dataSet.Next(), EDatabaseError);
+    try {
+        dataSet.First();
+        FAIL();
+    } catch (const EDatabaseError& e) {
+        EXPECT_STREQ(e.what(), SInactiveDataset);
+    }
+    dataSet.Open();
+    // Rows survive closing; fields cannot be attached to an open dataset.
+    EXPECT_EQ(dataSet.RecordCount(), 2);
+    TIntegerField extra(nullptr);
+    extra.SetFieldName("EXTRA");
+    EXPECT_THROW(extra.SetDataSet(&dataSet), EDatabaseError);
+}
+
+TEST(Navigation, RefreshKeepsTheCurrentRecordAndAnnouncesIt) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 5);
+    dataSet.MoveBy(2);
+    int refreshes = 0;
+    dataSet.AfterRefresh = [&](TDataSet*) { ++refreshes; };
+    dataSet.Refresh();
+    EXPECT_EQ(CurrentId(dataSet), 3);
+    EXPECT_EQ(refreshes, 1);
+}
+
+} // namespace

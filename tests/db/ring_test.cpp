@@ -1,0 +1,169 @@
+// The record ring as data links see it: sizing by the links, windows following the records while
+// the dataset scrolls, resynchronisation, and the cursor work it causes.
+
+#include "db_test_support.h"
+
+#include <gtest/gtest.h>
+
+using namespace quorda;
+using namespace quorda::dbtest;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+class RingTest : public ::testing::Test {
+protected:
+    void SetUp() override { FillNumbers(DataSet, 20); }
+
+    TProbeDataSet DataSet{nullptr};
+    TDataSource Source{nullptr};
+    std::vector<std::string> Log;
+};
+
+TEST_F(RingTest, GrowsToTheLargestLinkAndShrinksBackKeepingTheActiveRecord) {
+    Source.SetDataSet(&DataSet);
+    EXPECT_EQ(DataSet.BufferCount(), 1);
+    DataSet.MoveBy(4);
+    {
+        TRecordingLink small(Log, "small", 3);
+        small.SetDataSource(&Source);
+        EXPECT_EQ(DataSet.BufferCount(), 3);
+        {
+            TRecordingLink large(Log, "large", 5);
+            large.SetDataSource(&Source);
+            EXPECT_EQ(DataSet.BufferCount(), 5);
+            EXPECT_EQ(CurrentId(DataSet), 5);
+            EXPECT_EQ(large.RecordCount(), 5);
+            EXPECT_EQ(large.Window("ID")[static_cast<std::size_t>(large.ActiveRecord())], "5");
+            DataSet.MoveBy(3);
+        }
+        EXPECT_EQ(DataSet.BufferCount(), 3);
+        EXPECT_EQ(CurrentId(DataSet), 8);
+        EXPECT_EQ(small.Window("ID")[static_cast<std::size_t>(small.ActiveRecord())], "8");
+    }
+    EXPECT_EQ(DataSet.BufferCount(), 1);
+    EXPECT_EQ(CurrentId(DataSet), 8);
+}
+
+TEST_F(RingTest, LinkWindowsFollowTheRecordsAcrossTheRingEdges) {
+    TRecordingLink small(Log, "small", 3);
+    TRecordingLink large(Log, "large", 5);
+    small.SetDataSource(&Source);
+    large.SetDataSource(&Source);
+    Source.SetDataSet(&DataSet);
+    DataSet.First();
+    EXPECT_EQ(large.Window("ID"), (Names{"1", "2", "3", "4", "5"}));
+    EXPECT_EQ(small.Window("ID"), (Names{"1", "2", "3"}));
+
+    struct Step {
+        int Distance;
+        Names Small;
+        int SmallActive;
+        Names Large;
+        int LargeActive;
+        std::string SmallScroll;
+        std::string LargeScroll;
+    };
+    const Step steps[] = {
+        {4, {"3", "4", "5"}, 2, {"1", "2", "3", "4", "5"}, 4, "2", "0"},
+        {1, {"4", "5", "6"}, 2, {"2", "3", "4", "5", "6"}, 4, "1", "1"},
+        {-3, {"3", "4", "5"}, 0, {"2", "3", "4", "5", "6"}, 1, "-1", "0"},
+        {-1, {"2", "3", "4"}, 0, {"2", "3", "4", "5", "6"}, 0, "-1", "0"},
+        {-1, {"1", "2", "3"}, 0, {"1", "2", "3", "4", "5"}, 0, "-1", "-1"},
+    };
+    for (const Step& step : steps) {
+        Log.clear();
+        DataSet.MoveBy(step.Distance);
+        SCOPED_TRACE("after MoveBy(" + std::to_string(step.Distance) + ") to ID " +
+                     std::to_string(CurrentId(DataSet)));
+        EXPECT_EQ(small.Window("ID"), step.Small);
+        EXPECT_EQ(small.ActiveRecord(), step.SmallActive);
+        EXPECT_EQ(large.Window("ID"), step.Large);
+        EXPECT_EQ(large.ActiveRecord(), step.LargeActive);
+        EXPECT_EQ(Log, (Names{"small:CheckBrowseMode", "large:CheckBrowseMode",
+                              "small:DataSetScrolled(" + step.SmallScroll + ")",
+                              "large:DataSetScrolled(" + step.LargeScroll + ")"}));
+    }
+}
+
+TEST_F(RingTest, EveryRecordOfAFullScanIsVisitedOnceWithoutRefetching) {
+    TRecordingLink grid(Log, "", 4);
+    grid.SetDataSource(&Source);
+    Source.SetDataSet(&DataSet);
+    DataSet.First();
+    DataSet.GetRecordCalls = 0;
+    DataSet.SetToRecordCalls = 0;
+    std::vector<int> seen;
+    while (!DataSet.Eof()) {
+        seen.push_back(CurrentId(DataSet));
+        DataSet.Next();
+    }
+    ASSERT_EQ(seen.size(), 20u);
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(seen[static_cast<std::size_t>(i)], i + 1);
+    }
+    // Records 1-4 were already in the ring; 5-20 are fetched once each, plus the end-of-data answer.
+    EXPECT_EQ(DataSet.GetRecordCalls, 17);
+    EXPECT_EQ(DataSet.SetToRecordCalls, 0);
+}
+
+TEST_F(RingTest, MoveByStopsAtTheEndsAndReportsTheDistanceMoved) {
+    EXPECT_EQ(DataSet.MoveBy(100), 19);
+    EXPECT_TRUE(DataSet.Eof());
+    EXPECT_EQ(CurrentId(DataSet), 20);
+    EXPECT_EQ(DataSet.MoveBy(1), 0);
+    EXPECT_EQ(DataSet.MoveBy(-100), -19);
+    EXPECT_TRUE(DataSet.Bof());
+    EXPECT_FALSE(DataSet.Eof());
+    EXPECT_EQ(CurrentId(DataSet), 1);
+    EXPECT_EQ(DataSet.MoveBy(0), 0);
+}
+
+TEST_F(RingTest, GotoBookmarkCentresTheRecordInTheRing) {
+    TRecordingLink grid(Log, "", 5);
+    grid.SetDataSource(&Source);
+    Source.SetDataSet(&DataSet);
+    DataSet.MoveBy(9);
+    TBookmark tenth = DataSet.GetBookmark();
+    DataSet.Last();
+    EXPECT_EQ(grid.Window("ID"), (Names{"16", "17", "18", "19", "20"}));
+    DataSet.GotoBookmark(tenth);
+    EXPECT_EQ(grid.Window("ID"), (Names{"8", "9", "10", "11", "12"}));
+    EXPECT_EQ(grid.ActiveRecord(), 2);
+}
+
+TEST_F(RingTest, ResyncNearTheEndRefillsTheRingFromBefore) {
+    TRecordingLink grid(Log, "", 5);
+    grid.SetDataSource(&Source);
+    Source.SetDataSet(&DataSet);
+    DataSet.Last();
+    DataSet.Prior();
+    DataSet.Delete();
+    // The deleted 19th record is replaced by its successor; the ring still holds five records.
+    EXPECT_EQ(CurrentId(DataSet), 20);
+    EXPECT_EQ(grid.Window("ID"), (Names{"15", "16", "17", "18", "20"}));
+    DataSet.Delete();
+    EXPECT_EQ(CurrentId(DataSet), 18);
+    EXPECT_EQ(grid.Window("ID"), (Names{"14", "15", "16", "17", "18"}));
+}
+
+TEST_F(RingTest, EnableControlsSendsOneStateUpdateAndOneChange) {
+    TRecordingLink link(Log, "", 1);
+    link.SetDataSource(&Source);
+    Source.SetDataSet(&DataSet);
+    Log.clear();
+    DataSet.DisableControls();
+    DataSet.DisableControls();
+    DataSet.Next();
+    DataSet.Edit();
+    DataSet.Last();
+    DataSet.EnableControls();
+    EXPECT_TRUE(Log.empty());
+    DataSet.Edit();
+    DataSet.EnableControls();
+    EXPECT_EQ(Log, (Names{"EditingChanged(on)", "DataSetChanged"}));
+    EXPECT_FALSE(DataSet.ControlsDisabled());
+}
+
+} // namespace
