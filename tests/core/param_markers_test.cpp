@@ -1,3 +1,4 @@
+#include "quorda/core/odbc_params.h"
 #include "quorda/core/param_markers.h"
 
 #include <gtest/gtest.h>
@@ -178,6 +179,61 @@ TEST(ParamMarkers, ThrowingHandlerLeavesTheMarkerInPlace) {
                                   }),
                  std::runtime_error);
     EXPECT_EQ(text, "a = ? and b = :b");
+}
+
+TEST(ParamMarkers, CreateParamsBuildsACollection) {
+    TODBCParams params;
+    std::string text = "update t set a = :a, b = :B where a = :a";
+    CreateParams(&params, text);
+    EXPECT_EQ(text, "update t set a = ?, b = ? where a = ?");
+    ASSERT_EQ(params.Count(), 3);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(params[i]->DataType(), ftUnknown);
+        EXPECT_FALSE(params[i]->Bound());
+    }
+    EXPECT_EQ(params[1]->Name(), "B");
+    EXPECT_EQ(params[2]->Name(), "a");
+
+    // Without a collection only the text changes.
+    text = "select :x";
+    CreateParams(nullptr, text);
+    EXPECT_EQ(text, "select ?");
+}
+
+// What a dataset does when its SQL text changes: a fresh collection inherits by exact name.
+TEST(ParamMarkers, ValuesSurviveATextChangeByName) {
+    TODBCParams old;
+    std::string text = "select * from t where id = :id and name = :name and Flag = :Flag";
+    CreateParams(&old, text);
+    old.ParamByName("id")->SetAsInteger(5);
+    old.ParamByName("name")->SetAsString("x");
+    old.ParamByName("name")->Clear();
+    auto* later = old.CreateParam(ftFloat, "id"); // a second namesake is never used
+    later->SetAsFloat(9.5);
+
+    TODBCParams fresh;
+    text = "select * from t where id in (:id, :id) and flag = :flag and other = :other";
+    CreateParams(&fresh, text);
+    fresh.AssignValues(&old);
+    ASSERT_EQ(fresh.Count(), 4);
+    for (int i : {0, 1}) {
+        EXPECT_EQ(fresh[i]->DataType(), ftInteger);
+        EXPECT_EQ(fresh[i]->AsInteger(), 5);
+        EXPECT_TRUE(fresh[i]->Bound());
+    }
+    // Names match case-sensitively: "flag" does not take the value of "Flag".
+    EXPECT_EQ(fresh[2]->DataType(), ftUnknown);
+    EXPECT_FALSE(fresh[2]->Bound());
+    EXPECT_FALSE(fresh[3]->Bound());
+
+    // Null values carry over as nulls of their type.
+    TODBCParams third;
+    text = "where name = :name";
+    CreateParams(&third, text);
+    third.AssignValues(&old);
+    EXPECT_TRUE(third[0]->IsNull());
+    EXPECT_TRUE(third[0]->Bound());
+    EXPECT_EQ(third[0]->DataType(), ftString);
 }
 
 } // namespace
