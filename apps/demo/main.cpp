@@ -8,7 +8,8 @@
 
 #include "demo_schema.h"
 #include "demo_sql.h"
-#include "quorda/core.h"
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/strings.h"
 

@@ -1,6 +1,8 @@
 #pragma once
 
-// Session, database connection and the statement engine.
+// Session, database connection, parameters and the statement engine.
 #include "quorda/core/database_client.h"
 #include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_params.h"
+#include "quorda/core/param_markers.h"
 #include "quorda/core/session.h"
