@@ -1,14 +1,14 @@
 // The :name marker scanner on arbitrary bytes. Besides memory errors it checks what the rewrite
 // promises: the text never grows, every marker becomes exactly one "?", the collection gets one
 // parameter per marker, and bytes after a zero byte are left alone.
+#include "quorda/core/odbc_params.h"
+#include "quorda/core/param_markers.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
-
-#include "quorda/core/odbc_params.h"
-#include "quorda/core/param_markers.h"
 
 namespace {
 

@@ -2,14 +2,14 @@
 // library's own types are expected for malformed input; anything else (a crash, a sanitizer report,
 // a foreign exception) is a fault. What reads successfully must also write, and a written collection
 // must read back to the same bytes.
+#include "quorda/core/odbc_params.h"
+#include "quorda/rtl/exception.h"
+#include "quorda/rtl/stream.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
-
-#include "quorda/core/odbc_params.h"
-#include "quorda/rtl/exception.h"
-#include "quorda/rtl/stream.h"
 
 namespace {
 
