@@ -1,0 +1,41 @@
+#pragma once
+
+#include "quorda/db/types.h"
+#include "quorda/rtl/stream.h"
+
+#include <cstdint>
+
+namespace quorda {
+
+class TBlobField;
+class TODBCDataSet;
+
+// Reads a memo or blob column of the current row whole, with SQLGetData, when it is created, so values
+// longer than the bound column buffer arrive complete. Writes stay in memory: the plain dataset is
+// read-only, editable descendants store what was written.
+class TODBCBlobStream : public TMemoryStream {
+public:
+    // Raises SODBCFieldReadOnly for a write mode on a read-only field or outside dsEdit/dsInsert.
+    TODBCBlobStream(TBlobField* Field, TBlobStreamMode Mode);
+    ~TODBCBlobStream() override = default;
+
+    std::int64_t Write(const void* Buffer, std::int64_t Count) override;
+    // Empties the stream and marks the field modified.
+    void Truncate() override;
+
+protected:
+    virtual void ReadBlobData();
+    // A rowset row's value that fits its bound buffer, taken from there; false when it must be read
+    // from the driver.
+    bool ReadFromRowset(bool Text);
+    // The value of the current row read from the driver, whole.
+    void ReadWithGetData(bool Text);
+
+    TBlobField* FField;
+    TODBCDataSet* FDataSet;
+    TRecordBuffer FBuffer = nullptr;
+    int FFieldNo = 0;
+    bool FModified = false;
+};
+
+} // namespace quorda

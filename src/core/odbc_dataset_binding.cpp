@@ -1,0 +1,202 @@
+// TODBCDataSet, parameter binding: each parameter's value converted into a buffer of its own and
+// bound with SQLBindParameter, inline or to be sent at execution time.
+
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_dataset.h"
+#include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/datetime.h"
+
+#include <cstring>
+#include <string>
+
+namespace quorda {
+namespace {
+
+// The time-stamp fraction in nanoseconds from the milliseconds, built by text: the count padded
+// with zeros on the left to three digits, then on the right to nine ("7" -> "007000000").
+SQLUINTEGER FractionFromMilliseconds(unsigned Milliseconds) {
+    std::string digits = std::to_string(Milliseconds);
+    if (digits.size() < 3) {
+        digits.insert(0, 3 - digits.size(), '0');
+    }
+    if (digits.size() < 9) {
+        digits.append(9 - digits.size(), '0');
+    }
+    return static_cast<SQLUINTEGER>(std::stoul(digits));
+}
+
+// "yyyy-mm-dd hh:mm:ss.fff"
+constexpr SQLULEN kTimestampColumnSize = 23;
+
+template <typename T>
+void StoreValue(TParamValueItem& Item, const T& Value) {
+    Item.Data.assign(sizeof(T), std::byte{0});
+    std::memcpy(Item.Data.data(), &Value, sizeof(T));
+}
+
+} // namespace
+
+void TODBCDataSet::Translate(const char* Src, char* Dest, bool ToOem) {
+    // Text is UTF-8 throughout; there is no OEM code page to convert to.
+    if (Src != Dest) {
+        std::memmove(Dest, Src, std::strlen(Src) + 1);
+    }
+}
+
+SQLLEN TODBCDataSet::ConvertData(TODBCParam* Param, TParamValueItem& Item) {
+    const TFieldType dataType = Param->DataType();
+    // Text of a string or memo parameter: the value and its terminating zero, translated on request.
+    auto storeText = [&](SQLSMALLINT SqlType) {
+        Item.CType = SQL_C_CHAR;
+        Item.SqlType = SqlType;
+        const int size = Param->GetDataSize();
+        std::string text(static_cast<std::size_t>(size) + 1, '\0');
+        Param->GetData(text.data());
+        Item.Data.assign(static_cast<std::size_t>(size), std::byte{0});
+        if (dataType == ftFmtMemo) {
+            // Its native data carries no terminator; the buffer gets one so the text stays bounded.
+            Item.Data.push_back(std::byte{0});
+        }
+        if (FTranslate && Param->Translate()) {
+            Translate(text.c_str(), reinterpret_cast<char*>(Item.Data.data()), true);
+        } else {
+            std::memcpy(Item.Data.data(), text.data(), Item.Data.size());
+        }
+        return static_cast<SQLLEN>(Item.Data.size()) - 1;
+    };
+
+    switch (dataType) {
+    case ftUnknown:
+    case ftBlob:
+    case ftGraphic: {
+        Item.CType = SQL_C_BINARY;
+        Item.SqlType = SQL_LONGVARBINARY;
+        const int size = Param->GetDataSize();
+        Item.Data.assign(static_cast<std::size_t>(size), std::byte{0});
+        Param->GetData(Item.Data.data());
+        return size;
+    }
+    case ftString:
+        return storeText(SQL_CHAR);
+    case ftMemo:
+    case ftFmtMemo:
+        return storeText(SQL_LONGVARCHAR);
+    case ftSmallint:
+    case ftInteger:
+    case ftWord:
+    case ftBoolean:
+        Item.CType = SQL_C_LONG;
+        Item.SqlType = SQL_INTEGER;
+        StoreValue(Item, static_cast<SQLINTEGER>(Param->AsInteger()));
+        return 4;
+    case ftFloat:
+        Item.CType = SQL_C_DOUBLE;
+        Item.SqlType = SQL_DOUBLE;
+        StoreValue(Item, Param->AsFloat());
+        return 8;
+    case ftCurrency: {
+        Item.CType = SQL_C_CHAR;
+        Item.SqlType = SQL_CHAR;
+        const std::string text = Param->AsString();
+        Item.Data.assign(text.size() + 1, std::byte{0});
+        std::memcpy(Item.Data.data(), text.data(), text.size());
+        return static_cast<SQLLEN>(text.size());
+    }
+    case ftDate: {
+        Item.CType = SQL_C_DATE;
+        Item.SqlType = SQL_DATE;
+        SQL_DATE_STRUCT date{};
+        std::uint16_t year = 0, month = 0, day = 0;
+        DecodeDate(Param->AsDate(), year, month, day);
+        date.year = static_cast<SQLSMALLINT>(year);
+        date.month = month;
+        date.day = day;
+        StoreValue(Item, date);
+        return 6;
+    }
+    case ftTime: {
+        Item.CType = SQL_C_TIME;
+        Item.SqlType = SQL_TIME;
+        SQL_TIME_STRUCT time{};
+        std::uint16_t hour = 0, minute = 0, second = 0, msec = 0;
+        DecodeTime(Param->AsTime(), hour, minute, second, msec);
+        time.hour = hour;
+        time.minute = minute;
+        time.second = second;
+        StoreValue(Item, time);
+        return 6;
+    }
+    case ftDateTime: {
+        Item.CType = SQL_C_TIMESTAMP;
+        Item.SqlType = SQL_TIMESTAMP;
+        SQL_TIMESTAMP_STRUCT stamp{};
+        std::uint16_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, msec = 0;
+        DecodeDateTime(Param->AsDateTime(), year, month, day, hour, minute, second, msec);
+        stamp.year = static_cast<SQLSMALLINT>(year);
+        stamp.month = month;
+        stamp.day = day;
+        stamp.hour = hour;
+        stamp.minute = minute;
+        stamp.second = second;
+        stamp.fraction = FractionFromMilliseconds(msec);
+        StoreValue(Item, stamp);
+        return 16;
+    }
+    default:
+        throw EODBCDatabaseError("Parameter type not supported");
+    }
+}
+
+void TODBCDataSet::BindAllParam() {
+    InternalFreeStmt(SQL_RESET_PARAMS);
+    FParamValues.clear();
+    const SQLLEN atExecSize = FODBCDatabase != nullptr ? FODBCDatabase->ParamAtExecSize() : 8192;
+    for (int i = 0; i < GetParamsCount(); ++i) {
+        TODBCParam* param = Params().Items(i);
+        auto owned = std::make_unique<TParamValueItem>();
+        TParamValueItem& item = *owned;
+        const SQLLEN length = ConvertData(param, item);
+        FParamValues.push_back(std::move(owned));
+        // Drivers are handed a valid address even for an empty value.
+        if (item.Data.empty()) {
+            item.Data.push_back(std::byte{0});
+        }
+        SQLULEN columnSize = static_cast<SQLULEN>(length < 0 ? 0 : length);
+        if (item.SqlType == SQL_TIMESTAMP) {
+            // The size of a time stamp is that of its text with milliseconds, not of the structure:
+            // drivers cut the text to it (SQLite ODBC drops the seconds at 16).
+            columnSize = kTimestampColumnSize;
+        }
+        const bool atExecution = !param->IsNull() && length > atExecSize;
+        if (param->IsNull()) {
+            item.LengthIndicator = SQL_NULL_DATA;
+        } else if (atExecution) {
+            item.LengthIndicator = SqlLenDataAtExec(length);
+        } else {
+            item.LengthIndicator = length;
+        }
+        item.ParamIndex = i;
+        const auto number = static_cast<SQLUSMALLINT>(i + 1);
+        SQLRETURN ret;
+        if (atExecution) {
+            if (item.SqlType == SQL_CHAR) {
+                item.SqlType = SQL_LONGVARCHAR;
+                columnSize *= 2;
+            }
+            // The value pointer is the token SQLParamData hands back: the item's own index.
+            ret = SQLBindParameter(FStmt.Get(), number, SQL_PARAM_INPUT, item.CType, item.SqlType, columnSize,
+                                   0, &item.ParamIndex, 0, &item.LengthIndicator);
+        } else {
+            if (!param->IsNull() && (item.SqlType == SQL_LONGVARCHAR || item.SqlType == SQL_CHAR ||
+                                     item.SqlType == SQL_VARCHAR)) {
+                item.LengthIndicator = SQL_NTS;
+            }
+            ret =
+                SQLBindParameter(FStmt.Get(), number, SQL_PARAM_INPUT, item.CType, item.SqlType, columnSize,
+                                 0, item.Data.data(), static_cast<SQLLEN>(columnSize), &item.LengthIndicator);
+        }
+        CheckStmtCall(ret, "SQLBindParameter");
+    }
+}
+
+} // namespace quorda

@@ -1,0 +1,111 @@
+// TODBCDataSet, the SQL text: its lines, the rewritten text with "?" markers, the parameter
+// collection rebuilt on every change, and both stored with the component.
+
+#include "quorda/core/odbc_dataset.h"
+#include "quorda/core/param_markers.h"
+#include "quorda/rtl/filer.h"
+#include "quorda/rtl/strings.h"
+
+namespace quorda {
+
+TStrings& TODBCDataSet::SQL() {
+    return *FSQL;
+}
+
+void TODBCDataSet::SetQuery(const TStrings& Value) {
+    if (Value.Text() == FSQL->Text()) {
+        return;
+    }
+    Disconnect();
+    FSQL->BeginUpdate();
+    try {
+        FSQL->Assign(&Value);
+    } catch (...) {
+        FSQL->EndUpdate();
+        throw;
+    }
+    FSQL->EndUpdate();
+}
+
+std::string TODBCDataSet::GetRealSQLText() {
+    // Lines are separated, not terminated, by the line break: one line "x" stays one character.
+    std::string text;
+    for (int i = 0; i < FSQL->Count(); ++i) {
+        if (i > 0) {
+            text += FSQL->LineBreak();
+        }
+        text += FSQL->Get(i);
+    }
+    return text;
+}
+
+void TODBCDataSet::CreateParams(TODBCParams* AParams, std::string& Text) {
+    quorda::CreateParams(AParams, Text);
+}
+
+void TODBCDataSet::QueryChanged(TObject* Sender) {
+    FRealSQL = GetRealSQLText();
+    if (IsLoading()) {
+        // The parameters come from the component stream; only the text is rewritten.
+        CreateParams(nullptr, FRealSQL);
+        return;
+    }
+    Disconnect();
+    auto fresh = std::make_unique<TODBCParams>();
+    CreateParams(fresh.get(), FRealSQL);
+    fresh->AssignValues(FParams.get());
+    FParams = std::move(fresh);
+    DataEvent(dePropertyChange, 0);
+}
+
+int TODBCDataSet::GetParamsCount() const {
+    return FParams->Count();
+}
+
+TODBCParam* TODBCDataSet::ParamByName(const std::string& Name) const {
+    return FParams->ParamByName(Name);
+}
+
+TODBCParam* TODBCDataSet::FindParam(const std::string& Name) const {
+    return FParams->FindParam(Name);
+}
+
+void TODBCDataSet::DefineProperties(TFiler* Filer) {
+    TDataSet::DefineProperties(Filer);
+    const auto* ancestor = dynamic_cast<const TODBCDataSet*>(Filer->Ancestor());
+    // The text first: while loading, its change only rewrites the statement text, and the
+    // parameters that follow replace whatever it would have created.
+    const bool hasSQL = ancestor != nullptr ? !ancestor->FSQL->Equals(*FSQL) : FSQL->Count() > 0;
+    Filer->DefineProperty(
+        "SQL.Strings",
+        [this](TReader& Reader) {
+            FSQL->BeginUpdate();
+            try {
+                FSQL->Clear();
+                Reader.ReadListBegin();
+                while (!Reader.EndOfList()) {
+                    FSQL->Add(Reader.ReadString());
+                }
+                Reader.ReadListEnd();
+            } catch (...) {
+                FSQL->EndUpdate();
+                throw;
+            }
+            FSQL->EndUpdate();
+        },
+        [this](TWriter& Writer) {
+            Writer.WriteListBegin();
+            for (int i = 0; i < FSQL->Count(); ++i) {
+                Writer.WriteString(FSQL->Get(i));
+            }
+            Writer.WriteListEnd();
+        },
+        hasSQL);
+    const bool hasParams =
+        ancestor != nullptr ? !FParams->IsEqual(ancestor->FParams.get()) : FParams->Count() > 0;
+    Filer->DefineBinaryProperty(
+        "Params.Data", [this](TStream& Stream) { FParams->ReadBinaryData(Stream); },
+        [this](TStream& Stream) { FParams->WriteBinaryData(Stream); }, hasParams);
+}
+
+} // namespace quorda

@@ -1,0 +1,256 @@
+// TODBCDataSet, statement side: the handle, preparation, execution (with data sent at execution
+// time), cursor names, the row count and releasing the statement.
+
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_dataset.h"
+#include "quorda/core/session.h"
+#include "quorda/odbc/odbc_check.h"
+#include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/messages.h"
+
+#include <algorithm>
+#include <array>
+
+namespace quorda {
+
+// ---- call checking
+
+bool TODBCDataSet::RetCodeIsSuccessful(SQLRETURN RetCode) {
+    return quorda::RetCodeIsSuccessful(RetCode);
+}
+
+SQLRETURN TODBCDataSet::CheckCall(SQLRETURN Ret, std::string_view Call) {
+    TraceODBC(Ret, Call);
+    if (!RetCodeIsSuccessful(Ret)) {
+        throw CreateODBCError(odbcEnv(), GetDBC(), FStmt.Get());
+    }
+    return Ret;
+}
+
+SQLRETURN TODBCDataSet::CheckStmtCall(SQLRETURN Ret, std::string_view Call) {
+    TraceODBC(Ret, Call);
+    if (!RetCodeIsSuccessful(Ret)) {
+        throw CreateODBCError(nullptr, nullptr, FStmt.Get());
+    }
+    return Ret;
+}
+
+// ---- the database side
+
+SQLHDBC TODBCDataSet::GetDBC() const {
+    return FODBCDatabase != nullptr ? FODBCDatabase->GetDBC() : nullptr;
+}
+
+void TODBCDataSet::CheckDBOpenError() const {
+    if (FODBCDatabase == nullptr || !FODBCDatabase->Connected() || GetDBC() == nullptr) {
+        DatabaseError(LoadStr(SODBCDataBaseNotOpen));
+    }
+}
+
+// ---- the handle
+
+void TODBCDataSet::CreateHandle() {
+    if (FStmt) {
+        return;
+    }
+    CheckDBOpenError();
+    SQLHSTMT handle = SQL_NULL_HSTMT;
+    CheckCall(SQLAllocStmt(GetDBC(), &handle), "SQLAllocStmt");
+    FStmt.Reset(handle);
+    try {
+        if (!FUniDirectional) {
+            CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_CURSOR_TYPE, SQL_CURSOR_KEYSET_DRIVEN),
+                      "SQLSetStmtOption(SQL_CURSOR_TYPE)");
+        }
+        if (FBlockCursor && FUniDirectional) {
+            CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_ROWSET_SIZE, static_cast<SQLULEN>(FRowSetSize)),
+                      "SQLSetStmtOption(SQL_ROWSET_SIZE)");
+            // The driver may grant fewer rows per block than asked.
+            SQLULEN granted = 0;
+            CheckCall(SQLGetStmtOption(FStmt.Get(), SQL_ROWSET_SIZE, &granted),
+                      "SQLGetStmtOption(SQL_ROWSET_SIZE)");
+            FRowSetSize = static_cast<std::int32_t>(granted);
+            FRowStatus.assign(static_cast<std::size_t>(FRowSetSize), 0);
+        }
+    } catch (...) {
+        // Without its options the handle is not the one asked for: the next attempt starts afresh.
+        FStmt.Reset();
+        throw;
+    }
+}
+
+void TODBCDataSet::InternalFreeStmt(SQLUSMALLINT Option) {
+    if (Option == SQL_DROP) {
+        // A dropped handle must not stay in the wrapper; Free keeps it only when the driver refuses.
+        CheckCall(FStmt.Free(), "SQLFreeStmt(SQL_DROP)");
+        return;
+    }
+    CheckCall(SQLFreeStmt(FStmt.Get(), Option), "SQLFreeStmt");
+}
+
+void TODBCDataSet::DropStatement() {
+    // Reset and unbind may fail on a statement in a bad state; dropping it settles everything.
+    TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
+    TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
+    CheckCall(FStmt.Free(), "SQLFreeStmt(SQL_DROP)");
+    // Nothing is bound any more.
+    FParamValues.clear();
+}
+
+void TODBCDataSet::InternalClose() {
+    UnPrepare();
+    BindFields(false);
+    if (DefaultFields()) {
+        DestroyFields();
+    }
+    if (FStmt) {
+        DropStatement();
+    }
+}
+
+void TODBCDataSet::Disconnect() {
+    Close();
+    // Prepared or executed without opening: the statement is still held.
+    if (FStmt) {
+        InternalClose();
+    }
+}
+
+// ---- preparation
+
+void TODBCDataSet::SetPrepared(bool Value) {
+    if (Value == FPrepared) {
+        return;
+    }
+    if (Value) {
+        CheckDBOpenError();
+        CreateHandle();
+        if (FRealSQL.size() < 2) {
+            DatabaseError(LoadStr(SODBCEmptySQLStatement));
+        }
+        PrepareSQL(FRealSQL);
+    } else if (FStmt) {
+        InternalFreeStmt(SQL_RESET_PARAMS);
+    }
+    FPrepared = Value;
+}
+
+void TODBCDataSet::PrepareSQL(const std::string& Text) {
+    std::string text = Text;
+    CheckCall(SQLPrepare(FStmt.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), "SQLPrepare");
+}
+
+// ---- cursor names
+
+std::string TODBCDataSet::GetCursorName() {
+    std::array<SQLCHAR, 256> name{};
+    SQLSMALLINT length = 0;
+    CheckCall(SQLGetCursorName(FStmt.Get(), name.data(), static_cast<SQLSMALLINT>(name.size()), &length),
+              "SQLGetCursorName");
+    name.back() = 0;
+    return std::string(reinterpret_cast<const char*>(name.data()));
+}
+
+void TODBCDataSet::SetCursorName(const std::string& Name) {
+    std::string name = Name;
+    CheckCall(SQLSetCursorName(FStmt.Get(), reinterpret_cast<SQLCHAR*>(name.data()), SQL_NTS),
+              "SQLSetCursorName");
+}
+
+// ---- execution
+
+void TODBCDataSet::ResetRowCounters() {
+    FRecordCountCache = -1;
+    FCurrentRow = kRowNotNumbered;
+    FRowNumbered = false;
+}
+
+void TODBCDataSet::ExecSQL() {
+    ResetRowCounters();
+    InternalExecSQL();
+    SetState(dsBrowse);
+}
+
+void TODBCDataSet::InternalExecSQL() {
+    CreateHandle();
+    // The designer always prepares (so that it can describe the statement); at run time only a
+    // statement with parameters needs it.
+    const bool needsPrepare = IsDesigning() || GetParamsCount() > 0;
+    if (needsPrepare && !FPrepared) {
+        Prepare();
+    }
+    if (FPrepared) {
+        BindAllParam();
+        if (CheckCall(SQLExecute(FStmt.Get()), "SQLExecute") == SQL_NEED_DATA) {
+            SendDataAtExecution();
+        }
+    } else {
+        std::string text = FRealSQL;
+        CheckCall(SQLExecDirect(FStmt.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS),
+                  "SQLExecDirect");
+    }
+    FRowsetIndex = -1;
+    FRowsFetched = 0;
+}
+
+void TODBCDataSet::SendDataAtExecution() {
+    try {
+        SQLRETURN ret = SQL_NEED_DATA;
+        while (ret == SQL_NEED_DATA) {
+            SQLPOINTER token = nullptr;
+            ret = CheckStmtCall(SQLParamData(FStmt.Get(), &token), "SQLParamData");
+            if (ret != SQL_NEED_DATA) {
+                break;
+            }
+            // The token is the address of an item's parameter index; it is only compared, never
+            // followed, so a token the dataset did not hand out cannot lead to foreign memory.
+            auto found = std::find_if(FParamValues.begin(), FParamValues.end(),
+                                      [token](const auto& item) { return &item->ParamIndex == token; });
+            if (found == FParamValues.end()) {
+                DatabaseErrorFmt(LoadStr(SODBCInternalComponentError), 817);
+            }
+            const TParamValueItem& item = **found;
+            auto* data = const_cast<std::byte*>(item.Data.data());
+            const SQLLEN total = static_cast<SQLLEN>(item.Data.size());
+            if (item.CType != SQL_C_CHAR && item.CType != SQL_C_BINARY) {
+                // Values of fixed size cannot be sent in pieces: the driver reads the whole value.
+                if (SQLRETURN put = TraceODBC(SQLPutData(FStmt.Get(), data, total), "SQLPutData");
+                    put != SQL_SUCCESS) {
+                    throw CreateODBCError(nullptr, nullptr, FStmt.Get());
+                }
+                continue;
+            }
+            // Text never sends its terminating zero: the piece that reaches the end is one shorter.
+            const bool text = item.CType == SQL_C_CHAR;
+            const SQLLEN chunk = FBlobBufferSize;
+            for (SQLLEN offset = 0; offset < total; offset += chunk) {
+                SQLLEN length = std::min(chunk, total - offset);
+                if (text && offset + length >= total) {
+                    --length;
+                }
+                if (length <= 0) {
+                    continue;
+                }
+                // Unlike every other call, a warning here fails the execution as well.
+                if (SQLRETURN put = TraceODBC(SQLPutData(FStmt.Get(), data + offset, length), "SQLPutData");
+                    put != SQL_SUCCESS) {
+                    throw CreateODBCError(nullptr, nullptr, FStmt.Get());
+                }
+            }
+        }
+    } catch (...) {
+        // Leave the statement ready for the next execution instead of stuck waiting for data.
+        TraceODBC(SQLCancel(FStmt.Get()), "SQLCancel");
+        throw;
+    }
+}
+
+int TODBCDataSet::GetRowsAffected() {
+    SQLLEN count = 0;
+    if (!RetCodeIsSuccessful(TraceODBC(SQLRowCount(FStmt.Get(), &count), "SQLRowCount"))) {
+        return -1;
+    }
+    return static_cast<int>(count);
+}
+
+} // namespace quorda

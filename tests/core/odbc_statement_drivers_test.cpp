@@ -1,0 +1,207 @@
+// Statements with parameters of every supported type on the real drivers: written through ExecSQL,
+// read back over a separate plain ODBC connection.
+#include "odbc_statement_test_support.h"
+#include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/datetime.h"
+
+#include <algorithm>
+#include <cctype>
+#include <gtest/gtest.h>
+#include <quorda_test/profiles.h>
+#include <quorda_test/raw_odbc.h>
+
+namespace quorda {
+namespace {
+
+using quorda_test::RawOdbc;
+using quorda_test::Row;
+using testing::MakeQuery;
+using testing::OpenDatabase;
+
+class StatementOnDrivers : public quorda_test::ProfileTest {
+protected:
+    void SetUp() override {
+        Db = OpenDatabase(Profile.ConnectionString);
+        Table = quorda_test::UniqueTableName("stmt");
+        const bool pg = Profile.Name != "sqlite";
+        Exec(std::string("create table ") + Table +
+             " (id integer, s varchar(200), i integer, f double precision, c " +
+             (pg ? "numeric(14,4)" : "varchar(40)") + ", d date, t time, ts " + (pg ? "timestamp(3)" : "timestamp") +
+             ", b integer, m text, bl " + (pg ? "bytea" : "blob") + ")");
+    }
+    void TearDown() override {
+        if (Db) {
+            Exec("drop table " + Table);
+        }
+    }
+
+    // Runs a statement through a query of its own and returns the rows it affected.
+    int Exec(const std::string& text) {
+        auto query = MakeQuery(Db.get(), text);
+        query->ExecSQL();
+        return query->RowsAffected();
+    }
+    std::unique_ptr<TODBCQuery> Insert(const std::string& columns) {
+        std::string values;
+        for (std::size_t start = 0; start < columns.size();) {
+            std::size_t end = std::min(columns.find(',', start), columns.size());
+            values += (values.empty() ? ":" : ", :") + columns.substr(start, end - start);
+            start = end + 1;
+        }
+        return MakeQuery(Db.get(), "insert into " + Table + " (" + columns + ") values (" + values + ")");
+    }
+    std::vector<Row> Read(const std::string& columns, int id) {
+        RawOdbc raw(Profile.ConnectionString);
+        return raw.QueryStrings("select " + columns + " from " + Table + " where id = " + std::to_string(id));
+    }
+    std::string HexOf(const std::string& column) const {
+        return Profile.Name == "sqlite" ? "lower(hex(" + column + "))" : "encode(" + column + ", 'hex')";
+    }
+
+    std::unique_ptr<TODBCDatabase> Db;
+    std::string Table;
+};
+
+std::string Hex(const std::string& bytes) {
+    static const char digits[] = "0123456789abcdef";
+    std::string out;
+    for (unsigned char c : bytes) {
+        out += digits[c >> 4];
+        out += digits[c & 15];
+    }
+    return out;
+}
+
+TEST_P(StatementOnDrivers, EveryParameterTypeArrivesAsWritten) {
+    auto insert = Insert("id,s,i,f,c,d,t,ts,b,m,bl");
+    insert->ParamByName("id")->SetAsInteger(1);
+    insert->ParamByName("s")->SetAsString("O'Brien said \"\xC3\xA9t\xC3\xA9\"; a:b");
+    insert->ParamByName("i")->SetAsInteger(-2147483647);
+    insert->ParamByName("f")->SetAsFloat(2.5);
+    insert->ParamByName("c")->SetAsCurrency(12.34);
+    insert->ParamByName("d")->SetAsDate(EncodeDate(2024, 2, 29));
+    insert->ParamByName("t")->SetAsTime(EncodeTime(13, 45, 10, 0));
+    insert->ParamByName("ts")->SetAsDateTime(EncodeDateTime(2024, 2, 29, 13, 45, 10, 7));
+    insert->ParamByName("b")->SetAsBoolean(true);
+    insert->ParamByName("m")->SetAsMemo("line 1\nline 2");
+    const std::string blob("\x00\x01\xFF\x7F", 4);
+    insert->ParamByName("bl")->SetBlobData(blob.data(), blob.size());
+    insert->ExecSQL();
+    EXPECT_EQ(insert->RowsAffected(), 1);
+
+    const std::vector<Row> rows = Read("s, i, f, c, d, t, b, m, " + HexOf("bl"), 1);
+    ASSERT_EQ(rows.size(), 1u);
+    const Row expected{"O'Brien said \"\xC3\xA9t\xC3\xA9\"; a:b",
+                       "-2147483647",
+                       "2.5",
+                       Profile.Name == "sqlite" ? "12.34" : "12.3400",
+                       "2024-02-29",
+                       "13:45:10",
+                       "-1",
+                       "line 1\nline 2",
+                       "0001ff7f"};
+    EXPECT_EQ(rows[0], expected);
+    // 7 ms arrive as 7 ms, not as 7 microseconds or 700 ms.
+    const std::string ms = Profile.Name == "sqlite" ? "strftime('%Y-%m-%d %H:%M:%f', ts)"
+                                                    : "to_char(ts, 'YYYY-MM-DD HH24:MI:SS.MS')";
+    EXPECT_EQ(Read(ms, 1)[0][0], "2024-02-29 13:45:10.007");
+
+    // The same statement again with other values: parameters are bound afresh.
+    insert->ParamByName("id")->SetAsInteger(2);
+    insert->ParamByName("ts")->SetAsDateTime(EncodeDateTime(1999, 12, 31, 23, 59, 59, 999));
+    insert->ExecSQL();
+    EXPECT_EQ(Read(ms, 2)[0][0], "1999-12-31 23:59:59.999");
+}
+
+TEST_P(StatementOnDrivers, NullOfEveryTypeIsStoredAsNull) {
+    auto insert = Insert("id,s,i,f,c,d,t,ts,b,m,bl");
+    insert->ParamByName("id")->SetAsInteger(3);
+    const std::vector<std::pair<const char*, TFieldType>> columns = {
+        {"s", ftString}, {"i", ftInteger},  {"f", ftFloat},   {"c", ftCurrency}, {"d", ftDate},
+        {"t", ftTime},   {"ts", ftDateTime}, {"b", ftBoolean}, {"m", ftMemo},     {"bl", ftBlob}};
+    for (const auto& [name, type] : columns) {
+        TODBCParam* param = insert->ParamByName(name);
+        param->SetDataType(type);
+        param->Clear();
+    }
+    insert->ExecSQL();
+    const std::vector<Row> rows = Read("s, i, f, c, d, t, ts, b, m, bl", 3);
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0], Row(10, std::nullopt));
+}
+
+TEST_P(StatementOnDrivers, MegabyteValuesAreSentAtExecutionTime) {
+    std::string memo;
+    while (memo.size() < 1024 * 1024) {
+        memo += "a\xC3\xA9"; // three bytes: the 8192-byte pieces end inside a character
+    }
+    std::string blob(1024 * 1024, '\0');
+    for (std::size_t i = 0; i < blob.size(); ++i) {
+        blob[i] = static_cast<char>((i * 7 + i / 1000) & 0xFF);
+    }
+    auto insert = Insert("id,m,bl,s");
+    insert->ParamByName("id")->SetAsInteger(4);
+    insert->ParamByName("m")->SetAsMemo(memo);
+    insert->ParamByName("bl")->SetBlobData(blob.data(), blob.size());
+    insert->ParamByName("s")->SetAsString("short");
+    insert->ExecSQL();
+
+    const std::vector<Row> rows = Read("m, " + HexOf("bl") + ", s", 4);
+    ASSERT_EQ(rows.size(), 1u);
+    ASSERT_TRUE(rows[0][0] && rows[0][1]);
+    EXPECT_EQ(rows[0][0]->size(), memo.size());
+    EXPECT_TRUE(*rows[0][0] == memo);
+    EXPECT_EQ(rows[0][1]->size(), 2 * blob.size());
+    EXPECT_TRUE(*rows[0][1] == Hex(blob));
+    EXPECT_EQ(rows[0][2], "short");
+}
+
+TEST_P(StatementOnDrivers, StringLongerThanTheThresholdIsBoundAsLongText) {
+    const std::string text = std::string(8999, 'x') + "\xC3\xA9";
+    auto insert = Insert("id,m");
+    insert->ParamByName("id")->SetAsInteger(5);
+    insert->ParamByName("m")->SetAsString(text); // a string, not a memo, in a text column
+    insert->ExecSQL();
+    EXPECT_EQ(Read("m", 5)[0][0], text);
+}
+
+TEST_P(StatementOnDrivers, RowsAffectedCountsUpdatesAndDeletes) {
+    auto insert = Insert("id,i");
+    for (int id = 10; id < 13; ++id) {
+        insert->ParamByName("id")->SetAsInteger(id);
+        insert->ParamByName("i")->SetAsInteger(id % 2);
+        insert->ExecSQL();
+    }
+    auto update = MakeQuery(Db.get(), "update " + Table + " set f = 1 where i = :i");
+    update->ParamByName("i")->SetAsInteger(0);
+    update->ExecSQL();
+    EXPECT_EQ(update->RowsAffected(), 2);
+    update->ParamByName("i")->SetAsInteger(5);
+    update->ExecSQL();
+    EXPECT_EQ(update->RowsAffected(), 0);
+    EXPECT_EQ(Exec("delete from " + Table), 3);
+}
+
+TEST_P(StatementOnDrivers, SyntaxErrorCarriesTheDriversDiagnostics) {
+    auto query = MakeQuery(Db.get(), "selec 1 frm nowhere");
+    try {
+        query->ExecSQL();
+        FAIL() << "the driver accepted the statement";
+    } catch (const EODBCError& e) {
+        const std::string state = Profile.Traits.ServerSqlStates ? "42601" : "S1000";
+        EXPECT_EQ(e.SQLState().substr(0, 5), state) << e.SQLState();
+        std::string message = e.Message();
+        std::transform(message.begin(), message.end(), message.begin(),
+                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        EXPECT_NE(message.find("syntax error"), std::string::npos) << e.Message();
+        EXPECT_EQ(e.Hstmt(), query->StatementHandle());
+        EXPECT_FALSE(e.NativeMessage().empty());
+    }
+    EXPECT_EQ(query->State(), dsInactive);
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, StatementOnDrivers, ::testing::ValuesIn(quorda_test::AllProfiles()),
+                         quorda_test::ProfileTestName);
+
+} // namespace
+} // namespace quorda

@@ -1,0 +1,405 @@
+// The statement side against the fault-injection driver, whose call log shows exactly what the
+// dataset asked of ODBC: prepare or direct execution, bound types and values, data sent at
+// execution time, cursor options, and failures on demand.
+#include "odbc_statement_test_support.h"
+#include "quorda/core/odbc_dataset.h"
+#include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/datetime.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <quorda_test/fault_driver.h>
+
+namespace quorda {
+namespace {
+
+using quorda_test::FaultDriver;
+using testing::DatabaseErrorOf;
+using testing::MakeQuery;
+using testing::OpenDatabase;
+using testing::TestQuery;
+using Lines = std::vector<std::string>;
+
+// The log lines that begin with one of the given words.
+Lines CallsOf(const FaultDriver& fault, std::initializer_list<const char*> names) {
+    Lines lines;
+    for (const auto& line : fault.Calls()) {
+        for (const char* name : names) {
+            if (line == name || line.rfind(std::string(name) + " ", 0) == 0) {
+                lines.push_back(line);
+            }
+        }
+    }
+    return lines;
+}
+
+std::unique_ptr<TestQuery> FaultQuery(TODBCDatabase* db, const std::string& text) {
+    auto query = std::make_unique<TestQuery>(nullptr);
+    query->SetODBCDatabase(db);
+    query->SQL().SetText(text);
+    return query;
+}
+
+TEST(StatementExecution, WithoutParametersRunsDirectlyOtherwisePrepares) {
+    FaultDriver fault;
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto direct = FaultQuery(db.get(), "delete from t where note = 'a:b'");
+    direct->ExecSQL();
+    EXPECT_EQ(direct->State(), dsBrowse); // set although no cursor is shown
+    EXPECT_EQ(CallsOf(fault, {"SQLPrepare", "SQLExecute", "SQLExecDirect"}),
+              Lines{"SQLExecDirect delete from t where note = 'a:b'"});
+
+    fault.ClearLog();
+    auto prepared = FaultQuery(db.get(), "update t set a = :a where id = :id");
+    prepared->ParamByName("a")->SetAsInteger(5);
+    prepared->ParamByName("id")->SetAsInteger(6);
+    prepared->ExecSQL();
+    prepared->ExecSQL(); // prepared once, bound afresh each time
+    EXPECT_EQ(CallsOf(fault, {"SQLPrepare", "SQLExecute", "SQLExecDirect"}),
+              (Lines{"SQLPrepare update t set a = ? where id = ?", "SQLExecute", "SQLExecute"}));
+    EXPECT_EQ(fault.Count("SQLFreeStmt 3"), 2); // SQL_RESET_PARAMS before each binding
+
+    // In the designer every statement is prepared, so that it can be described.
+    fault.ClearLog();
+    auto designed = FaultQuery(db.get(), "delete from t");
+    designed->SetDesigning(true);
+    designed->ExecSQL();
+    EXPECT_EQ(CallsOf(fault, {"SQLPrepare", "SQLExecute", "SQLExecDirect"}),
+              (Lines{"SQLPrepare delete from t", "SQLExecute"}));
+}
+
+TEST(StatementExecution, EveryParameterTypeIsBoundAsConverted) {
+    FaultDriver fault;
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto query =
+        FaultQuery(db.get(), "insert into t values (:s, :i, :f, :c, :d, :t, :ts, :b, :m, :bl, :si, :fm)");
+    query->ParamByName("s")->SetAsString("O'Brien \xC3\xA9t\xC3\xA9");
+    query->ParamByName("i")->SetAsInteger(-42);
+    query->ParamByName("f")->SetAsFloat(2.5);
+    query->ParamByName("c")->SetAsCurrency(12.34);
+    query->ParamByName("d")->SetAsDate(EncodeDate(2024, 2, 29));
+    query->ParamByName("t")->SetAsTime(EncodeTime(13, 45, 10, 0));
+    query->ParamByName("ts")->SetAsDateTime(EncodeDateTime(2024, 2, 29, 13, 45, 10, 7));
+    query->ParamByName("b")->SetAsBoolean(true);
+    query->ParamByName("m")->SetAsMemo("memo text");
+    query->ParamByName("bl")->SetBlobData("blob", 4);
+    query->ParamByName("si")->SetAsSmallInt(7);
+    query->ParamByName("fm")->SetDataType(ftFmtMemo);
+    query->ParamByName("fm")->SetText("formatted");
+    query->ExecSQL();
+    // <n> <C type> <SQL type> <column size> <indicator> <value as the driver read it>
+    EXPECT_EQ(CallsOf(fault, {"param"}), (Lines{
+                                             "param 1 1 1 13 -3 13:O'Brien %C3%A9t%C3%A9",
+                                             "param 2 4 4 4 4 -42",
+                                             "param 3 8 8 8 8 2.5",
+                                             "param 4 1 1 5 -3 5:12.34",
+                                             "param 5 9 9 6 6 2024-02-29",
+                                             "param 6 10 10 6 6 13:45:10",
+                                             "param 7 11 11 23 16 2024-02-29 13:45:10.7000000",
+                                             "param 8 4 4 4 4 -1",
+                                             "param 9 1 -1 9 -3 9:memo text",
+                                             "param 10 -2 -4 4 4 4:blob",
+                                             "param 11 4 4 4 4 7",
+                                             "param 12 1 -1 9 -3 9:formatted",
+                                         }));
+}
+
+TEST(StatementExecution, NullOfEveryTypeIsBoundWithIndicatorMinusOne) {
+    FaultDriver fault;
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto query = FaultQuery(db.get(), "insert into t values (:s, :i, :f, :c, :d, :t, :ts, :b, :m, :bl)");
+    const TFieldType types[] = {ftString, ftInteger,  ftFloat,   ftCurrency, ftDate,
+                                ftTime,   ftDateTime, ftBoolean, ftMemo,     ftBlob};
+    for (int i = 0; i < query->GetParamsCount(); ++i) {
+        query->Params().Items(i)->SetDataType(types[i]);
+        query->Params().Items(i)->Clear();
+    }
+    query->ExecSQL();
+    const Lines params = CallsOf(fault, {"param"});
+    ASSERT_EQ(params.size(), 10u);
+    for (const auto& line : params) {
+        EXPECT_NE(line.find(" -1 NULL"), std::string::npos) << line;
+    }
+}
+
+TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
+    FaultDriver fault;
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto query = FaultQuery(db.get(), "insert into t values (:long, :short, :blob)");
+    const std::string text = std::string(8999, 'x') + "y";
+    std::string blob(10000, '\0');
+    for (std::size_t i = 0; i < blob.size(); ++i) {
+        blob[i] = static_cast<char>('a' + i % 26);
+    }
+    query->ParamByName("long")->SetAsString(text);
+    query->ParamByName("short")->SetAsString("short");
+    query->ParamByName("blob")->SetBlobData(blob.data(), blob.size());
+    query->ExecSQL();
+    // A string beyond ParamAtExecSize becomes long text with twice its length as column size; the
+    // value pointer is the item's own index, the buffer length 0.
+    EXPECT_EQ(CallsOf(fault, {"SQLBindParameter"}), (Lines{
+                                                        "SQLBindParameter 1 1 1 -1 18000 0 0",
+                                                        "SQLBindParameter 2 1 1 1 5 0 5",
+                                                        "SQLBindParameter 3 1 -2 -4 10000 0 0",
+                                                    }));
+    // Text pieces of BlobBufferSize, the last one without the terminating zero; binary data whole.
+    EXPECT_EQ(CallsOf(fault, {"SQLPutData"}),
+              (Lines{"SQLPutData 8192", "SQLPutData 808", "SQLPutData 8192", "SQLPutData 1808"}));
+    const Lines params = CallsOf(fault, {"param"});
+    ASSERT_EQ(params.size(), 3u);
+    EXPECT_EQ(params[0].substr(0, 29), "param 1 1 -1 18000 -9100 9000");
+    EXPECT_EQ(params[0].substr(params[0].size() - 4), "xxxx"); // the log shows the first 200 bytes
+    EXPECT_EQ(params[1], "param 2 1 1 5 -3 5:short");
+    EXPECT_EQ(params[2].substr(0, 33), "param 3 -2 -4 10000 -10100 10000:");
+
+    // A smaller piece size and a lower threshold: every piece arrives, in order, at its parameter.
+    // 9001 bytes of text make three full pieces and a last piece that is only the terminator.
+    fault.ClearLog();
+    db->SetParamAtExecSize(3);
+    query->SetBlobBufferSize(3000);
+    query->ParamByName("short")->SetAsString("abcdefg");
+    query->ExecSQL();
+    EXPECT_EQ(CallsOf(fault, {"SQLPutData"}),
+              (Lines{"SQLPutData 3000", "SQLPutData 3000", "SQLPutData 3000", "SQLPutData 7",
+                     "SQLPutData 3000", "SQLPutData 3000", "SQLPutData 3000", "SQLPutData 1000"}));
+    const Lines again = CallsOf(fault, {"param"});
+    ASSERT_EQ(again.size(), 3u);
+    EXPECT_EQ(again[1], "param 2 1 -1 14 -107 7:abcdefg");
+}
+
+TEST(StatementExecution, AnyWarningFromSQLPutDataFailsTheExecution) {
+    FaultDriver fault("info:SQLPutData@2|diag:SQLPutData:01004/0/String data, right truncated");
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto query = FaultQuery(db.get(), "insert into t values (:m)");
+    query->ParamByName("m")->SetAsMemo(std::string(20000, 'm'));
+    try {
+        query->ExecSQL();
+        FAIL() << "a warning from SQLPutData was accepted";
+    } catch (const EODBCError& e) {
+        EXPECT_EQ(e.SQLState().substr(0, 5), "01004");
+        EXPECT_EQ(e.Hstmt(), query->StatementHandle());
+        EXPECT_EQ(e.Hdbc(), nullptr); // the statement's own diagnostics only
+    }
+    EXPECT_EQ(fault.Count("SQLPutData 8192"), 2);
+    EXPECT_EQ(CallsOf(fault, {"param"}).size(), 0u); // the statement never ran
+
+    // The failed attempt leaves nothing behind that stops the next one.
+    fault.ClearLog();
+    query->ExecSQL();
+    EXPECT_EQ(CallsOf(fault, {"param"}).size(), 1u);
+}
+
+TEST(StatementExecution, RefusedValuesAndTextsFailBeforeAnythingRuns) {
+    FaultDriver fault;
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto query = FaultQuery(db.get(), "insert into t values (:amount)");
+    query->ParamByName("amount")->SetAsBCD(Currency::FromRaw(123400));
+    try {
+        query->ExecSQL();
+        FAIL() << "a BCD parameter was bound";
+    } catch (const EODBCDatabaseError& e) {
+        EXPECT_EQ(e.Message(), "Parameter type not supported");
+    }
+    // A parameter that was never given a value has no type to bind.
+    auto unset = FaultQuery(db.get(), "insert into t values (:nothing)");
+    EXPECT_EQ(DatabaseErrorOf([&] { unset->ExecSQL(); }), "ODBC Field nothing undefined type");
+
+    auto tiny = FaultQuery(db.get(), "x");
+    EXPECT_EQ(DatabaseErrorOf([&] { tiny->Prepare(); }), "ODBC Empty sql statement");
+    EXPECT_FALSE(tiny->Prepared());
+    tiny->SQL().SetText("xy");
+    tiny->Prepare();
+    EXPECT_TRUE(tiny->Prepared());
+    // The refused values were found while binding, after preparing; nothing was executed.
+    EXPECT_EQ(CallsOf(fault, {"SQLExecute", "SQLExecDirect"}), Lines{});
+    EXPECT_TRUE(fault.Received("SQLPrepare xy"));
+}
+
+TEST(StatementExecution, AFailedExecutionIsRepeatedFromScratch) {
+    FaultDriver fault("fail:SQLExecute@1|diag:SQLExecute:23000/19/constraint failed");
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto query = FaultQuery(db.get(), "insert into t values (:a)");
+    query->ParamByName("a")->SetAsInteger(1);
+    try {
+        query->ExecSQL();
+        FAIL() << "the scripted failure was not raised";
+    } catch (const EODBCError& e) {
+        EXPECT_EQ(e.NativeError(), 19);
+        EXPECT_EQ(e.Hstmt(), query->StatementHandle());
+        EXPECT_EQ(e.Hdbc(), db->GetDBC());
+    }
+    EXPECT_EQ(query->State(), dsInactive);
+    query->ParamByName("a")->SetAsInteger(2);
+    query->ExecSQL();
+    EXPECT_EQ(CallsOf(fault, {"param"}), Lines{"param 1 4 4 4 4 2"});
+    EXPECT_EQ(fault.Count("SQLPrepare insert into t values (?)"), 1);
+}
+
+TEST(StatementHandle, CursorOptionsFollowTheSettings) {
+    FaultDriver fault("rowset:20");
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto keyset = FaultQuery(db.get(), "delete from t");
+    keyset->CreateHandle();
+    EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption", "SQLGetStmtOption"}), Lines{"SQLSetStmtOption 6 1"});
+    // Applied to the existing statement at once.
+    keyset->SetUniDirectional(true);
+    keyset->SetUniDirectional(true);
+    EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption", "SQLGetStmtOption"}),
+              (Lines{"SQLSetStmtOption 6 1", "SQLSetStmtOption 6 0"}));
+    // Once prepared, the driver manager refuses a new cursor type; the setting is kept anyway.
+    keyset->Prepare();
+    EXPECT_THROW(keyset->SetUniDirectional(false), EODBCError);
+    EXPECT_FALSE(keyset->UniDirectional());
+
+    fault.ClearLog();
+    auto forward = FaultQuery(db.get(), "delete from t");
+    forward->SetUniDirectional(true);
+    forward->SetBlockCursor(true);
+    forward->ExecSQL();
+    // The driver grants fewer rows per block than asked: the dataset takes its word.
+    EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption", "SQLGetStmtOption"}),
+              (Lines{"SQLSetStmtOption 9 100", "SQLGetStmtOption 9"}));
+    EXPECT_EQ(forward->RowSetSize(), 20);
+
+    // Block cursor without forward-only asks for no row set.
+    fault.ClearLog();
+    auto block = FaultQuery(db.get(), "delete from t");
+    block->SetBlockCursor(true);
+    block->ExecSQL();
+    EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption", "SQLGetStmtOption"}), Lines{"SQLSetStmtOption 6 1"});
+    EXPECT_EQ(block->RowSetSize(), 100);
+}
+
+TEST(StatementHandle, BlockSettingsAreRefusedWhileTheDatasetIsActive) {
+    FaultDriver fault;
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto query = FaultQuery(db.get(), "delete from t");
+    query->ExecSQL(); // leaves the dataset in dsBrowse
+    const std::string open = "ODBC This operation is not allowed on open dataset";
+    EXPECT_EQ(DatabaseErrorOf([&] { query->SetBlockCursor(true); }), open);
+    EXPECT_EQ(DatabaseErrorOf([&] { query->SetRowSetSize(50); }), open);
+    query->SetBlockCursor(false); // the current values are no change
+    query->SetRowSetSize(100);
+    query->Close();
+    EXPECT_EQ(query->StatementHandle(), nullptr);
+    query->SetBlockCursor(true);
+    query->SetRowSetSize(50);
+    EXPECT_EQ(query->RowSetSize(), 50);
+}
+
+TEST(StatementHandle, RowCountCursorNameAndRelease) {
+    FaultDriver fault("rowcount:7");
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto query = FaultQuery(db.get(), "update t set a = 1");
+    EXPECT_EQ(query->RowsAffected(), -1); // no statement yet
+    // A cursor name is given before the statement runs.
+    query->Prepare();
+    query->SetCursorName("C_ORDERS");
+    EXPECT_EQ(query->CursorName(), "C_ORDERS");
+    EXPECT_TRUE(fault.Received("SQLGetCursorName 256"));
+    query->ExecSQL();
+    EXPECT_EQ(query->RowsAffected(), 7);
+
+    // Changing the text releases the statement: parameters reset, columns unbound, handle dropped.
+    fault.ClearLog();
+    query->SQL().SetText("update t set a = 2");
+    EXPECT_EQ(query->StatementHandle(), nullptr);
+    EXPECT_EQ(query->State(), dsInactive);
+    // (The first reset unprepares, the others go with the drop.)
+    EXPECT_EQ(CallsOf(fault, {"SQLFreeStmt"}),
+              (Lines{"SQLFreeStmt 3", "SQLFreeStmt 3", "SQLFreeStmt 2", "SQLFreeStmt 1"}));
+
+    // Unpreparing only resets the parameters.
+    fault.ClearLog();
+    query->Prepare();
+    query->UnPrepare();
+    EXPECT_FALSE(query->Prepared());
+    EXPECT_NE(query->StatementHandle(), nullptr);
+    EXPECT_EQ(CallsOf(fault, {"SQLFreeStmt"}), Lines{"SQLFreeStmt 3"});
+}
+
+TEST(DatabaseDatasets, DatasetsJoinLeaveAndAreReleasedByTheirDatabase) {
+    FaultDriver fault;
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto other = OpenDatabase(fault.ConnectionString());
+    auto first = MakeQuery(db.get(), "delete from a");
+    auto second = MakeQuery(db.get(), "delete from b where x = :x");
+    ASSERT_EQ(db->DatasetCount(), 2);
+    EXPECT_EQ(db->Datasets(0), first.get());
+
+    // Moving a dataset releases its statement on the old connection.
+    first->ExecSQL();
+    SQLHSTMT moved = first->StatementHandle();
+    first->SetODBCDatabase(other.get());
+    EXPECT_EQ(first->State(), dsInactive);
+    EXPECT_EQ(first->StatementHandle(), nullptr);
+    EXPECT_NE(moved, nullptr);
+    EXPECT_EQ(db->DatasetCount(), 1);
+    EXPECT_EQ(other->Datasets(0), first.get());
+
+    // Closing the database closes its datasets and drops the statements they hold.
+    second->ParamByName("x")->SetAsInteger(1);
+    second->Prepare();
+    first->ExecSQL();
+    db->Close();
+    EXPECT_EQ(second->StatementHandle(), nullptr);
+    EXPECT_FALSE(second->Prepared());
+    EXPECT_NE(first->StatementHandle(), nullptr); // on the other database
+
+    // Freeing the database detaches what is still attached.
+    other.reset();
+    EXPECT_EQ(first->ODBCDatabase(), nullptr);
+    EXPECT_EQ(first->StatementHandle(), nullptr);
+    EXPECT_EQ(first->State(), dsInactive);
+    db.reset();
+    EXPECT_EQ(second->ODBCDatabase(), nullptr);
+    // Both datasets outlive their databases and are freed afterwards without touching them.
+}
+
+TEST(DatabaseDatasets, FreeingADatasetFirstLeavesTheList) {
+    FaultDriver fault;
+    auto db = OpenDatabase(fault.ConnectionString());
+    {
+        auto query = MakeQuery(db.get(), "delete from t");
+        query->ExecSQL();
+        ASSERT_EQ(db->DatasetCount(), 1);
+    }
+    EXPECT_EQ(db->DatasetCount(), 0);
+    EXPECT_EQ(fault.Count("SQLFreeStmt 1"), 1);
+
+    // Components of one owner, which frees them last first: either may go before the other.
+    for (bool databaseFirst : {true, false}) {
+        TComponent owner(nullptr);
+        TODBCDatabase* database = nullptr;
+        TODBCQuery* query = nullptr;
+        if (databaseFirst) {
+            query = new TODBCQuery(&owner);
+            database = new TODBCDatabase(&owner);
+        } else {
+            database = new TODBCDatabase(&owner);
+            query = new TODBCQuery(&owner);
+        }
+        database->SetDriverConnectOption(dcoDriverNoPrompt);
+        database->SetConnectStr(fault.ConnectionString());
+        database->Open();
+        query->SetODBCDatabase(database);
+        query->SQL().SetText("delete from t where id = :id");
+        query->ParamByName("id")->SetAsInteger(3);
+        query->ExecSQL();
+    }
+}
+
+TEST(DatabaseDatasets, RemovingTheDatabaseFromItsOwnerDetachesTheDataset) {
+    FaultDriver fault;
+    TComponent owner(nullptr);
+    auto* database = new TODBCDatabase(&owner);
+    auto* query = new TODBCQuery(&owner);
+    query->SetODBCDatabase(database);
+    owner.RemoveComponent(database);
+    std::unique_ptr<TODBCDatabase> released(database);
+    EXPECT_EQ(query->ODBCDatabase(), nullptr);
+    EXPECT_EQ(database->DatasetCount(), 0);
+}
+
+} // namespace
+} // namespace quorda

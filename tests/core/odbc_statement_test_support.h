@@ -1,0 +1,66 @@
+#pragma once
+
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_query.h"
+#include "quorda/rtl/exception.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace quorda::testing {
+
+// An open database on a driver connection string (no prompt).
+inline std::unique_ptr<TODBCDatabase> OpenDatabase(const std::string& ConnectionString) {
+    auto db = std::make_unique<TODBCDatabase>(nullptr);
+    db->SetDriverConnectOption(dcoDriverNoPrompt);
+    db->SetConnectStr(ConnectionString);
+    db->Open();
+    return db;
+}
+
+// A query on the database with the given text.
+inline std::unique_ptr<TODBCQuery> MakeQuery(TODBCDatabase* Database, const std::string& Text) {
+    auto query = std::make_unique<TODBCQuery>(nullptr);
+    query->SetODBCDatabase(Database);
+    query->SQL().SetText(Text);
+    return query;
+}
+
+// The message of the EDatabaseError (or descendant) that Action raises; a failure when it raises none.
+template <typename Action>
+std::string DatabaseErrorOf(Action&& action) {
+    try {
+        std::forward<Action>(action)();
+    } catch (const EDatabaseError& e) {
+        return e.Message();
+    }
+    ADD_FAILURE() << "no EDatabaseError raised";
+    return {};
+}
+
+// Exposes the framework's protected operations of a query to the tests, and records data events.
+class TestQuery : public TODBCQuery {
+public:
+    using TODBCDataSet::BindAllParam;
+    using TODBCDataSet::GetRecordSize;
+    using TODBCDataSet::InternalAddRecord;
+    using TODBCDataSet::InternalDelete;
+    using TODBCDataSet::InternalInitRecord;
+    using TODBCDataSet::InternalPost;
+    using TODBCDataSet::SetBookmarkData;
+    using TODBCDataSet::SetBookmarkFlag;
+    using TODBCQuery::TODBCQuery;
+
+    void DataEvent(TDataEvent Event, std::intptr_t Info) override {
+        Events.emplace_back(Event, Info);
+        TODBCQuery::DataEvent(Event, Info);
+    }
+    const std::vector<std::unique_ptr<TParamValueItem>>& ParamValues() const { return FParamValues; }
+
+    std::vector<std::pair<TDataEvent, std::intptr_t>> Events;
+};
+
+} // namespace quorda::testing
