@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace quorda {
 
@@ -57,18 +58,16 @@ Variant TBinaryField::GetAsVariant() const {
 }
 
 void TBinaryField::DoSetAsBytes(const TBytes& Value) {
-    TBytes data(static_cast<std::size_t>(DataSize()), 0);
-    if (data.empty()) {
-        SetData(data.data());
-        return;
-    }
-    if (DataType() == ftVarBytes) {
-        std::size_t length = std::min<std::size_t>(Value.size(), data.size() - 2);
+    const auto size = static_cast<std::size_t>(std::max(DataSize(), 0));
+    // One spare byte keeps the buffer allocated even for a zero-sized field.
+    std::vector<std::uint8_t> data(size + 1, 0);
+    if (DataType() == ftVarBytes && size >= 2) {
+        std::size_t length = std::min(Value.size(), size - 2);
         auto length16 = static_cast<std::uint16_t>(length);
         std::memcpy(data.data(), &length16, sizeof(length16));
         std::copy_n(Value.begin(), length, data.begin() + 2);
-    } else {
-        std::copy_n(Value.begin(), std::min(Value.size(), data.size()), data.begin());
+    } else if (DataType() != ftVarBytes) {
+        std::copy_n(Value.begin(), std::min(Value.size(), size), data.begin());
     }
     SetData(data.data());
 }
