@@ -1,6 +1,6 @@
 // Quorda demo: connects to the embedded SQLite demo database through a driver connection string,
 // lists what the driver manager knows, reads the catalog and runs one committed and one rolled-back
-// transaction.
+// transaction, writing through parameterised queries.
 //
 //   quorda_demo [--database <file>] [--fresh]
 //
@@ -9,14 +9,17 @@
 #include "demo_schema.h"
 #include "demo_sql.h"
 #include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_query.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/datetime.h"
 #include "quorda/rtl/strings.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -119,30 +122,60 @@ void PrintCounts(const std::string& moment, const Counts& counts) {
     std::printf("  %-28s orders: %3lld   order lines: %3lld\n", moment.c_str(), counts.Orders, counts.Lines);
 }
 
+// A query on the demo connection; its statements run inside the database's transactions.
+std::unique_ptr<TODBCQuery> Statement(TODBCDatabase& db, const std::string& text) {
+    auto query = std::make_unique<TODBCQuery>(nullptr);
+    query->SetODBCDatabase(&db);
+    query->SQL().SetText(text);
+    return query;
+}
+
 void CommittedTransaction(TODBCDatabase& db) {
     Heading("Transaction 1: a new order for Novak Stavebniny, committed");
     const long long id = demo::Scalar(db, "select max(id) + 1 from orders");
     PrintCounts("before:", Count(db));
+    // Named parameters: the text is prepared once with "?" markers, each execution binds the values.
+    auto order = Statement(db, "insert into orders values (:id, :customer, :order_date, :status)");
+    auto line = Statement(db, "insert into order_lines values (:order_id, :line_no, :product_id, :quantity, "
+                              ":unit_price)");
     db.StartTransaction();
-    const std::string order = std::to_string(id);
-    demo::Exec(db, "insert into orders values (" + order + ", 5, '2024-03-18', 'open')");
-    demo::Exec(db, "insert into order_lines values (" + order + ", 1, 3, 3, 79.00)");
-    demo::Exec(db, "insert into order_lines values (" + order + ", 2, 4, 6, 6.75)");
+    order->ParamByName("id")->SetAsInteger(static_cast<std::int32_t>(id));
+    order->ParamByName("customer")->SetAsInteger(5);
+    order->ParamByName("order_date")->SetAsDate(EncodeDate(2024, 3, 18));
+    order->ParamByName("status")->SetAsString("open");
+    order->ExecSQL();
+    struct Line {
+        int Product;
+        int Quantity;
+        double UnitPrice;
+    };
+    int number = 0;
+    for (const Line& item : {Line{3, 3, 79.00}, Line{4, 6, 6.75}}) {
+        line->ParamByName("order_id")->SetAsInteger(static_cast<std::int32_t>(id));
+        line->ParamByName("line_no")->SetAsInteger(++number);
+        line->ParamByName("product_id")->SetAsInteger(item.Product);
+        line->ParamByName("quantity")->SetAsInteger(item.Quantity);
+        line->ParamByName("unit_price")->SetAsCurrency(item.UnitPrice);
+        line->ExecSQL();
+    }
     PrintCounts("inside the transaction:", Count(db));
     db.Commit();
     PrintCounts("after commit:", Count(db));
+    const std::string key = std::to_string(id);
     PrintTable(
         {"order", "customer", "date", "total"},
         demo::Query(db, "select order_id, customer, order_date, printf('%.2f', total) from order_totals "
                         "where order_id = " +
-                            order));
+                            key));
 }
 
 void RolledBackTransaction(TODBCDatabase& db) {
     Heading("Transaction 2: every order line deleted, then rolled back");
     PrintCounts("before:", Count(db));
+    auto removal = Statement(db, "delete from order_lines");
     db.StartTransaction();
-    demo::Exec(db, "delete from order_lines");
+    removal->ExecSQL();
+    std::cout << "  deleted " << removal->RowsAffected() << " order lines\n";
     PrintCounts("inside the transaction:", Count(db));
     db.Rollback();
     PrintCounts("after rollback:", Count(db));
