@@ -205,7 +205,12 @@ bool TDataSet::GetFieldData(TField* Field, void* Buffer, bool NativeFormat) {
     return result;
 }
 
-void TDataSet::SetFieldData(TField* Field, const void* Buffer) {}
+void TDataSet::SetFieldData(TField* Field, const void* Buffer) {
+    // A dataset that stores nothing still refuses writes outside an edit, rather than drop them.
+    if (!IsWriteMode(FState)) {
+        DatabaseError(SNotEditing);
+    }
+}
 
 void TDataSet::SetFieldData(TField* Field, const void* Buffer, bool NativeFormat) {
     if (NativeFormat || !Buffer) {

@@ -11,19 +11,23 @@ using detail::TryFinally;
 void TDataSet::First() {
     CheckBrowseMode();
     DoBeforeScroll();
-    if (!FIsUniDirectional) {
-        ClearBuffers();
-    } else if (!FBOF) {
-        // A forward-only cursor starts over by reopening.
-        SetActive(false);
-        SetActive(true);
+    if (FIsUniDirectional) {
+        // A forward-only cursor cannot go back: it starts over by reopening, which leaves it on the
+        // first record already.
+        if (!FBOF) {
+            SetActive(false);
+            SetActive(true);
+        }
+        FBOF = true;
+        DataEvent(deDataSetChange, 0);
+        DoAfterScroll();
+        return;
     }
+    ClearBuffers();
     TryFinally(
         [&] {
             InternalFirst();
-            if (!FIsUniDirectional) {
-                GetNextRecords();
-            }
+            GetNextRecords();
         },
         [&] {
             FBOF = true;

@@ -1,0 +1,152 @@
+// The framework over a minimal read-only cursor without bookmarks, scrollable or forward-only: the
+// shape of a dataset that only reads rows from somewhere else.
+
+#include "db_test_support.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+using namespace quorda;
+using namespace quorda::dbtest;
+
+namespace {
+
+// Rows are the numbers 1..Count in one integer column N. A record buffer holds the row index.
+class TNumbersDataSet : public TDataSet {
+public:
+    TNumbersDataSet(int Count, bool ForwardOnly) : TDataSet(nullptr), FCount(Count) {
+        SetUniDirectional(ForwardOnly);
+    }
+    ~TNumbersDataSet() override { CloseForDestroy(); }
+
+    int Opens = 0;
+    using TDataSet::GetFieldData;
+    bool GetFieldData(TField* Field, void* Buffer) override {
+        TRecordBuffer record = ActiveBuffer();
+        if (!record || IsEmpty()) {
+            return false;
+        }
+        if (Buffer) {
+            std::int32_t row;
+            std::memcpy(&row, record, sizeof(row));
+            std::int32_t value = row + 1;
+            std::memcpy(Buffer, &value, sizeof(value));
+        }
+        return true;
+    }
+
+protected:
+    TRecordBuffer AllocRecordBuffer() override { return new std::byte[sizeof(std::int32_t)](); }
+    void FreeRecordBuffer(TRecordBuffer& Buffer) override {
+        delete[] Buffer;
+        Buffer = nullptr;
+    }
+    bool GetCanModify() override { return false; }
+    TGetResult GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool DoCheck) override {
+        int next = GetMode == gmNext ? FCursor + 1 : (GetMode == gmPrior ? FCursor - 1 : FCursor);
+        if (next < 0) {
+            FCursor = -1;
+            return grBOF;
+        }
+        if (next >= FCount) {
+            FCursor = FCount;
+            return grEOF;
+        }
+        FCursor = next;
+        std::int32_t row = FCursor;
+        std::memcpy(Buffer, &row, sizeof(row));
+        return grOK;
+    }
+    void InternalFirst() override { FCursor = -1; }
+    void InternalLast() override { FCursor = FCount; }
+    void InternalSetToRecord(TRecordBuffer Buffer) override {
+        std::memcpy(&FCursor, Buffer, sizeof(FCursor));
+    }
+    void InternalInitFieldDefs() override {
+        FieldDefs().Clear();
+        FieldDefs().Add("N", ftInteger);
+    }
+    void InternalOpen() override {
+        ++Opens;
+        FCursor = -1;
+        InternalInitFieldDefs();
+        if (DefaultFields()) {
+            CreateFields();
+        }
+        BindFields(true);
+        FOpen = true;
+    }
+    void InternalClose() override {
+        BindFields(false);
+        if (DefaultFields()) {
+            DestroyFields();
+        }
+        FOpen = false;
+    }
+    bool IsCursorOpen() override { return FOpen; }
+
+private:
+    int FCount;
+    int FCursor = -1;
+    bool FOpen = false;
+};
+
+int N(TDataSet& DataSet) {
+    return DataSet.FieldByName("N")->AsInteger();
+}
+
+TEST(ReadOnlyDataSet, RefusesEveryEditWithTheReadOnlyMessage) {
+    TNumbersDataSet dataSet(3, false);
+    dataSet.Open();
+    for (auto edit : {&TDataSet::Edit, &TDataSet::Insert, &TDataSet::Append, &TDataSet::Delete}) {
+        try {
+            (dataSet.*edit)();
+            ADD_FAILURE();
+        } catch (const EDatabaseError& e) {
+            EXPECT_EQ(e.Message(), SDatasetReadOnly);
+        }
+    }
+    EXPECT_EQ(dataSet.State(), dsBrowse);
+    EXPECT_THROW(dataSet.FieldByName("N")->SetAsInteger(1), EDatabaseError);
+}
+
+TEST(ReadOnlyDataSet, WithoutBookmarksLocateStillFindsRows) {
+    TNumbersDataSet dataSet(10, false);
+    dataSet.Open();
+    EXPECT_TRUE(dataSet.GetBookmark().IsNil());
+    EXPECT_TRUE(dataSet.Locate("N", 7, {}));
+    EXPECT_EQ(N(dataSet), 7);
+    dataSet.Last();
+    dataSet.MoveBy(-2);
+    EXPECT_EQ(N(dataSet), 8);
+}
+
+TEST(ReadOnlyDataSet, ForwardOnlyReadsOnceAndStartsOverByReopening) {
+    TNumbersDataSet dataSet(4, true);
+    TDataSource source(nullptr);
+    std::vector<std::string> log;
+    TRecordingLink grid(log, "", 5);
+    grid.SetDataSource(&source);
+    source.SetDataSet(&dataSet);
+    dataSet.Open();
+    EXPECT_EQ(grid.RecordCount(), 1) << "a forward-only ring holds one record";
+    std::vector<int> seen;
+    for (; !dataSet.Eof(); dataSet.Next()) {
+        seen.push_back(N(dataSet));
+    }
+    EXPECT_EQ(seen, (std::vector<int>{1, 2, 3, 4}));
+    EXPECT_THROW(dataSet.Prior(), EDatabaseError);
+    EXPECT_THROW(dataSet.Last(), EDatabaseError);
+    EXPECT_THROW(dataSet.Locate("N", 1, {}), EDatabaseError);
+    EXPECT_EQ(dataSet.Opens, 1);
+    dataSet.First();
+    EXPECT_EQ(dataSet.Opens, 2);
+    EXPECT_EQ(N(dataSet), 1);
+    dataSet.Next();
+    EXPECT_EQ(N(dataSet), 2);
+    dataSet.First();
+    dataSet.First();
+    EXPECT_EQ(dataSet.Opens, 3) << "at the first record First does not reopen";
+}
+
+} // namespace
