@@ -1,6 +1,7 @@
 // Bof/Eof transitions and the scroll events around them.
 
 #include "db_test_support.h"
+#include "quorda/rtl/application.h"
 
 #include <gtest/gtest.h>
 
@@ -94,6 +95,31 @@ TEST(Navigation, ClosedDatasetsRefuseToMoveAndOpenOnesRefuseStructureChanges) {
     TIntegerField extra(nullptr);
     extra.SetFieldName("EXTRA");
     EXPECT_THROW(extra.SetDataSet(&dataSet), EDatabaseError);
+}
+
+TEST(Navigation, OpeningWhileLoadingWaitsForTheEndOfLoading) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 2);
+    dataSet.Close();
+    dataSet.BeginLoading();
+    dataSet.Open();
+    EXPECT_FALSE(dataSet.Active());
+    dataSet.EndLoading();
+    EXPECT_TRUE(dataSet.Active());
+
+    // In the designer a failing deferred open is reported instead of raised.
+    std::vector<std::string> reported;
+    TExceptionHandler previous =
+        Application::SetExceptionHandler([&](const std::exception& e) { reported.emplace_back(e.what()); });
+    dataSet.Close();
+    dataSet.FieldDefs().Add("BAD", ftCursor);
+    dataSet.SetDesigning(true);
+    dataSet.BeginLoading();
+    dataSet.Open();
+    EXPECT_NO_THROW(dataSet.EndLoading());
+    Application::SetExceptionHandler(previous);
+    EXPECT_FALSE(dataSet.Active());
+    EXPECT_EQ(reported, (Names{"Unknown field type : BAD"}));
 }
 
 TEST(Navigation, RefreshKeepsTheCurrentRecordAndAnnouncesIt) {

@@ -41,6 +41,11 @@ TEST_F(RingTest, GrowsToTheLargestLinkAndShrinksBackKeepingTheActiveRecord) {
         EXPECT_EQ(DataSet.BufferCount(), 3);
         EXPECT_EQ(CurrentId(DataSet), 8);
         EXPECT_EQ(small.Window("ID")[static_cast<std::size_t>(small.ActiveRecord())], "8");
+        // A control that grows while attached (a grid made taller) grows the ring at once.
+        small.SetBufferCount(6);
+        EXPECT_EQ(DataSet.BufferCount(), 6);
+        EXPECT_EQ(small.RecordCount(), 6);
+        EXPECT_EQ(small.Window("ID")[static_cast<std::size_t>(small.ActiveRecord())], "8");
     }
     EXPECT_EQ(DataSet.BufferCount(), 1);
     EXPECT_EQ(CurrentId(DataSet), 8);
