@@ -26,8 +26,9 @@ protected:
         const bool pg = Profile.Name != "sqlite";
         Exec(std::string("create table ") + Table +
              " (id integer, s varchar(200), i integer, f double precision, c " +
-             (pg ? "numeric(14,4)" : "varchar(40)") + ", d date, t time, ts " + (pg ? "timestamp(3)" : "timestamp") +
-             ", b integer, m text, bl " + (pg ? "bytea" : "blob") + ")");
+             (pg ? "numeric(14,4)" : "varchar(40)") + ", d date, t time, ts " +
+             (pg ? "timestamp(3)" : "timestamp") + ", b integer, m text, bl " + (pg ? "bytea" : "blob") +
+             ")");
     }
     void TearDown() override {
         if (Db) {
@@ -117,7 +118,7 @@ TEST_P(StatementOnDrivers, NullOfEveryTypeIsStoredAsNull) {
     auto insert = Insert("id,s,i,f,c,d,t,ts,b,m,bl");
     insert->ParamByName("id")->SetAsInteger(3);
     const std::vector<std::pair<const char*, TFieldType>> columns = {
-        {"s", ftString}, {"i", ftInteger},  {"f", ftFloat},   {"c", ftCurrency}, {"d", ftDate},
+        {"s", ftString}, {"i", ftInteger},   {"f", ftFloat},   {"c", ftCurrency}, {"d", ftDate},
         {"t", ftTime},   {"ts", ftDateTime}, {"b", ftBoolean}, {"m", ftMemo},     {"bl", ftBlob}};
     for (const auto& [name, type] : columns) {
         TODBCParam* param = insert->ParamByName(name);
