@@ -45,11 +45,16 @@ void TODBCParam::InitValue() {
 }
 
 bool TODBCParam::IsEqual(const TODBCParam* Value) const {
-    // The variant comparison is the last test: it raises for values that cannot be compared (a text
-    // against a number), and only equal types get that far.
-    return Value && FValue.VarType() == Value->FValue.VarType() && FName == Value->FName &&
-           FDataType == Value->FDataType && FNull == Value->FNull && FBound == Value->FBound &&
-           FValue == Value->FValue;
+    if (!Value || FValue.VarType() != Value->FValue.VarType() || FName != Value->FName ||
+        FDataType != Value->FDataType || FNull != Value->FNull || FBound != Value->FBound) {
+        return false;
+    }
+    // Arrays may hold elements that cannot be compared (a text against a number): those differ.
+    try {
+        return FValue == Value->FValue;
+    } catch (const EVariantError&) {
+        return false;
+    }
 }
 
 void TODBCParam::SetDataType(TFieldType Value) {

@@ -5,6 +5,7 @@
 #include "quorda/rtl/strings.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace quorda {
 
@@ -31,9 +32,10 @@ void TODBCParams::AddParam(TODBCParam* Value) {
 }
 
 void TODBCParams::RemoveParam(TODBCParam* Value) {
-    auto it = std::find(FItems.begin(), FItems.end(), Value);
-    if (it != FItems.end()) {
-        FItems.erase(it);
+    // Searched from the end, where Clear takes its parameters.
+    auto it = std::find(FItems.rbegin(), FItems.rend(), Value);
+    if (it != FItems.rend()) {
+        FItems.erase(std::next(it).base());
         Value->FParamList = nullptr;
     }
 }

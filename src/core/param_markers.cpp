@@ -32,46 +32,61 @@ std::string StripLiterals(std::string Name) {
 } // namespace
 
 void ScanParamMarkers(std::string& Text, const TParamMarkerHandler& OnMarker) {
+    // The text is compacted in place in one pass: bytes [0, out) are the rewritten text, bytes
+    // [in, size) the part not yet scanned. Since the text only shrinks, out never passes in, and a
+    // long text with many markers costs no more than one copy.
+    const std::size_t size = Text.size();
     // Reads never go past the end: the position after the last byte reads as the terminating zero.
-    auto at = [&Text](std::size_t i) { return i < Text.size() ? Text[i] : '\0'; };
+    auto at = [&Text, size](std::size_t i) { return i < size ? Text[i] : '\0'; };
     bool literal = false;
-    std::size_t pos = 0;
-    for (char c = at(pos); c != '\0'; c = at(pos)) {
-        if (c == ':' && !literal && at(pos + 1) != ':') {
-            const std::size_t colon = pos;
-            bool quoted = false;
-            while (c != '\0' && (literal || !IsNameDelimiter(c))) {
-                c = at(++pos);
-                if (IsLiteral(c)) {
-                    literal = !literal;
-                    if (pos == colon + 1) {
-                        quoted = true;
+    std::size_t in = 0;
+    std::size_t out = 0;
+    try {
+        for (char c = at(in); c != '\0'; c = at(in)) {
+            if (c == ':' && !literal && at(in + 1) != ':') {
+                std::size_t stop = in;
+                bool quoted = false;
+                while (c != '\0' && (literal || !IsNameDelimiter(c))) {
+                    c = at(++stop);
+                    if (IsLiteral(c)) {
+                        literal = !literal;
+                        if (stop == in + 1) {
+                            quoted = true;
+                        }
                     }
                 }
+                std::string name = Text.substr(in + 1, stop - in - 1);
+                if (quoted) {
+                    name = StripLiterals(std::move(name));
+                }
+                if (OnMarker) {
+                    OnMarker(name);
+                }
+                Text[out++] = '?';
+                in = stop;
+                if (c == '\0') {
+                    break;
+                }
+                // The character that ended the name is taken over without being examined.
+                Text[out++] = Text[in++];
+            } else if (c == ':' && !literal) {
+                // "::" outside a literal stands for one literal colon.
+                Text[out++] = ':';
+                in += 2;
+            } else {
+                if (IsLiteral(c)) {
+                    literal = !literal;
+                }
+                Text[out++] = Text[in++];
             }
-            std::string name = Text.substr(colon + 1, pos - colon - 1);
-            if (quoted) {
-                name = StripLiterals(std::move(name));
-            }
-            // The handler runs before the text changes, so a throwing handler leaves this marker intact.
-            if (OnMarker) {
-                OnMarker(name);
-            }
-            Text[colon] = '?';
-            Text.erase(colon + 1, pos - colon - 1);
-            // The stopping character now follows the "?"; it is skipped without being examined.
-            pos = colon + 1;
-            if (c == '\0') {
-                break;
-            }
-        } else if (c == ':' && !literal) {
-            // "::" outside a literal stands for one literal colon.
-            Text.erase(pos, 1);
-        } else if (IsLiteral(c)) {
-            literal = !literal;
         }
-        ++pos;
+    } catch (...) {
+        // A throwing handler leaves the markers before it rewritten and the rest untouched.
+        Text.erase(out, in - out);
+        throw;
     }
+    // Whatever follows a zero byte is kept as it is.
+    Text.erase(out, in - out);
 }
 
 void CreateParams(TODBCParams* Params, std::string& Text) {

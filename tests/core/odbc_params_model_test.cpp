@@ -319,6 +319,16 @@ TEST(ODBCParams, AssignCopiesParametersAndCollections) {
     s1->SetAsFloat(1.0);
     EXPECT_FALSE(copy.IsEqual(&source)); // same value, other variant type
 
+    // Values that cannot be compared are simply different.
+    TODBCParams arrays;
+    auto* text = arrays.CreateParam(ftUnknown, "v");
+    auto* number = arrays.CreateParam(ftUnknown, "v");
+    text->SetAsVariant(VarArrayOf({"a"}));
+    number->SetAsVariant(VarArrayOf({1}));
+    EXPECT_FALSE(text->IsEqual(number));
+    number->SetAsVariant(VarArrayOf({"a"}));
+    EXPECT_TRUE(text->IsEqual(number));
+
     // Assigning a parameter copies its null state and bound flag; the translate flag stays.
     TODBCParams target;
     auto* t = target.CreateParam(ftUnknown, "t");
