@@ -1,0 +1,363 @@
+// TODBCDataSet, fetching: opening the cursor, stepping it forwards and backwards (scrollable,
+// forward-only or a rowset at a time), numbering the rows it passes, copying a fetched row into a
+// record buffer in the framework's native formats and reading fields back out of it.
+//
+// Row numbering: rows are numbered relative to an origin, the first row (origin 1: 0, 1, 2, ...) or
+// the last (origin -1: 0, -1, -2, ...). The crack says where the ODBC cursor stands relative to the
+// numbered row: -1 before it, 0 on it, 1 after it. A step that finds no row leaves the number alone,
+// so that a step back in the other direction finds the same number again.
+
+#include "odbc_cursor_p.h"
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_dataset.h"
+#include "quorda/odbc/odbc_check.h"
+
+#include <cstring>
+
+namespace quorda {
+
+// ---- conversions of the per-row copy
+
+namespace cursor_detail {
+
+std::int32_t TimeStampDate(int Year, int Month, int Day) {
+    if (Year < 1 || Year > 9999 || Month < 1 || Month > 12 || Day < 1 || Day > DaysInAMonth(Year, Month)) {
+        // Raises the encode error exactly as encoding the date does.
+        EncodeDate(Year, Month, Day);
+    }
+    static constexpr int kDaysBeforeMonth[12] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
+    const int years = Year - 1;
+    int days = years * 365 + years / 4 - years / 100 + years / 400 + kDaysBeforeMonth[Month - 1] + Day;
+    if (Month > 2 && IsLeapYear(Year)) {
+        ++days;
+    }
+    return days;
+}
+
+std::int32_t TimeStampTime(int Hour, int Minute, int Second, int MSec) {
+    if (Hour < 0 || Hour > 23 || Minute < 0 || Minute > 59 || Second < 0 || Second > 59 || MSec < 0 ||
+        MSec > 999) {
+        EncodeTime(Hour, Minute, Second, MSec);
+    }
+    return ((Hour * 60 + Minute) * 60 + Second) * 1000 + MSec;
+}
+
+int FractionMilliseconds(SQLUINTEGER Fraction) {
+    // Below 10^9 the padded text has nine digits and its first three are Fraction / 10^6. A larger
+    // value (beyond what a driver may send) has more digits: its first three are still the answer.
+    SQLUINTEGER divisor = 1000000;
+    while (Fraction / divisor >= 1000) {
+        divisor *= 10;
+    }
+    return static_cast<int>(Fraction / divisor);
+}
+
+} // namespace cursor_detail
+
+using namespace cursor_detail;
+
+// ---- opening
+
+void TODBCDataSet::ResetNumbering(std::int32_t Origin, std::int32_t Crack) {
+    FCurrentRow = kRowNotNumbered;
+    FRowNumbered = false;
+    FOrigin = Origin;
+    FCrack = Crack;
+}
+
+void TODBCDataSet::InternalOpen() {
+    FRecordCountCache = -1;
+    ResetNumbering(1, -1);
+    InternalExecSQL();
+    InternalInitFieldDefs();
+    if (DefaultFields()) {
+        CreateFields();
+    }
+    BindFields(true);
+    if (FODBCDatabase != nullptr && !FODBCDatabase->IgnoreOriginInfo()) {
+        SetOrigin();
+    }
+}
+
+void TODBCDataSet::OpenCursor(bool InfoQuery) {
+    // Describing the columns needs the executed statement: always open it for real.
+    TDataSet::OpenCursor(false);
+}
+
+void TODBCDataSet::ImmediatelyOpen() {
+    if (!Active()) {
+        Open();
+        return;
+    }
+    InternalFreeStmt(SQL_CLOSE);
+    FRecordCountCache = -1;
+    InternalExecSQL();
+}
+
+TBookmark TODBCDataSet::SilentClose() {
+    TBookmark bookmark = GetBookmark();
+    CheckCall(SQLFreeStmt(FStmt.Get(), SQL_CLOSE), "SQLFreeStmt(SQL_CLOSE)");
+    return bookmark;
+}
+
+void TODBCDataSet::SilentOpen(const TBookmark& Bookmark) {
+    FRecordCountCache = -1;
+    InternalExecSQL();
+    InternalGotoBookmark(Bookmark.Data());
+    if (!Bookmark.IsNil()) {
+        Resync({});
+    }
+}
+
+int TODBCDataSet::GetRecNo() {
+    CheckActive();
+    return -1;
+}
+
+void TODBCDataSet::InternalHandleException() {
+    TDataSet::InternalHandleException();
+}
+
+// ---- moving the cursor
+
+SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
+    SQLULEN fetched = 0;
+    // A rowset cursor writes one status cell per row of the rowset.
+    SQLUSMALLINT* status = &FSingleRowStatus;
+    if (BlockMode() && FRowStatus.size() >= static_cast<std::size_t>(FRowSetSize)) {
+        status = FRowStatus.data();
+    }
+    return CheckCall(SQLExtendedFetch(FStmt.Get(), Orientation, Offset, &fetched, status),
+                     "SQLExtendedFetch");
+}
+
+void TODBCDataSet::InternalFirst() {
+    ExtendedFetch(SQL_FETCH_FIRST, 0);
+    ExtendedFetch(SQL_FETCH_PRIOR, 0);
+    ResetNumbering(1, -1);
+}
+
+void TODBCDataSet::InternalLast() {
+    ExtendedFetch(SQL_FETCH_LAST, 0);
+    ExtendedFetch(SQL_FETCH_NEXT, 0);
+    ResetNumbering(-1, 1);
+}
+
+TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientation) {
+    SQLRETURN ret = SQL_SUCCESS;
+    if (BlockMode() && Orientation == SQL_FETCH_NEXT) {
+        if (FRowsetIndex != -1 && FRowsetIndex < static_cast<std::int64_t>(FRowsFetched) - 1) {
+            ++FRowsetIndex;
+        } else {
+            // A driver that finds no more rows need not touch the counter: a stale count would replay
+            // the last rowset.
+            FRowsFetched = 0;
+            ret =
+                CheckCall(SQLExtendedFetch(FStmt.Get(), SQL_FETCH_NEXT, 0, &FRowsFetched, FRowStatus.data()),
+                          "SQLExtendedFetch");
+            FRowsetIndex = 0;
+        }
+    } else if (!FUniDirectional) {
+        ret = ExtendedFetch(Orientation, 0);
+    } else {
+        // Forward-only: a step back moves forward as well.
+        ret = CheckCall(SQLFetch(FStmt.Get()), "SQLFetch");
+    }
+    if (ret == SQL_NO_DATA_FOUND) {
+        if (Orientation != SQL_FETCH_NEXT) {
+            FCrack = -1;
+            return grBOF;
+        }
+        FCrack = 1;
+        return grEOF;
+    }
+    if (!FRowNumbered) {
+        FCurrentRow = 0;
+        FRowNumbered = true;
+    } else if (Orientation == SQL_FETCH_NEXT) {
+        if (FCrack != -1) {
+            ++FCurrentRow;
+        }
+    } else if (Orientation == SQL_FETCH_PRIOR) {
+        if (FCrack != 1) {
+            --FCurrentRow;
+        }
+    }
+    FCrack = 0;
+    CopyRowToBuffer(Buffer);
+    Buffer[kRecordFlagOffset] = static_cast<std::byte>(bfCurrent);
+    return grOK;
+}
+
+TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool DoCheck) {
+    SQLUSMALLINT orientation = SQL_FETCH_NEXT;
+    switch (GetMode) {
+    case gmCurrent:
+        switch (FCrack) {
+        case 0:
+            CopyRowToBuffer(Buffer);
+            return grOK;
+        case -1:
+            return grBOF;
+        case 1:
+            return grEOF;
+        default:
+            return grError;
+        }
+    case gmNext:
+        orientation = SQL_FETCH_NEXT;
+        break;
+    case gmPrior:
+        orientation = SQL_FETCH_PRIOR;
+        break;
+    }
+    TGetResult result = FetchStep(Buffer, orientation);
+    while (Filtered() && result == grOK && !DoFilter(Buffer)) {
+        result = FetchStep(Buffer, orientation);
+    }
+    return result;
+}
+
+// ---- the row into the record buffer
+
+void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
+    std::memcpy(Buffer + kRecordRowNumberOffset, &FCurrentRow, sizeof FCurrentRow);
+    const bool block = BlockMode();
+    const auto row = static_cast<std::size_t>(block ? FRowsetIndex : 0);
+    const bool trimRight = FODBCDatabase != nullptr && FODBCDatabase->StringTrimRight();
+    for (const auto& owned : FFieldValues) {
+        const TFieldValueItem& item = *owned;
+        const std::byte* data = item.Data.data();
+        SQLLEN indicator = item.Length;
+        if (block) {
+            data += row * item.RowStride;
+            indicator = item.Indicators[row];
+        }
+        std::byte* slot = Buffer + item.RecordOffset + 1;
+        if (indicator == SQL_NULL_DATA) {
+            std::memset(slot - 1, 0, 1 + item.DataSize);
+            continue;
+        }
+        slot[-1] = static_cast<std::byte>('1');
+        switch (item.FieldType) {
+        case ftString: {
+            // The bound text ends at its zero; a value cut at the buffer's end loses its half character.
+            const auto* text = reinterpret_cast<const char*>(data);
+            const std::size_t capacity = item.DataSize - 1;
+            std::size_t length = 0;
+            if (indicator >= 0 && static_cast<std::size_t>(indicator) <= capacity) {
+                length = static_cast<std::size_t>(indicator);
+            } else {
+                length = Utf8CompleteLength(text, strnlen(text, capacity));
+            }
+            if (trimRight) {
+                while (length > 0 && static_cast<unsigned char>(text[length - 1]) <= ' ') {
+                    --length;
+                }
+            }
+            std::memcpy(slot, text, length);
+            std::memset(slot + length, 0, item.DataSize - length);
+            break;
+        }
+        case ftDate: {
+            SQL_DATE_STRUCT date;
+            std::memcpy(&date, data, sizeof date);
+            const std::int32_t days = TimeStampDate(date.year, date.month, date.day);
+            std::memset(slot, 0, item.DataSize);
+            std::memcpy(slot, &days, sizeof days);
+            break;
+        }
+        case ftTime: {
+            SQL_TIME_STRUCT time;
+            std::memcpy(&time, data, sizeof time);
+            const std::int32_t msecs = TimeStampTime(time.hour, time.minute, time.second, 0);
+            std::memset(slot, 0, item.DataSize);
+            std::memcpy(slot, &msecs, sizeof msecs);
+            break;
+        }
+        case ftDateTime: {
+            SQL_TIMESTAMP_STRUCT stamp;
+            std::memcpy(&stamp, data, sizeof stamp);
+            const std::int32_t days = TimeStampDate(stamp.year, stamp.month, stamp.day);
+            const std::int32_t msecs =
+                TimeStampTime(stamp.hour, stamp.minute, stamp.second, FractionMilliseconds(stamp.fraction));
+            const double value = static_cast<double>(days) * MSecsPerDay + msecs;
+            std::memcpy(slot, &value, sizeof value);
+            break;
+        }
+        default:
+            std::memcpy(slot, data, item.DataSize);
+            break;
+        }
+    }
+}
+
+// ---- reading fields
+
+bool TODBCDataSet::GetActiveRecBuf(TRecordBuffer& RecBuf) {
+    switch (State()) {
+    case dsFilter:
+        RecBuf = FFilterBuffer;
+        break;
+    case dsBrowse:
+    case dsEdit:
+    case dsInsert:
+    case dsSetKey:
+    case dsCalcFields:
+    case dsNewValue:
+    case dsOldValue:
+        RecBuf = IsEmpty() ? nullptr : ActiveBuffer();
+        break;
+    default:
+        RecBuf = nullptr;
+        break;
+    }
+    return RecBuf != nullptr;
+}
+
+bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
+    TRecordBuffer record = nullptr;
+    if (!GetActiveRecBuf(record)) {
+        return false;
+    }
+    // Definitions are numbered by column, so the field number finds the binding and its slot; a field
+    // without a column of its own (calculated, unbound) has no value here.
+    const int fieldNo = Field->FieldNo();
+    if (fieldNo < 1 || static_cast<std::size_t>(fieldNo) > FFieldValues.size()) {
+        return false;
+    }
+    const TFieldValueItem& item = *FFieldValues[static_cast<std::size_t>(fieldNo - 1)];
+    const std::byte* indicator = record + item.RecordOffset;
+    if (*indicator != static_cast<std::byte>('1')) {
+        return false;
+    }
+    if (Buffer != nullptr) {
+        const auto dataSize = static_cast<std::size_t>(Field->DataSize());
+        std::memset(Buffer, 0, dataSize);
+        std::size_t count = Field->DataType() == ftString && dataSize > 0 ? dataSize - 1 : dataSize;
+        // A persistent field may be wider than the column now is: never read past the slot.
+        if (count > item.DataSize) {
+            count = item.DataSize;
+        }
+        std::memcpy(Buffer, indicator + 1, count);
+    }
+    return true;
+}
+
+bool TODBCDataSet::DoFilter(TRecordBuffer Buffer) {
+    const TDataSetState saved = SetTempState(dsFilter);
+    FFilterBuffer = Buffer;
+    bool accept = true;
+    try {
+        if (OnFilterRecord) {
+            OnFilterRecord(this, accept);
+        }
+    } catch (...) {
+        RestoreState(saved);
+        throw;
+    }
+    RestoreState(saved);
+    return accept;
+}
+
+} // namespace quorda

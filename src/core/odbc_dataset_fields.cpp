@@ -1,0 +1,210 @@
+// TODBCDataSet, field definitions: the result columns described and bound, the data size of each
+// definition, the record buffers laid out from them, and where each field's values come from.
+
+#include "odbc_cursor_p.h"
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_dataset.h"
+#include "quorda/odbc/odbc_check.h"
+#include "quorda/rtl/messages.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string>
+
+namespace quorda {
+namespace {
+
+using cursor_detail::FixedCTypeSize;
+using cursor_detail::Utf8CompleteLength;
+
+// Column sizes are counted in characters; UTF-8 needs up to four bytes for each.
+constexpr std::size_t kMaxUtf8BytesPerChar = 4;
+
+} // namespace
+
+int TODBCDataSet::GetSpecialDataSize(TFieldType FieldType, int Size) {
+    switch (FieldType) {
+    case ftSmallint:
+    case ftWord:
+    case ftBoolean:
+        return 2;
+    case ftInteger:
+        return 4;
+    case ftLargeint:
+    case ftFloat:
+    case ftCurrency:
+        return 8;
+    case ftDate:
+    case ftTime:
+    case ftDateTime:
+        return Size;
+    default:
+        // The prefix names the record initialisation, as it always has.
+        DatabaseError("TODBCDataSet.InternalInitRecord: " + LoadStr(SODBCNotImplemented));
+    }
+}
+
+int TODBCDataSet::GetDefDataSize(const TFieldDef& FieldDef) const {
+    switch (FieldDef.DataType()) {
+    case ftString:
+    case ftMemo:
+    case ftFmtMemo:
+        return FieldDef.Size() + 1;
+    case ftSmallint:
+    case ftWord:
+    case ftBoolean:
+        return 2;
+    case ftInteger:
+        return 4;
+    case ftLargeint:
+    case ftFloat:
+    case ftCurrency:
+    case ftDate:
+    case ftTime:
+    case ftDateTime:
+        return 8;
+    default:
+        return FieldDef.Size();
+    }
+}
+
+void TODBCDataSet::InternalInitFieldDefs() {
+    FRecordDataSize = static_cast<std::int32_t>(kRecordHeaderSize);
+    SQLSMALLINT columnCount = 0;
+    CheckCall(SQLNumResultCols(FStmt.Get(), &columnCount), "SQLNumResultCols");
+    FieldDefs().Clear();
+    FFieldValues.clear();
+    if (columnCount <= 0) {
+        return;
+    }
+    const bool block = BlockMode();
+    const auto rows = static_cast<std::size_t>(block ? FRowSetSize : 1);
+    const auto blobCap = static_cast<SQLULEN>(FBlobBufferSize);
+    std::size_t recordOffset = kRecordHeaderSize;
+    for (SQLUSMALLINT column = 1; column <= static_cast<SQLUSMALLINT>(columnCount); ++column) {
+        std::array<SQLCHAR, 33> nameBuffer{};
+        SQLSMALLINT nameLength = 0;
+        SQLSMALLINT sqlType = 0;
+        SQLULEN columnSize = 0;
+        SQLSMALLINT digits = 0;
+        SQLSMALLINT nullable = 0;
+        CheckCall(SQLDescribeCol(FStmt.Get(), column, nameBuffer.data(),
+                                 static_cast<SQLSMALLINT>(nameBuffer.size()), &nameLength, &sqlType,
+                                 &columnSize, &digits, &nullable),
+                  "SQLDescribeCol");
+        nameBuffer.back() = 0;
+        const char* rawName = reinterpret_cast<const char*>(nameBuffer.data());
+        std::string columnName(rawName, Utf8CompleteLength(rawName, std::strlen(rawName)));
+        if (columnName.empty()) {
+            columnName = "unknown";
+        }
+
+        const TFieldType dataType = ConvertSQLToBDE(sqlType);
+        const SQLSMALLINT cType = BindCTypeFor(sqlType);
+        SQLULEN size = std::min(columnSize, blobCap);
+        // Text arrives as UTF-8: room for the declared characters, still within the cap.
+        if (cType == SQL_C_CHAR) {
+            size = columnSize > blobCap / kMaxUtf8BytesPerChar ? blobCap : columnSize * kMaxUtf8BytesPerChar;
+        }
+        int dataSize = 0;
+        int defSize = 0;
+        if (dataType == ftString || dataType == ftMemo || dataType == ftBlob) {
+            dataSize = static_cast<int>(size);
+            defSize = dataSize;
+        } else {
+            dataSize = GetSpecialDataSize(dataType, static_cast<int>(size));
+        }
+        FRecordDataSize += dataSize + 1;
+
+        std::string name = columnName;
+        for (int suffix = 1; FieldDefs().IndexOf(name) >= 0; ++suffix) {
+            name = columnName + "_" + std::to_string(suffix);
+        }
+        TFieldDef* def = FieldDefs().Add(name, dataType, defSize, false, column);
+        def->SetInternalCalcField(true);
+
+        auto owned = std::make_unique<TFieldValueItem>();
+        TFieldValueItem& item = *owned;
+        const std::size_t fixedSize = FixedCTypeSize(cType);
+        // A date, time or time stamp is bound as its structure, whatever length the driver reports.
+        auto length = std::max(static_cast<std::size_t>(dataSize) + 1, fixedSize);
+        // Column-wise rowsets place fixed-size values at the size of their C type.
+        SQLLEN bindLength = static_cast<SQLLEN>(length);
+        if (block && fixedSize > 0) {
+            bindLength = static_cast<SQLLEN>(fixedSize);
+        }
+        item.CType = cType;
+        item.FieldType = dataType;
+        item.RowStride = block && fixedSize > 0 ? fixedSize : length;
+        item.RecordOffset = recordOffset;
+        item.DataSize = static_cast<std::size_t>(GetDefDataSize(*def));
+        item.Length = static_cast<SQLLEN>(length);
+        item.Data.assign(length * rows, std::byte{0});
+        SQLLEN* indicator = &item.Length;
+        if (block) {
+            item.Indicators.assign(rows, 0);
+            indicator = item.Indicators.data();
+        }
+        recordOffset += 1 + item.DataSize;
+        FFieldValues.push_back(std::move(owned));
+        CheckCall(SQLBindCol(FStmt.Get(), column, cType, item.Data.data(), bindLength, indicator),
+                  "SQLBindCol");
+    }
+}
+
+TRecordBuffer TODBCDataSet::AllocRecordBuffer() {
+    auto size = static_cast<std::size_t>(FieldDefs().Count() + FRecordDataSize + 1);
+    // A slot is never smaller than its native value, even where the driver reported a shorter column.
+    if (!FFieldValues.empty()) {
+        const TFieldValueItem& last = *FFieldValues.back();
+        size = std::max(size, last.RecordOffset + 1 + last.DataSize);
+    }
+    // Zeroed, so that the flag of a buffer never filled reads bfCurrent rather than garbage.
+    auto* buffer = new std::byte[size]();
+    const std::int32_t fresh = -1;
+    std::memcpy(buffer + kRecordRowNumberOffset, &fresh, sizeof fresh);
+    return buffer;
+}
+
+void TODBCDataSet::FreeRecordBuffer(TRecordBuffer& Buffer) {
+    delete[] Buffer;
+    Buffer = nullptr;
+}
+
+void TODBCDataSet::DestroyFields() {
+    FFieldValues.clear();
+    TDataSet::DestroyFields();
+}
+
+void TODBCDataSet::SetOrigin() {
+    // The origin is information only: a driver that cannot tell leaves it empty.
+    auto attribute = [this](SQLUSMALLINT Column, SQLUSMALLINT Attribute) {
+        std::array<char, 33> text{};
+        SQLSMALLINT length = 0;
+        SQLLEN numeric = 0;
+        const SQLRETURN ret =
+            TraceODBC(SQLColAttributes(FStmt.Get(), Column, Attribute, text.data(),
+                                       static_cast<SQLSMALLINT>(text.size()), &length, &numeric),
+                      "SQLColAttributes");
+        if (!RetCodeIsSuccessful(ret) || ret == SQL_NO_DATA_FOUND) {
+            return std::string();
+        }
+        text.back() = 0;
+        return std::string(text.data());
+    };
+    for (int i = 0; i < FieldCount(); ++i) {
+        TField* field = Fields()[i];
+        const auto column = static_cast<SQLUSMALLINT>(i + 1);
+        const std::string table = attribute(column, SQL_COLUMN_TABLE_NAME);
+        if (!table.empty()) {
+            field->SetOrigin(field->Origin() + table + ".");
+        }
+        const std::string name = attribute(column, SQL_COLUMN_NAME);
+        if (!name.empty()) {
+            field->SetOrigin(field->Origin() + name);
+        }
+    }
+}
+
+} // namespace quorda

@@ -1,0 +1,221 @@
+// Shared ground of the cursor tests: a database connected to one driver profile, queries on it, a
+// plain ODBC connection for setting up tables, and the text a field's value reads as.
+#pragma once
+
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_query.h"
+#include "quorda/db/blob_field.h"
+#include "quorda/rtl/datetime.h"
+
+#include <cstdio>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+#include <quorda_test/environment.h>
+#include <quorda_test/fault_driver.h>
+#include <quorda_test/profiles.h>
+#include <quorda_test/raw_odbc.h>
+#include <string>
+#include <vector>
+
+namespace quorda::testing {
+
+// psqlODBC options that let PostgreSQL report the SQL types a table declares: booleans as BIT and
+// long VARCHAR columns as VARCHAR rather than text.
+inline std::string ConnectionFor(const quorda_test::DataSourceProfile& Profile) {
+    if (Profile.Name == "sqlite") {
+        return Profile.ConnectionString;
+    }
+    return Profile.ConnectionString + ";BoolsAsChar=0;MaxVarcharSize=20000;MaxLongVarcharSize=65536";
+}
+
+inline bool IsSqlite(const quorda_test::DataSourceProfile& Profile) {
+    return Profile.Name == "sqlite";
+}
+
+// The query with the cursor's inner operations in reach, for tests of the numbering rules.
+class TProbeQuery : public TODBCQuery {
+public:
+    using TODBCDataSet::AllocRecordBuffer;
+    using TODBCDataSet::FCrack;
+    using TODBCDataSet::FCurrentRow;
+    using TODBCDataSet::FFieldValues;
+    using TODBCDataSet::FOrigin;
+    using TODBCDataSet::FreeRecordBuffer;
+    using TODBCDataSet::GetBookmarkFlag;
+    using TODBCDataSet::GetDefDataSize;
+    using TODBCDataSet::GetRecord;
+    using TODBCDataSet::GetSpecialDataSize;
+    using TODBCDataSet::InternalExecSQL;
+    using TODBCDataSet::InternalInitFieldDefs;
+    using TODBCQuery::TODBCQuery;
+
+    // The bookmark of the active record as (origin, row number).
+    std::pair<std::int32_t, std::int32_t> BookmarkPair() {
+        TBookmark bookmark = GetBookmark();
+        TODBCBookmark data{0, 0};
+        if (bookmark.Size() == sizeof data) {
+            std::memcpy(&data, bookmark.Data(), sizeof data);
+        }
+        return {data.Origin, data.RowNumber};
+    }
+    // The row number stored in a record buffer.
+    static std::int32_t RowNumber(const std::byte* Buffer) {
+        std::int32_t row = 0;
+        std::memcpy(&row, Buffer + kRecordRowNumberOffset, sizeof row);
+        return row;
+    }
+};
+
+// Value-parameterised over the real drivers: Db is connected, Raw is a second, plain connection.
+class CursorTest : public quorda_test::ProfileTest {
+protected:
+    void SetUp() override {
+        Db.SetDriverConnectOption(dcoDriverNoPrompt);
+        Db.SetConnectStr(ConnectionFor(Profile));
+        Db.Open();
+        Raw = std::make_unique<quorda_test::RawOdbc>(ConnectionFor(Profile));
+    }
+
+    // A query on Db; it is freed before Db.
+    TProbeQuery& Query(const std::string& Sql) {
+        Queries.push_back(std::make_unique<TProbeQuery>(nullptr));
+        TProbeQuery& query = *Queries.back();
+        query.SetODBCDatabase(&Db);
+        query.SQL().SetText(Sql);
+        return query;
+    }
+
+    // A table "<prefix>_..." with the column declarations and n rows of (i) for i in 1..n, inserted
+    // in one statement per 500 rows.
+    std::string NumberTable(const std::string& Prefix, int Rows) {
+        const std::string table = quorda_test::UniqueTableName(Prefix);
+        Raw->Exec("create table " + table + " (id integer primary key, name varchar(20))");
+        Raw->SetAutoCommit(false);
+        for (int start = 1; start <= Rows; start += 500) {
+            std::string sql = "insert into " + table + " values ";
+            for (int i = start; i < start + 500 && i <= Rows; ++i) {
+                sql += (i == start ? "(" : ",(") + std::to_string(i) + ",'row" + std::to_string(i) + "')";
+            }
+            Raw->Exec(sql);
+        }
+        Raw->Commit();
+        Raw->SetAutoCommit(true);
+        return table;
+    }
+
+    TODBCDatabase Db{nullptr};
+    std::unique_ptr<quorda_test::RawOdbc> Raw;
+    std::vector<std::unique_ptr<TProbeQuery>> Queries;
+
+    void TearDown() override { Queries.clear(); }
+};
+
+// A database on the fault driver, following Script.
+struct FaultDatabase {
+    explicit FaultDatabase(const std::string& Script) : Fault(Script) {
+        Db.SetDriverConnectOption(dcoDriverNoPrompt);
+        Db.SetConnectStr(Fault.ConnectionString());
+        Db.Open();
+        Query = std::make_unique<TProbeQuery>(nullptr);
+        Query->SetODBCDatabase(&Db);
+    }
+    ~FaultDatabase() { Query.reset(); }
+
+    quorda_test::FaultDriver Fault;
+    TODBCDatabase Db{nullptr};
+    std::unique_ptr<TProbeQuery> Query;
+};
+
+inline std::string Hex(const std::string& Bytes) {
+    std::string text;
+    char digits[3];
+    for (unsigned char c : Bytes) {
+        std::snprintf(digits, sizeof digits, "%02x", c);
+        text += digits;
+    }
+    return text;
+}
+
+// The value of a field as exact text: integers in decimal, doubles with 17 significant digits,
+// dates and times to the millisecond, binary data in hexadecimal; nullopt for NULL.
+inline std::optional<std::string> ValueText(TField* Field) {
+    if (Field->IsNull()) {
+        return std::nullopt;
+    }
+    char text[64];
+    switch (Field->DataType()) {
+    case ftBoolean:
+        return Field->AsBoolean() ? "1" : "0";
+    case ftSmallint:
+    case ftInteger:
+    case ftWord:
+    case ftLargeint:
+        return std::to_string(Field->AsLargeInt());
+    case ftFloat:
+        std::snprintf(text, sizeof text, "%.17g", Field->AsFloat());
+        return std::string(text);
+    case ftDate:
+        return FormatDateTime("yyyy-mm-dd", Field->AsDateTime());
+    case ftTime:
+        return FormatDateTime("hh:nn:ss", Field->AsDateTime());
+    case ftDateTime:
+        return FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", Field->AsDateTime());
+    case ftBlob:
+        return Hex(Field->AsString());
+    default:
+        return Field->AsString();
+    }
+}
+
+using RowTexts = std::vector<std::optional<std::string>>;
+
+inline RowTexts CurrentRow(TDataSet& DataSet) {
+    RowTexts row;
+    for (int i = 0; i < DataSet.FieldCount(); ++i) {
+        row.push_back(ValueText(DataSet.Fields()[i]));
+    }
+    return row;
+}
+
+// Every row from the current one to the end.
+inline std::vector<RowTexts> ReadToEnd(TDataSet& DataSet) {
+    std::vector<RowTexts> rows;
+    while (!DataSet.Eof()) {
+        rows.push_back(CurrentRow(DataSet));
+        DataSet.Next();
+    }
+    return rows;
+}
+
+inline std::string CellText(const std::optional<std::string>& Cell) {
+    return Cell ? "'" + *Cell + "'" : std::string("NULL");
+}
+
+// Compares row by row and names the first cells that differ, instead of printing both tables.
+inline ::testing::AssertionResult SameRows(const std::vector<RowTexts>& Actual,
+                                           const std::vector<RowTexts>& Expected) {
+    if (Actual.size() != Expected.size()) {
+        return ::testing::AssertionFailure() << Actual.size() << " rows instead of " << Expected.size();
+    }
+    std::string differences;
+    int count = 0;
+    for (std::size_t r = 0; r < Actual.size() && count < 5; ++r) {
+        for (std::size_t c = 0; c < std::max(Actual[r].size(), Expected[r].size()) && count < 5; ++c) {
+            auto actual = c < Actual[r].size() ? Actual[r][c] : std::optional<std::string>("<missing>");
+            auto expected = c < Expected[r].size() ? Expected[r][c] : std::optional<std::string>("<missing>");
+            if (actual != expected) {
+                differences += "\n  row " + std::to_string(r) + " column " + std::to_string(c) + ": " +
+                               CellText(actual) + " instead of " + CellText(expected);
+                ++count;
+            }
+        }
+    }
+    if (count == 0) {
+        return ::testing::AssertionSuccess();
+    }
+    return ::testing::AssertionFailure() << "values differ:" << differences;
+}
+
+} // namespace quorda::testing

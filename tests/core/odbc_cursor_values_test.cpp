@@ -1,0 +1,241 @@
+// Values of every mapped column type read back exactly, in single rows and a rowset at a time.
+
+#include "odbc_cursor_fixture.h"
+
+#include <cstdint>
+#include <functional>
+
+namespace quorda {
+namespace {
+
+using testing::CursorTest;
+using testing::IsSqlite;
+using testing::ReadToEnd;
+using testing::RowTexts;
+
+constexpr int kRows = 1000;
+
+struct ColumnCase {
+    std::string Name;
+    std::string SqliteDecl; // empty: the column is not part of the SQLite table
+    std::string PgDecl;     // empty: not part of the PostgreSQL table
+    TFieldType Type;
+    // The value of row i as SQL text (for PostgreSQL when Pg is set) and as it must read back.
+    std::function<std::string(int i, bool Pg)> Literal;
+    std::function<std::string(int i)> Expected;
+};
+
+std::string Quoted(const std::string& Text) {
+    return "'" + Text + "'";
+}
+
+std::string DateText(int i) {
+    return FormatDateTime("yyyy-mm-dd", EncodeDate(1850, 1, 1) + i * 37);
+}
+
+std::string TimeText(int i) {
+    const int seconds = (i * 3671) % 86400;
+    char text[16];
+    std::snprintf(text, sizeof text, "%02d:%02d:%02d", seconds / 3600, seconds / 60 % 60, seconds % 60);
+    return text;
+}
+
+std::string StampText(int i) {
+    const int seconds = (i * 3661) % 86400;
+    char text[32];
+    std::snprintf(text, sizeof text, " %02d:%02d:%02d.%03d", seconds / 3600, seconds / 60 % 60, seconds % 60,
+                  (i * 7) % 1000);
+    return FormatDateTime("yyyy-mm-dd", EncodeDate(1890, 1, 1) + i * 13) + text;
+}
+
+std::int64_t BigValue(int i) {
+    if (i == 1) {
+        return INT64_MAX;
+    }
+    if (i == 2) {
+        return INT64_MIN;
+    }
+    const std::int64_t magnitude = 3000000000LL + i * 1000003LL;
+    return i % 2 ? -magnitude : magnitude;
+}
+
+double DoubleValue(int i) {
+    return i == 3 ? 0.1 : i == 4 ? 1e300 : i * 1.5 + 0.25;
+}
+
+std::string DoubleText(double Value) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.17g", Value);
+    return text;
+}
+
+std::string TextValue(int i) {
+    static const char* const kPatterns[] = {"héllo wörld %d", "日本語テキスト%d", "plain %d", "Ελληνικά %d"};
+    if (i == 6) {
+        return "漢字漢字漢字漢字漢字漢字漢字漢字漢字漢字"; // 20 characters, 60 bytes
+    }
+    if (i == 8) {
+        std::string emoji;
+        for (int k = 0; k < 20; ++k) {
+            emoji += "😀"; // 4 bytes each: the column's whole capacity
+        }
+        return emoji;
+    }
+    char text[64];
+    std::snprintf(text, sizeof text, kPatterns[i % 4], i);
+    return text;
+}
+
+std::string BlobBytes(int i) {
+    std::string bytes;
+    for (int k = 0; k < i % 10; ++k) {
+        bytes += static_cast<char>((i * 31 + k * 97) % 256);
+    }
+    return bytes;
+}
+
+std::string BlobLiteral(int i, bool Pg) {
+    const std::string hex = testing::Hex(BlobBytes(i));
+    return Pg ? "'\\x" + hex + "'" : "x'" + hex + "'";
+}
+
+std::vector<ColumnCase> Columns() {
+    auto number = [](auto f) { return [f](int i, bool) { return std::to_string(f(i)); }; };
+    return {
+        {"id", "integer", "integer", ftInteger, number([](int i) { return i; }),
+         [](int i) { return std::to_string(i); }},
+        {"flag", "bit", "boolean", ftBoolean,
+         [](int i, bool Pg) { return Pg ? (i % 2 ? "true" : "false") : (i % 2 ? "1" : "0"); },
+         [](int i) { return std::string(i % 2 ? "1" : "0"); }},
+        {"tiny", "tinyint", "", ftSmallint, number([](int i) { return i % 200 - 100; }),
+         [](int i) { return std::to_string(i % 200 - 100); }},
+        {"big", "bigint", "bigint", ftLargeint, number(BigValue),
+         [](int i) { return std::to_string(BigValue(i)); }},
+        {"sm", "smallint", "smallint", ftSmallint, number([](int i) { return (i * 37) % 65536 - 32768; }),
+         [](int i) { return std::to_string((i * 37) % 65536 - 32768); }},
+        {"dbl", "double", "double precision", ftFloat, [](int i, bool) { return DoubleText(DoubleValue(i)); },
+         [](int i) { return DoubleText(DoubleValue(i)); }},
+        {"rl", "", "real", ftFloat,
+         [](int i, bool) { return i == 3 ? std::string("0.1") : DoubleText(i + 0.5); },
+         [](int i) { return DoubleText(i == 3 ? 0.1 : i + 0.5); }},
+        {"num", "numeric(12,2)", "numeric(12,2)", ftFloat, [](int i, bool) { return DoubleText(i + 0.25); },
+         [](int i) { return DoubleText(i + 0.25); }},
+        {"txt", "varchar(20)", "varchar(20)", ftString, [](int i, bool) { return Quoted(TextValue(i)); },
+         TextValue},
+        {"chr", "", "char(10)", ftString, [](int i, bool) { return Quoted("ab"); },
+         [](int) { return std::string("ab        "); }},
+        {"memo", "text", "text", ftMemo,
+         [](int i, bool) { return Quoted("memo " + std::to_string(i) + " " + TextValue(i)); },
+         [](int i) { return "memo " + std::to_string(i) + " " + TextValue(i); }},
+        {"d", "date", "date", ftDate, [](int i, bool) { return Quoted(DateText(i)); }, DateText},
+        {"t", "time", "time", ftTime, [](int i, bool) { return Quoted(TimeText(i)); }, TimeText},
+        {"ts", "timestamp", "timestamp", ftDateTime, [](int i, bool) { return Quoted(StampText(i)); },
+         StampText},
+        {"bin", "blob", "bytea", ftBlob, BlobLiteral, [](int i) { return testing::Hex(BlobBytes(i)); }},
+        {"lbin", "longvarbinary", "", ftBlob, BlobLiteral, [](int i) { return testing::Hex(BlobBytes(i)); }},
+    };
+}
+
+// Column c of row i is NULL on a diagonal pattern (never the id).
+bool IsNullCell(std::size_t Column, int Row) {
+    return Column > 0 && (Row + static_cast<int>(Column)) % 13 == 0;
+}
+
+class CursorValues : public CursorTest {
+protected:
+    void SetUp() override {
+        CursorTest::SetUp();
+        const bool pg = !IsSqlite(Profile);
+        for (const ColumnCase& column : Columns()) {
+            if (!(pg ? column.PgDecl : column.SqliteDecl).empty()) {
+                Used.push_back(column);
+            }
+        }
+        Table = quorda_test::UniqueTableName("cursor_values");
+        std::string ddl = "create table " + Table + " (";
+        for (std::size_t c = 0; c < Used.size(); ++c) {
+            ddl += (c ? ", " : "") + Used[c].Name + " " + (pg ? Used[c].PgDecl : Used[c].SqliteDecl);
+        }
+        Raw->Exec(ddl + ")");
+        Raw->SetAutoCommit(false);
+        for (int start = 0; start < kRows; start += 100) {
+            std::string sql = "insert into " + Table + " values ";
+            for (int i = start; i < start + 100; ++i) {
+                sql += i == start ? "(" : ",(";
+                for (std::size_t c = 0; c < Used.size(); ++c) {
+                    sql += (c ? "," : "") + (IsNullCell(c, i) ? std::string("NULL") : Used[c].Literal(i, pg));
+                }
+                sql += ")";
+            }
+            Raw->Exec(sql);
+        }
+        Raw->Commit();
+        Raw->SetAutoCommit(true);
+    }
+
+    RowTexts ExpectedRow(int i) const {
+        RowTexts row;
+        for (std::size_t c = 0; c < Used.size(); ++c) {
+            if (IsNullCell(c, i)) {
+                row.emplace_back(std::nullopt);
+            } else {
+                row.emplace_back(Used[c].Expected(i));
+            }
+        }
+        return row;
+    }
+
+    std::vector<RowTexts> ReadAll(bool UniDirectional, bool Block, int RowSetSize) {
+        TODBCQuery& query = Query("select * from " + Table + " order by id");
+        query.SetUniDirectional(UniDirectional);
+        query.SetBlockCursor(Block);
+        query.SetRowSetSize(RowSetSize);
+        query.Open();
+        std::vector<RowTexts> rows = ReadToEnd(query);
+        query.Close();
+        return rows;
+    }
+
+    std::vector<ColumnCase> Used;
+    std::string Table;
+};
+
+TEST_P(CursorValues, FieldDefinitionsFollowTheColumnTypes) {
+    TODBCQuery& query = Query("select * from " + Table);
+    query.Open();
+    ASSERT_EQ(query.FieldDefs().Count(), static_cast<int>(Used.size()));
+    for (std::size_t c = 0; c < Used.size(); ++c) {
+        const TFieldDef* def = query.FieldDefs()[static_cast<int>(c)];
+        EXPECT_EQ(def->Name(), Used[c].Name);
+        EXPECT_EQ(def->DataType(), Used[c].Type) << Used[c].Name;
+        EXPECT_EQ(def->FieldNo(), static_cast<int>(c) + 1);
+        EXPECT_TRUE(def->InternalCalcField());
+        EXPECT_FALSE(def->Required());
+    }
+    // Text columns hold their declared characters in UTF-8; everything else carries no size.
+    EXPECT_EQ(query.FieldDefs().Find("txt")->Size(), 80);
+    EXPECT_EQ(query.FieldDefs().Find("memo")->Size(), 8192);
+    EXPECT_EQ(query.FieldDefs().Find("big")->Size(), 0);
+    EXPECT_EQ(query.FieldDefs().Find("ts")->Size(), 0);
+    if (!IsSqlite(Profile)) {
+        EXPECT_EQ(query.FieldDefs().Find("chr")->Size(), 40);
+    }
+}
+
+TEST_P(CursorValues, EveryValueReadsBackExactlyInSingleRowsAndInRowsets) {
+    std::vector<RowTexts> expected;
+    for (int i = 0; i < kRows; ++i) {
+        expected.push_back(ExpectedRow(i));
+    }
+    EXPECT_TRUE(testing::SameRows(ReadAll(false, false, 100), expected)) << "scrollable";
+    EXPECT_TRUE(testing::SameRows(ReadAll(true, false, 100), expected)) << "forward-only";
+    for (int rowSet : {1, 7, 100}) {
+        EXPECT_TRUE(testing::SameRows(ReadAll(true, true, rowSet), expected)) << "rowsets of " << rowSet;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, CursorValues, ::testing::ValuesIn(quorda_test::AllProfiles()),
+                         quorda_test::ProfileTestName);
+
+} // namespace
+} // namespace quorda
