@@ -1,14 +1,20 @@
 // Unit tests of the benchmark's own machinery: the data it generates, the fold that compares
 // implementations, the child protocol, options and the ratios in the table.
 
+#include "data_setup.h"
 #include "harness.h"
 #include "options.h"
+#include "raw_odbc.h"
 #include "report.h"
 #include "row_generator.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
+#include <sstream>
+#include <unistd.h>
 
 namespace quorda::bench {
 namespace {
@@ -103,6 +109,22 @@ TEST(BenchHarness, ChildResultLinesRoundTripAndRejectGarbage) {
     }
 }
 
+TEST(BenchHarness, ForkedBodyReturnsItsResultOrItsFailure) {
+    EXPECT_EQ(RunForked([] { return std::string("driver 1.2"); }), "driver 1.2");
+    try {
+        RunForked([]() -> std::string { throw std::runtime_error("no table bench"); });
+        ADD_FAILURE() << "a throwing body must fail";
+    } catch (const TChildError& e) {
+        EXPECT_STREQ(e.what(), "no table bench");
+    }
+    try {
+        RunForked([]() -> std::string { _exit(3); });
+        ADD_FAILURE() << "a child that dies without a result must fail";
+    } catch (const TChildError& e) {
+        EXPECT_NE(std::string(e.what()).find("child process failed"), std::string::npos);
+    }
+}
+
 TEST(BenchOptions, QuickChangesDefaultsOnlyAndValuesAreChecked) {
     const TOptions quick = ParseOptions({"--rows", "50", "--quick"});
     EXPECT_EQ(quick.Rows, 50);
@@ -193,6 +215,33 @@ TEST(BenchReport, RatiosCompareWithRawOfTheSameModeAndWithQtSql) {
     EXPECT_EQ(table[1].Cells[9], "6.00");
     EXPECT_EQ(table[4].Cells[9], "-"); // no QtSql measurement at that row count
     EXPECT_TRUE(table[5].Failed);
+}
+
+// The data setup against the SQLite driver: a table is reused only while it reads back exactly as
+// generated, and a filled table passes the same check.
+TEST(BenchSetup, ReusesOnlyATableThatReadsBackAsGenerated) {
+    const char* envDir = std::getenv("QUORDA_TEST_ENV_DIR");
+    const std::filesystem::path file =
+        std::filesystem::path(envDir ? envDir : "/tmp") / ("bench-setup-" + std::to_string(getpid()) + ".db");
+    std::filesystem::remove(file);
+    const std::string connect = SqliteStrings(file.string()).Scroll;
+    std::ostringstream log;
+
+    EXPECT_TRUE(EnsureBenchTable(connect, 1500, log));  // created
+    EXPECT_FALSE(EnsureBenchTable(connect, 1500, log)); // kept
+    {
+        TRawConnection connection(connect);
+        connection.Exec("update bench set name = 'changed' where id = 700");
+    }
+    EXPECT_TRUE(EnsureBenchTable(connect, 1500, log)); // one altered value forces a refill
+    EXPECT_TRUE(EnsureBenchTable(connect, 1200, log)); // so does another row count
+    {
+        TRawConnection connection(connect);
+        std::int64_t rows = 0;
+        EXPECT_EQ(ScanChecksum(connection, BenchSelect(1200, 1200), &rows), ExpectedRangeChecksum(1, 1200));
+        EXPECT_EQ(rows, 1200);
+    }
+    std::filesystem::remove(file);
 }
 
 } // namespace
