@@ -5,6 +5,7 @@
 #include "odbc_cursor_fixture.h"
 #include "quorda/db/data_link.h"
 #include "quorda/db/data_source.h"
+#include "quorda/odbc/odbc_error.h"
 
 namespace quorda {
 namespace {
@@ -254,6 +255,31 @@ TEST_P(CursorNavigation, ForwardOnlyReadsEveryRowAndAStepBackMovesOn) {
         query.Next();
     }
     EXPECT_EQ(rest, Range(4, 8));
+}
+
+TEST_P(CursorNavigation, RowsetCursorUnderARingLargerThanTheResultCannotStepBack) {
+    // Filling a ring that the rows do not fill steps back from the end; a forward-only cursor steps
+    // with SQLFetch, which the driver manager refuses after the rowset fetches.
+    TODBCQuery& query = Query("select id from " + NumberTable("nav_rowset_ring", 5) + " order by id");
+    query.SetUniDirectional(true);
+    query.SetBlockCursor(true);
+    query.SetRowSetSize(3);
+    TDataSource source(nullptr);
+    source.SetDataSet(&query);
+    TDataLink link;
+    link.SetDataSource(&source);
+    link.SetBufferCount(20);
+    try {
+        query.Open();
+        FAIL() << "opened";
+    } catch (const EODBCError& e) {
+        EXPECT_EQ(e.SQLState().substr(0, 5), "S1010");
+    }
+    EXPECT_FALSE(query.Active());
+    link.SetBufferCount(5); // a ring the rows fill opens
+    query.Open();
+    EXPECT_EQ(WindowIds(link, query), Range(1, 5));
+    link.SetDataSource(nullptr);
 }
 
 TEST_P(CursorNavigation, LocateWithAndWithoutItsOptions) {

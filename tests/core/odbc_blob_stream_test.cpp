@@ -1,0 +1,173 @@
+// Memo and blob values read whole through the blob stream: NULL and empty values, values far beyond
+// the bound buffer, rows other than the cursor's, trimmed memos, drivers that cannot tell a
+// value's length, and writes refused on the read-only dataset.
+
+#include "odbc_cursor_fixture.h"
+#include "quorda/db/data_link.h"
+#include "quorda/db/data_source.h"
+#include "quorda/odbc/odbc_error.h"
+
+namespace quorda {
+namespace {
+
+using testing::CursorTest;
+using testing::FaultDatabase;
+using testing::IsSqlite;
+
+constexpr std::size_t kLarge = 1 << 20;
+
+std::string LargeText() {
+    std::string text;
+    for (int i = 0; text.size() < kLarge; ++i) {
+        text += "Grüße 日本 " + std::to_string(i) + " ";
+    }
+    return text;
+}
+
+std::string LargeBinary() {
+    std::string bytes(kLarge, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<char>((i * 7 + i / 256) % 256);
+    }
+    return bytes;
+}
+
+std::string StreamText(TODBCQuery& Query, const std::string& Field) {
+    auto stream = Query.CreateBlobStream(Query.FieldByName(Field), bmRead);
+    std::string value(static_cast<std::size_t>(stream->Size()), '\0');
+    if (!value.empty()) {
+        stream->ReadBuffer(value.data(), static_cast<std::int64_t>(value.size()));
+    }
+    return value;
+}
+
+class BlobStream : public CursorTest {
+protected:
+    void SetUp() override {
+        CursorTest::SetUp();
+        Table = quorda_test::UniqueTableName("blob_values");
+        const bool sqlite = IsSqlite(Profile);
+        Raw->Exec("create table " + Table + " (id integer, memo text, bin " + (sqlite ? "blob" : "bytea") +
+                  ")");
+        const std::string hex = testing::Hex(LargeBinary());
+        const std::string empty = sqlite ? "x''" : "''";
+        Raw->Exec("insert into " + Table + " values (1, NULL, NULL), (2, '', " + empty + "), (3, '" +
+                  LargeText() + "', " + (sqlite ? "x'" + hex + "'" : "'\\x" + hex + "'") +
+                  "), (4, 'tail   ', NULL)");
+    }
+
+    std::string Table;
+};
+
+TEST_P(BlobStream, ValuesArriveWholeOnEveryRowInEitherDirection) {
+    for (bool uniDirectional : {false, true}) {
+        SCOPED_TRACE(uniDirectional ? "forward-only" : "scrollable");
+        TODBCQuery& query = Query("select id, memo, bin from " + Table + " order by id");
+        query.SetUniDirectional(uniDirectional);
+        query.Open();
+        EXPECT_EQ(StreamText(query, "memo"), "");
+        EXPECT_TRUE(query.FieldByName("memo")->IsNull());
+        EXPECT_EQ(StreamText(query, "bin"), "");
+        query.Next();
+        EXPECT_EQ(StreamText(query, "memo"), "");
+        EXPECT_EQ(StreamText(query, "bin"), "");
+        query.Next();
+        EXPECT_TRUE(StreamText(query, "memo") == LargeText());
+        EXPECT_TRUE(query.FieldByName("bin")->AsString() == LargeBinary());
+        query.Next();
+        EXPECT_EQ(query.FieldByName("memo")->AsString(), "tail   ");
+        if (!uniDirectional) {
+            // Back to an earlier row: the stream brings the cursor onto it first.
+            query.Prior();
+            EXPECT_TRUE(StreamText(query, "memo") == LargeText());
+            query.First();
+            EXPECT_TRUE(query.FieldByName("memo")->IsNull());
+        }
+        query.Close();
+    }
+}
+
+TEST_P(BlobStream, RecordsOfALinkWindowReadTheirOwnRows) {
+    TODBCQuery& query = Query("select id, memo from " + Table + " order by id");
+    TDataSource source(nullptr);
+    source.SetDataSet(&query);
+    TDataLink link;
+    link.SetDataSource(&source);
+    link.SetBufferCount(4);
+    query.Open();
+    for (int record : {3, 0, 2, 1}) {
+        link.SetActiveRecord(record);
+        const std::string memo = query.FieldByName("memo")->AsString();
+        switch (record) {
+        case 0:
+        case 1:
+            EXPECT_EQ(memo, "");
+            break;
+        case 2:
+            EXPECT_EQ(memo.size(), LargeText().size());
+            break;
+        case 3:
+            EXPECT_EQ(memo, "tail   ");
+            break;
+        }
+    }
+    link.SetActiveRecord(0);
+    link.SetDataSource(nullptr);
+}
+
+TEST_P(BlobStream, StringTrimRightCutsTrailingBlanksOfMemos) {
+    Db.SetStringTrimRight(true);
+    TODBCQuery& query = Query("select memo from " + Table + " where id = 4");
+    query.Open();
+    EXPECT_EQ(StreamText(query, "memo"), "tail");
+}
+
+TEST_P(BlobStream, WritingIsRefusedOnTheReadOnlyDataset) {
+    TODBCQuery& query = Query("select memo from " + Table + " where id = 4");
+    query.Open();
+    for (TBlobStreamMode mode : {bmWrite, bmReadWrite}) {
+        try {
+            query.CreateBlobStream(query.Fields()[0], mode);
+            FAIL() << "a write stream on a read-only dataset";
+        } catch (const EDatabaseError& e) {
+            EXPECT_EQ(e.Message(), "ODBC Field memo read only");
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, BlobStream, ::testing::ValuesIn(quorda_test::AllProfiles()),
+                         quorda_test::ProfileTestName);
+
+TEST(BlobStreamFault, UnknownLengthReadsTheMaximumThenTheRest) {
+    FaultDatabase db("result:memo/-1|row:^150000:ab|nototal:SQLGetData@1");
+    db.Query->SQL().SetText("select memo from t");
+    db.Query->Open();
+    db.Fault.ClearLog();
+    const std::string value = StreamText(*db.Query, "memo");
+    EXPECT_EQ(value.size(), 150000u);
+    EXPECT_EQ(value.substr(0, 4), "abab");
+    EXPECT_EQ(value.substr(149996), "abab");
+    EXPECT_EQ(
+        db.Fault.Calls("SQLGetData"),
+        (std::vector<std::string>{"SQLGetData 1 1 0", "SQLGetData 1 1 100001", "SQLGetData 1 1 150001"}));
+}
+
+TEST(BlobStreamFault, BinaryValuesContinueAfterTheFirstRead) {
+    FaultDatabase db("result:bin/-4/10|row:^250000:xyz|nototal:SQLGetData@1");
+    db.Query->SQL().SetText("select bin from t");
+    db.Query->SetMaxBlobBuffer(1000);
+    db.Query->Open();
+    const std::string value = StreamText(*db.Query, "bin");
+    EXPECT_EQ(value.size(), 250000u);
+    EXPECT_EQ(value.substr(998, 4), "zxyz"); // across the seam of the two reads
+}
+
+TEST(BlobStreamFault, TruncatedReadWithoutTotalFails) {
+    FaultDatabase db("result:memo/-1|row:^150000:ab|nototal:SQLGetData");
+    db.Query->SQL().SetText("select memo from t");
+    db.Query->Open();
+    EXPECT_THROW(StreamText(*db.Query, "memo"), EODBCError);
+}
+
+} // namespace
+} // namespace quorda

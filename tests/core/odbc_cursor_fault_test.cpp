@@ -1,0 +1,234 @@
+// The cursor against the fault-injection driver: column types no real driver here reports, the exact
+// fetch calls behind First, Last, bookmarks and the probing record count, rowsets the driver grants
+// smaller than asked, and time-stamp fractions.
+
+#include "odbc_cursor_fixture.h"
+#include "quorda/odbc/odbc_error.h"
+
+#include <algorithm>
+
+namespace quorda {
+namespace {
+
+using testing::FaultDatabase;
+using Lines = std::vector<std::string>;
+
+// The SQLExtendedFetch lines of the log as "<orientation> <offset>".
+Lines Fetches(const quorda_test::FaultDriver& Fault) {
+    Lines lines;
+    for (const std::string& line : Fault.Calls("SQLExtendedFetch")) {
+        lines.push_back(line.substr(std::string("SQLExtendedFetch ").size()));
+    }
+    return lines;
+}
+
+TEST(CursorFaultTypes, DecimalAndWideTextColumnsMapLikeTheirNarrowTwins) {
+    FaultDatabase db("result:amount/3/10/2,name/-9/10,code/-8/4,note/-10/100000,/4,/4|"
+                     "row:12.5,héllo wörld,日本,long ünïcode note,1,2");
+    db.Query->SQL().SetText("select * from t");
+    db.Query->Open();
+    const TFieldDefs& defs = db.Query->FieldDefs();
+    ASSERT_EQ(defs.Count(), 6);
+    EXPECT_EQ(defs[0]->DataType(), ftFloat);
+    EXPECT_EQ(defs[1]->DataType(), ftString);
+    EXPECT_EQ(defs[1]->Size(), 40);
+    EXPECT_EQ(defs[2]->DataType(), ftString);
+    EXPECT_EQ(defs[3]->DataType(), ftMemo);
+    EXPECT_EQ(defs[3]->Size(), 8192);
+    // Columns without a name.
+    EXPECT_EQ(defs[4]->Name(), "unknown");
+    EXPECT_EQ(defs[5]->Name(), "unknown_1");
+    EXPECT_DOUBLE_EQ(db.Query->Fields()[0]->AsFloat(), 12.5);
+    EXPECT_EQ(db.Query->Fields()[1]->AsString(), "héllo wörld");
+    EXPECT_EQ(db.Query->Fields()[2]->AsString(), "日本");
+    EXPECT_EQ(db.Query->Fields()[3]->AsString(), "long ünïcode note");
+    EXPECT_EQ(db.Query->Fields()[5]->AsInteger(), 2);
+}
+
+TEST(CursorFaultTypes, UnmappedColumnTypesFailTheOpenWithTheInitRecordMessage) {
+    for (const char* type : {"-3", "-11", "0", "2004"}) {
+        SCOPED_TRACE(type);
+        FaultDatabase db(std::string("result:id/4,v/") + type + "|rows:1");
+        db.Query->SQL().SetText("select * from t");
+        try {
+            db.Query->Open();
+            FAIL() << "opened";
+        } catch (const EDatabaseError& e) {
+            EXPECT_EQ(e.Message(), "TODBCDataSet.InternalInitRecord: ODBC This function not implemented");
+        }
+        EXPECT_FALSE(db.Query->Active());
+        EXPECT_FALSE(db.Query->HoldsStatement());
+    }
+}
+
+TEST(CursorFaultTypes, TimeStampFractionsBecomeMilliseconds) {
+    FaultDatabase db("result:ts/11|row:2024-02-29 23:59:59.005|row:1899-12-29 06:00:00.123456789|"
+                     "row:0001-01-01 00:00:00.999999999");
+    db.Query->SQL().SetText("select ts from t");
+    db.Query->Open();
+    TField* field = db.Query->Fields()[0];
+    EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", field->AsDateTime()), "2024-02-29 23:59:59.005");
+    db.Query->Next();
+    EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", field->AsDateTime()), "1899-12-29 06:00:00.123");
+    EXPECT_DOUBLE_EQ(field->AsDateTime(), EncodeDateTime(1899, 12, 29, 6, 0, 0, 123));
+    db.Query->Next();
+    EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", field->AsDateTime()), "0001-01-01 00:00:00.999");
+}
+
+TEST(CursorFaultTypes, ImpossibleDatesRaiseTheEncodeErrors) {
+    for (const char* row : {"row:2023-02-29", "row:2023-13-01"}) {
+        FaultDatabase db(std::string("result:d/9|") + row);
+        db.Query->SQL().SetText("select d from t");
+        try {
+            db.Query->Open();
+            FAIL() << row;
+        } catch (const Exception& e) {
+            EXPECT_EQ(e.Message(), "Invalid argument to date encode");
+        }
+    }
+}
+
+TEST(CursorFaultFetching, FirstAndLastStandOnTheirCracks) {
+    FaultDatabase db("result:id/4|rows:5");
+    db.Query->SQL().SetText("select id from t");
+    db.Query->Open();
+    db.Fault.ClearLog();
+    db.Query->Last();
+    EXPECT_EQ(Fetches(db.Fault), (Lines{"3 0", "1 0", "4 0"}));
+    EXPECT_EQ(db.Query->FOrigin, -1);
+    EXPECT_EQ(db.Query->FCurrentRow, 0);
+    db.Fault.ClearLog();
+    db.Query->First();
+    EXPECT_EQ(Fetches(db.Fault), (Lines{"2 0", "4 0", "1 0"}));
+    EXPECT_EQ(db.Query->FOrigin, 1);
+    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 1);
+}
+
+TEST(CursorFaultFetching, BookmarkOfAVanishedRowFallsBackToTheOtherEnd) {
+    FaultDatabase db("result:id/4|rows:5");
+    db.Query->SQL().SetText("select id from t");
+    db.Query->Open();
+    db.Fault.ClearLog();
+    const TODBCBookmark far{1, 9};
+    db.Query->GotoBookmark(TBookmark(&far, sizeof far));
+    EXPECT_EQ(Fetches(db.Fault).at(0), "2 0");
+    EXPECT_EQ(Fetches(db.Fault).at(1), "6 9");
+    EXPECT_EQ(Fetches(db.Fault).at(2), "3 0");
+    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 5);
+    EXPECT_EQ(db.Query->BookmarkPair(), std::make_pair(-1, 0));
+
+    const TODBCBookmark early{-1, -7};
+    db.Query->GotoBookmark(TBookmark(&early, sizeof early));
+    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 1);
+    EXPECT_EQ(db.Query->BookmarkPair(), std::make_pair(1, 0));
+}
+
+TEST(CursorFaultFetching, ProbingCountDoublesThenHalves) {
+    struct Case {
+        int Rows;
+        Lines Probes;
+    };
+    for (const Case& c :
+         {Case{0, {"5 100", "5 50", "5 25", "5 12", "5 6", "5 3", "5 1"}},
+          Case{100, {"5 100", "5 200", "5 150", "5 125", "5 112", "5 106", "5 103", "5 101"}},
+          Case{250,
+               {"5 100", "5 200", "5 400", "5 300", "5 250", "5 275", "5 262", "5 256", "5 253", "5 251"}}}) {
+        SCOPED_TRACE(c.Rows);
+        FaultDatabase db("result:id/4|rows:" + std::to_string(c.Rows));
+        db.Query->SQL().SetText("select id from t");
+        db.Query->Open();
+        db.Fault.ClearLog();
+        EXPECT_EQ(db.Query->GetRecordCountExt(), c.Rows);
+        Lines fetches = Fetches(db.Fault);
+        ASSERT_GE(fetches.size(), c.Probes.size());
+        EXPECT_EQ(Lines(fetches.begin(), fetches.begin() + static_cast<long>(c.Probes.size())), c.Probes);
+        // Back where it stood: the first row, numbered from the first.
+        EXPECT_EQ(fetches.back(), c.Rows > 0 ? "5 1" : "5 4096");
+        EXPECT_EQ(db.Query->RecordCount(), c.Rows);
+    }
+}
+
+TEST(CursorFaultFetching, CountFromTheEndLeavesTheLastRowBehindItsCrack) {
+    FaultDatabase db("result:id/4|rows:4");
+    db.Query->SQL().SetText("select id from t");
+    db.Query->Open();
+    db.Query->Last();
+    db.Fault.ClearLog();
+    EXPECT_EQ(db.Query->RecordCount(), 4);
+    EXPECT_EQ(Fetches(db.Fault).back(), "3 0");
+    EXPECT_EQ(db.Query->FCrack, 1);
+    db.Query->Prior();
+    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 3);
+}
+
+TEST(CursorFaultFetching, RowsetsSmallerThanAskedAreReadWhereTheDriverWroteThem) {
+    // Every column type, fixed-size and variable, in rowsets the driver cuts to 7 rows.
+    FaultDatabase db("rowset:7|result:id/4,big/-5,sm/5,f/8,name/12/10,d/9,t/10,ts/11,memo/-1/50|rows:20");
+    db.Query->SQL().SetText("select * from t");
+    db.Query->SetUniDirectional(true);
+    db.Query->SetBlockCursor(true);
+    db.Query->SetRowSetSize(100);
+    db.Query->Open();
+    EXPECT_EQ(db.Query->RowSetSize(), 7);
+    int expected = 1;
+    while (!db.Query->Eof()) {
+        TFields& fields = db.Query->Fields();
+        EXPECT_EQ(fields[0]->AsInteger(), expected);
+        EXPECT_EQ(fields[1]->AsLargeInt(), expected);
+        EXPECT_EQ(fields[2]->AsInteger(), expected);
+        EXPECT_DOUBLE_EQ(fields[3]->AsFloat(), expected);
+        EXPECT_EQ(fields[4]->AsString(), "r" + std::to_string(expected));
+        EXPECT_EQ(FormatDateTime("yyyy-mm-dd", fields[5]->AsDateTime()), "2001-02-03");
+        EXPECT_EQ(FormatDateTime("hh:nn:ss", fields[6]->AsDateTime()), "04:05:06");
+        EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss", fields[7]->AsDateTime()), "2001-02-03 04:05:06");
+        EXPECT_EQ(fields[8]->AsString(), "r" + std::to_string(expected));
+        db.Query->Next();
+        ++expected;
+    }
+    EXPECT_EQ(expected, 21);
+    // Three rowsets (7, 7, 6) and the empty one after them.
+    EXPECT_EQ(Fetches(db.Fault), (Lines{"1 0", "1 0", "1 0", "1 0"}));
+    EXPECT_EQ(db.Fault.Count("SQLFetch"), 0);
+}
+
+TEST(CursorFaultFetching, ForwardOnlyFetchesWithSQLFetch) {
+    FaultDatabase db("cursor:forward|result:id/4|rows:3");
+    db.Query->SQL().SetText("select id from t");
+    db.Query->SetUniDirectional(true);
+    db.Query->Open();
+    while (!db.Query->Eof()) {
+        db.Query->Next();
+    }
+    EXPECT_EQ(db.Fault.Count("SQLFetch"), 4);
+    EXPECT_TRUE(Fetches(db.Fault).empty());
+}
+
+TEST(CursorFaultFetching, DriverFailureDuringAFetchRaisesAndKeepsTheRowNumber) {
+    FaultDatabase db("result:id/4|rows:5|fail:SQLExtendedFetch@3|diag:SQLExtendedFetch:08S01/7/link down");
+    db.Query->SQL().SetText("select id from t");
+    db.Query->Open();
+    db.Query->Next();
+    try {
+        db.Query->Next();
+        FAIL() << "the failing fetch went unnoticed";
+    } catch (const EODBCError& e) {
+        EXPECT_EQ(e.NativeError(), 7);
+    }
+    EXPECT_EQ(db.Query->FCurrentRow, 1);
+    EXPECT_EQ(db.Query->FCrack, 0);
+    // The failed step did not move the driver's cursor: the next one reads the third row.
+    db.Query->Next();
+    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 3);
+}
+
+TEST(CursorFaultFetching, OriginsComeFromTheColumnAttributes) {
+    FaultDatabase db("result:id/4//0/orders,note/12/10//,/4//0/orders|rows:1");
+    db.Query->SQL().SetText("select id, note, 1 from orders");
+    db.Query->Open();
+    EXPECT_EQ(db.Query->Fields()[0]->Origin(), "orders.id");
+    EXPECT_EQ(db.Query->Fields()[1]->Origin(), "note");
+    EXPECT_EQ(db.Query->Fields()[2]->Origin(), "orders.");
+}
+
+} // namespace
+} // namespace quorda
