@@ -151,6 +151,34 @@ TEST(ODBCParamsData, BcdTextIgnoresTheDecimalSeparator) {
     EXPECT_EQ(back[0]->AsBCD(), Currency(1.5));
 }
 
+TEST(ODBCParamsData, RecordBufferFormUsesDoubles) {
+    TODBCParams params;
+    auto* p = params.CreateParam(ftUnknown, "p");
+    double value = 0;
+    p->SetAsCurrency(-2.5);
+    ASSERT_EQ(p->RecBufDataSize(), 8);
+    p->RecBufGetData(&value);
+    EXPECT_EQ(value, -2.5);
+
+    p->SetAsDateTime(EncodeDateTime(2000, 1, 1, 6, 0, 0, 0));
+    ASSERT_EQ(p->RecBufDataSize(), 8);
+    p->RecBufGetData(&value);
+    EXPECT_EQ(value, 63082389600000.0);
+
+    std::int64_t raw = 0;
+    p->SetAsBCD(Currency::FromRaw(-15));
+    ASSERT_EQ(p->RecBufDataSize(), 8);
+    p->RecBufGetData(&raw);
+    EXPECT_EQ(raw, -15);
+
+    // Other types share the stored layout.
+    std::int32_t number = 0;
+    p->SetAsInteger(-9);
+    ASSERT_EQ(p->RecBufDataSize(), 4);
+    p->RecBufGetData(&number);
+    EXPECT_EQ(number, -9);
+}
+
 TEST(ODBCParamsData, WriteFailures) {
     TODBCParams params;
     auto* p = params.CreateParam(ftUnknown, "big");
