@@ -1,11 +1,12 @@
 // Quorda demo: connects to the embedded SQLite demo database through a driver connection string,
-// lists what the driver manager knows, reads the catalog and runs one committed and one rolled-back
-// transaction, writing through parameterised queries.
+// lists what the driver manager knows, reads the catalog, runs one committed and one rolled-back
+// transaction, writing through parameterised queries, and browses a query back and forth.
 //
 //   quorda_demo [--database <file>] [--fresh]
 //
 // scripts/run-demo points the driver manager at the build tree's private configuration.
 
+#include "demo_cursor.h"
 #include "demo_schema.h"
 #include "demo_sql.h"
 #include "quorda/core/odbc_database.h"
@@ -212,6 +213,7 @@ int Run(const std::string& file, bool fresh) {
 
     CommittedTransaction(db);
     RolledBackTransaction(db);
+    demo::ShowCursor(db);
 
     db.Close();
     std::cout << "\nClosed. The committed order stays; the deleted lines came back.\n";
