@@ -216,7 +216,7 @@ SQLRETURN WriteValue(Handle& handle, const Value& value, int sqlType, SQLSMALLIN
     case SQL_C_UBIGINT:
         if (!ParseInteger(text, integer)) {
             if (!ParseDouble(text, real)) {
-                return handle.Error("22018", "Invalid character value for cast specification");
+                return handle.Error("22018", "Invalid character value for cast");
             }
             integer = static_cast<long long>(real);
         }
@@ -245,7 +245,7 @@ SQLRETURN WriteValue(Handle& handle, const Value& value, int sqlType, SQLSMALLIN
     case SQL_C_FLOAT:
     case SQL_C_DOUBLE:
         if (!ParseDouble(text, real)) {
-            return handle.Error("22018", "Invalid character value for cast specification");
+            return handle.Error("22018", "Invalid character value for cast");
         }
         return cType == SQL_C_FLOAT ? Put(static_cast<float>(real), buffer, indicator)
                                     : Put(real, buffer, indicator);
