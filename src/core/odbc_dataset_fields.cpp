@@ -80,6 +80,15 @@ void TODBCDataSet::InternalInitFieldDefs() {
     }
     const bool block = BlockMode();
     const auto rows = static_cast<std::size_t>(block ? FRowSetSize : 1);
+    // A statement keeps the rowset size its handle was made with. Prepared under other settings, it
+    // would fetch more rows than the buffers below hold: bring it down to what they hold.
+    SQLULEN statementRows = 0; // zeroed: some drivers write only 32 bits of it
+    if (SQL_SUCCEEDED(TraceODBC(SQLGetStmtOption(FStmt.Get(), SQL_ROWSET_SIZE, &statementRows),
+                                "SQLGetStmtOption(SQL_ROWSET_SIZE)")) &&
+        statementRows > rows) {
+        CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_ROWSET_SIZE, static_cast<SQLULEN>(rows)),
+                  "SQLSetStmtOption(SQL_ROWSET_SIZE)");
+    }
     const auto blobCap = static_cast<SQLULEN>(FBlobBufferSize);
     std::size_t recordOffset = kRecordHeaderSize;
     for (SQLUSMALLINT column = 1; column <= static_cast<SQLUSMALLINT>(columnCount); ++column) {

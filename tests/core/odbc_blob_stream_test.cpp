@@ -162,6 +162,14 @@ TEST(BlobStreamFault, BinaryValuesContinueAfterTheFirstRead) {
     EXPECT_EQ(value.substr(998, 4), "zxyz"); // across the seam of the two reads
 }
 
+TEST(BlobStreamFault, TextOneByteLongerThanTheFirstReadKeepsItsLastCharacter) {
+    FaultDatabase db("result:memo/-1|row:0123456789X|nototal:SQLGetData@1");
+    db.Query->SQL().SetText("select memo from t");
+    db.Query->SetMaxBlobBuffer(10);
+    db.Query->Open();
+    EXPECT_EQ(StreamText(*db.Query, "memo"), "0123456789X");
+}
+
 TEST(BlobStreamFault, TruncatedReadWithoutTotalFails) {
     FaultDatabase db("result:memo/-1|row:^150000:ab|nototal:SQLGetData");
     db.Query->SQL().SetText("select memo from t");

@@ -210,21 +210,6 @@ TEST_P(CursorEdges, StoredFlagOutsideTheBookmarkFlagsIsAnInternalError) {
     buffer[kRecordFlagOffset] = std::byte{bfCurrent};
 }
 
-TEST_P(CursorEdges, FieldOriginsNameTableAndColumnUnlessIgnored) {
-    const std::string table = NumberTable("edge_origin", 1);
-    TODBCQuery& query = Query("select id, name as label from " + table);
-    query.Open();
-    // Drivers differ in what they know of a column's table; a name, when given, is the real one.
-    const std::string origin = query.Fields()[1]->Origin();
-    EXPECT_TRUE(origin == table + ".name" || origin == "name" || origin == table + ".label" ||
-                origin == "label")
-        << origin;
-    Db.SetIgnoreOriginInfo(true);
-    TODBCQuery& ignored = Query("select id from " + table);
-    ignored.Open();
-    EXPECT_EQ(ignored.Fields()[0]->Origin(), "");
-}
-
 INSTANTIATE_TEST_SUITE_P(Drivers, CursorEdges, ::testing::ValuesIn(quorda_test::AllProfiles()),
                          quorda_test::ProfileTestName);
 

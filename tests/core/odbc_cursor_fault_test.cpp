@@ -11,6 +11,7 @@ namespace quorda {
 namespace {
 
 using testing::FaultDatabase;
+using testing::TProbeQuery;
 using Lines = std::vector<std::string>;
 
 // The SQLExtendedFetch lines of the log as "<orientation> <offset>".
@@ -191,16 +192,35 @@ TEST(CursorFaultFetching, RowsetsSmallerThanAskedAreReadWhereTheDriverWroteThem)
     EXPECT_EQ(db.Fault.Count("SQLFetch"), 0);
 }
 
-TEST(CursorFaultFetching, ForwardOnlyFetchesWithSQLFetch) {
-    FaultDatabase db("cursor:forward|result:id/4|rows:3");
-    db.Query->SQL().SetText("select id from t");
-    db.Query->SetUniDirectional(true);
-    db.Query->Open();
-    while (!db.Query->Eof()) {
-        db.Query->Next();
-    }
-    EXPECT_EQ(db.Fault.Count("SQLFetch"), 4);
-    EXPECT_TRUE(Fetches(db.Fault).empty());
+TEST(CursorFaultFetching, StatementPreparedUnderOtherSettingsFetchesWhatTheBuffersHold) {
+    // A prepared statement keeps the rowset size of its handle; the settings may change before it
+    // opens, and its rowsets must never outgrow the bound buffers.
+    FaultDatabase db("result:id/4,name/12/10|rows:120");
+    TProbeQuery& query = *db.Query;
+    query.SQL().SetText("select * from t where id > :id");
+    query.ParamByName("id")->SetAsInteger(0);
+    auto readsEveryRow = [&query] {
+        query.Open();
+        int expected = 1;
+        for (; !query.Eof(); query.Next(), ++expected) {
+            if (query.Fields()[1]->AsString() != "r" + std::to_string(expected)) {
+                return false;
+            }
+        }
+        query.Close();
+        return expected == 121;
+    };
+    query.SetUniDirectional(true);
+    query.SetBlockCursor(true);
+    query.SetRowSetSize(50);
+    query.Prepare();
+    query.SetRowSetSize(10);
+    EXPECT_TRUE(readsEveryRow()) << "smaller rowsets";
+    query.SetRowSetSize(50);
+    query.Prepare();
+    // The driver manager refuses another cursor type for the prepared statement; the setting stays.
+    EXPECT_THROW(query.SetUniDirectional(false), EODBCError);
+    EXPECT_TRUE(readsEveryRow()) << "single rows, scrollable";
 }
 
 TEST(CursorFaultFetching, DriverFailureDuringAFetchRaisesAndKeepsTheRowNumber) {
@@ -228,6 +248,12 @@ TEST(CursorFaultFetching, OriginsComeFromTheColumnAttributes) {
     EXPECT_EQ(db.Query->Fields()[0]->Origin(), "orders.id");
     EXPECT_EQ(db.Query->Fields()[1]->Origin(), "note");
     EXPECT_EQ(db.Query->Fields()[2]->Origin(), "orders.");
+    db.Query->Close();
+    db.Db.SetIgnoreOriginInfo(true);
+    db.Fault.ClearLog();
+    db.Query->Open();
+    EXPECT_EQ(db.Query->Fields()[0]->Origin(), "");
+    EXPECT_TRUE(db.Fault.Calls("SQLColAttributes").empty());
 }
 
 } // namespace
