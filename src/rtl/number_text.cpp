@@ -65,8 +65,8 @@ DecimalDigits RoundSignificant(DecimalDigits number, int significant) {
         if (i >= 0) {
             ++number.Digits[size_t(i)];
         } else {
-            number.Digits.insert(number.Digits.begin(), '1');
-            number.Digits.pop_back();
+            // Every kept digit was a 9 and is now a 0: the carry becomes a leading 1 one place up.
+            number.Digits.front() = '1';
             ++number.Exponent;
         }
     }
@@ -84,7 +84,7 @@ FixedDigits ToFixedDigits(const DecimalDigits& number, int decimals) {
     // Digits kept: those whose place value is at least 10^-decimals.
     const long keep = long(exponent) + 1 + decimals;
     if (keep < 0) {
-        digits = "0";
+        digits.assign(1, '0');
         exponent = 0;
     } else if (keep < long(digits.size())) {
         const bool up = digits[size_t(keep)] >= '5';
@@ -98,12 +98,12 @@ FixedDigits ToFixedDigits(const DecimalDigits& number, int decimals) {
             if (i >= 0) {
                 ++digits[size_t(i)];
             } else {
-                digits.insert(digits.begin(), '1');
+                digits = '1' + digits;
                 ++exponent;
             }
         }
         if (digits.empty()) {
-            digits = "0";
+            digits.assign(1, '0');
             exponent = 0;
         }
     }
