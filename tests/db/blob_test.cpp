@@ -89,12 +89,7 @@ TEST_F(BlobTest, StreamsCopyBinaryDataWithZeros) {
 }
 
 TEST_F(BlobTest, WritingOutsideAnEditRaisesAndReadOnlyFieldsRefuse) {
-    try {
-        DataSet.CreateBlobStream(Note(), bmWrite);
-        FAIL();
-    } catch (const EDatabaseError& e) {
-        EXPECT_EQ(e.Message(), SNotEditing);
-    }
+    EXPECT_EQ(MessageOf([&] { DataSet.CreateBlobStream(Note(), bmWrite); }), SNotEditing);
     EXPECT_THROW(Note()->SetAsString("x"), EDatabaseError);
     Note()->SetReadOnly(true);
     DataSet.Edit();

@@ -41,12 +41,7 @@ TEST(Bookmarks, ADeletedRowsBookmarkIsInvalidAndGoingThereRaises) {
     dataSet.Delete();
     EXPECT_FALSE(dataSet.BookmarkValid(second));
     dataSet.Last();
-    try {
-        dataSet.GotoBookmark(second);
-        FAIL();
-    } catch (const EDatabaseError& e) {
-        EXPECT_STREQ(e.what(), SInvalidBookmark);
-    }
+    EXPECT_EQ(MessageOf([&] { dataSet.GotoBookmark(second); }), SInvalidBookmark);
     EXPECT_EQ(CurrentId(dataSet), 3);
     // A nil bookmark goes nowhere.
     dataSet.GotoBookmark(TBookmark());

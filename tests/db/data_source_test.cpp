@@ -35,56 +35,35 @@ TEST(DataSource, RelaysOpeningAndClosingToLinksAndEvents) {
 }
 
 TEST(DataSource, DisablingShowsTheLinksAnInactiveDataset) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 3);
-    TDataSource source(nullptr);
-    std::vector<std::string> log;
-    TRecordingLink link(log, "");
-    link.SetDataSource(&source);
-    source.SetDataSet(&dataSet);
-    EXPECT_TRUE(link.Active());
-    source.SetEnabled(false);
-    EXPECT_FALSE(link.Active());
-    log.clear();
-    dataSet.Next();
-    EXPECT_TRUE(log.empty());
-    source.SetEnabled(true);
-    EXPECT_TRUE(link.Active());
-    EXPECT_EQ(link.DataSet()->FieldByName("ID")->AsInteger(), 2);
+    TLinkedNumbers t(3);
+    EXPECT_TRUE(t.Link.Active());
+    t.Source.SetEnabled(false);
+    EXPECT_FALSE(t.Link.Active());
+    t.Log.clear();
+    t.DataSet.Next();
+    EXPECT_TRUE(t.Log.empty());
+    t.Source.SetEnabled(true);
+    EXPECT_TRUE(t.Link.Active());
+    EXPECT_EQ(CurrentId(*t.Link.DataSet()), 2);
 }
 
 TEST(DataSource, AutoEditLetsALinkStartAnEditAndReadOnlyLinksNeverEdit) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 2);
-    TDataSource source(nullptr);
-    std::vector<std::string> log;
-    TRecordingLink link(log, "");
-    link.SetDataSource(&source);
-    source.SetDataSet(&dataSet);
-    source.SetAutoEdit(false);
-    EXPECT_FALSE(link.Edit());
-    EXPECT_EQ(dataSet.State(), dsBrowse);
-    source.SetAutoEdit(true);
-    EXPECT_TRUE(link.Edit());
-    EXPECT_EQ(dataSet.State(), dsEdit);
-    link.SetReadOnly(true);
-    EXPECT_FALSE(link.Editing());
-    dataSet.Cancel();
-    EXPECT_FALSE(link.Edit());
-    EXPECT_EQ(dataSet.State(), dsBrowse);
-}
-
-TEST(DataSource, FocusControlReachesTheLinks) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 1);
-    TDataSource source(nullptr);
-    std::vector<std::string> log;
-    TRecordingLink link(log, "");
-    link.SetDataSource(&source);
-    source.SetDataSet(&dataSet);
-    log.clear();
-    dataSet.FieldByName("NAME")->FocusControl();
-    EXPECT_EQ(log, (Names{"FocusControl(NAME)"}));
+    TLinkedNumbers t(2);
+    t.Source.SetAutoEdit(false);
+    EXPECT_FALSE(t.Link.Edit());
+    EXPECT_EQ(t.DataSet.State(), dsBrowse);
+    t.Source.SetAutoEdit(true);
+    EXPECT_TRUE(t.Link.Edit());
+    EXPECT_EQ(t.DataSet.State(), dsEdit);
+    t.Link.SetReadOnly(true);
+    EXPECT_FALSE(t.Link.Editing());
+    t.DataSet.Cancel();
+    EXPECT_FALSE(t.Link.Edit());
+    EXPECT_EQ(t.DataSet.State(), dsBrowse);
+    // FocusControl on a field reaches the links.
+    t.Log.clear();
+    t.DataSet.FieldByName("NAME")->FocusControl();
+    EXPECT_EQ(t.Log, (Names{"FocusControl(NAME)"}));
 }
 
 // A detail dataset whose master is a data source.
@@ -99,12 +78,7 @@ TEST(DataSource, ACircularChainOfSourcesIsRefused) {
     TDetailDataSet detail(nullptr);
     TDataSource source(nullptr);
     detail.Master = &source;
-    try {
-        source.SetDataSet(&detail);
-        FAIL();
-    } catch (const EDatabaseError& e) {
-        EXPECT_EQ(e.Message(), SCircularDataLink);
-    }
+    EXPECT_EQ(MessageOf([&] { source.SetDataSet(&detail); }), SCircularDataLink);
     EXPECT_EQ(source.DataSet(), nullptr);
 }
 

@@ -119,4 +119,31 @@ inline int CurrentId(TDataSet& DataSet) {
     return DataSet.FieldByName("ID")->AsInteger();
 }
 
+// The message of the E that Action raises, or "(no error)".
+template <typename E = EDatabaseError, typename F>
+std::string MessageOf(F&& Action) {
+    try {
+        Action();
+    } catch (const E& e) {
+        return e.Message();
+    }
+    return "(no error)";
+}
+
+// A numbers dataset of Count rows shown through a data source to one recording link.
+struct TLinkedNumbers {
+    explicit TLinkedNumbers(int Count, int Buffers = 1, std::string Name = "")
+        : Link(Log, std::move(Name), Buffers) {
+        FillNumbers(DataSet, Count);
+        Link.SetDataSource(&Source);
+        Source.SetDataSet(&DataSet);
+        Log.clear();
+    }
+
+    TMemDataSet DataSet{nullptr};
+    TDataSource Source{nullptr};
+    std::vector<std::string> Log;
+    TRecordingLink Link;
+};
+
 } // namespace quorda::dbtest

@@ -132,42 +132,22 @@ TEST_F(EditingTest, DeleteShowsTheNextRecordOrThePreviousAtTheEnd) {
         DataSet.Delete();
     }
     EXPECT_TRUE(DataSet.Bof() && DataSet.Eof());
-    try {
-        DataSet.Delete();
-        FAIL();
-    } catch (const EDatabaseError& e) {
-        EXPECT_STREQ(e.what(), SDatasetEmpty);
-    }
+    EXPECT_EQ(MessageOf([&] { DataSet.Delete(); }), SDatasetEmpty);
     // Edit on an empty dataset appends.
     DataSet.Edit();
     EXPECT_EQ(DataSet.State(), dsInsert);
 }
 
 TEST_F(EditingTest, RuleViolationsRaiseTheFrameworkMessages) {
-    try {
-        DataSet.Post();
-        FAIL();
-    } catch (const EDatabaseError& e) {
-        EXPECT_EQ(e.Message(), "Dataset not in edit or insert mode");
-    }
+    EXPECT_EQ(MessageOf([&] { DataSet.Post(); }), "Dataset not in edit or insert mode");
     EXPECT_THROW(DataSet.FieldByName("NAME")->SetAsString("x"), EDatabaseError);
-    try {
-        DataSet.FieldByName("MISSING");
-        FAIL();
-    } catch (const EDatabaseError& e) {
-        EXPECT_EQ(e.Message(), "Field not found: \"MISSING\"");
-    }
+    EXPECT_EQ(MessageOf([&] { DataSet.FieldByName("MISSING"); }), "Field not found: \"MISSING\"");
     EXPECT_THROW(DataSet.InsertRecord({1, "a", 3}), EDatabaseError);
     EXPECT_EQ(DataSet.State(), dsBrowse);
 
     DataSet.FieldByName("ID")->SetRequired(true);
     DataSet.Append();
-    try {
-        DataSet.Post();
-        FAIL();
-    } catch (const EDatabaseError& e) {
-        EXPECT_EQ(e.Message(), "Field ID is required, but not supplied.");
-    }
+    EXPECT_EQ(MessageOf([&] { DataSet.Post(); }), "Field ID is required, but not supplied.");
     EXPECT_EQ(DataSet.State(), dsInsert);
     DataSet.Cancel();
 

@@ -82,13 +82,8 @@ TEST(Navigation, ClosedDatasetsRefuseToMoveAndOpenOnesRefuseStructureChanges) {
     TMemDataSet dataSet(nullptr);
     FillNumbers(dataSet, 2);
     dataSet.Close();
-    EXPECT_THROW(dataSet.Next(), EDatabaseError);
-    try {
-        dataSet.First();
-        FAIL();
-    } catch (const EDatabaseError& e) {
-        EXPECT_STREQ(e.what(), SInactiveDataset);
-    }
+    EXPECT_EQ(MessageOf([&] { dataSet.Next(); }), SInactiveDataset);
+    EXPECT_EQ(MessageOf([&] { dataSet.First(); }), SInactiveDataset);
     dataSet.Open();
     // Rows survive closing; fields cannot be attached to an open dataset.
     EXPECT_EQ(dataSet.RecordCount(), 2);

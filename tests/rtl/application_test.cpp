@@ -51,12 +51,6 @@ TEST(Application, CursorGuardsNestAndTheHookHearsOnlyChanges) {
     EXPECT_NO_THROW({ TScreenCursorGuard guard(crArrow); });
     EXPECT_EQ(Screen::Cursor(), crDefault);
     Screen::SetCursorHook(previous);
-
-    int window = 0;
-    EXPECT_EQ(Application::MainWindowHandle(), nullptr);
-    Application::SetMainWindowHandle(&window);
-    EXPECT_EQ(Application::MainWindowHandle(), &window);
-    Application::SetMainWindowHandle(nullptr);
 }
 
 TEST(CriticalSection, IsRecursiveForItsOwnerAndExclusiveForOthers) {

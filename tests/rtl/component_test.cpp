@@ -7,6 +7,17 @@
 namespace quorda {
 namespace {
 
+// The text of the E that Action raises.
+template <typename E, typename F>
+std::string MessageOf(F&& Action) {
+    try {
+        Action();
+    } catch (const E& e) {
+        return e.what();
+    }
+    return "<no exception>";
+}
+
 // Logs what it hears and forgets a partner that goes away, as data-aware components do.
 class TProbe : public TComponent {
 public:
@@ -152,18 +163,9 @@ TEST(Component, NamesAreIdentifiersUniqueWithinTheOwner) {
     auto* a = new TComponent(&owner);
     auto* b = new TComponent(&owner);
     a->SetName("Query1");
-    try {
-        b->SetName("QUERY1");
-        FAIL();
-    } catch (const EComponentError& e) {
-        EXPECT_STREQ(e.what(), "A component named QUERY1 already exists");
-    }
-    try {
-        b->SetName("1st");
-        FAIL();
-    } catch (const EComponentError& e) {
-        EXPECT_STREQ(e.what(), "'1st' is not a valid component name");
-    }
+    EXPECT_EQ(MessageOf<EComponentError>([&] { b->SetName("QUERY1"); }),
+              "A component named QUERY1 already exists");
+    EXPECT_EQ(MessageOf<EComponentError>([&] { b->SetName("1st"); }), "'1st' is not a valid component name");
     EXPECT_THROW(b->SetName("has space"), EComponentError);
     a->SetName("query1"); // a case change of its own name is fine
     b->SetName("_Query2");

@@ -43,6 +43,15 @@ std::string Written(Write write) {
     return stream.DataString();
 }
 
+// The stored properties of Instance, written against Ancestor when there is one.
+std::string Properties(TPersistent* Instance, TPersistent* Ancestor = nullptr) {
+    TMemoryStream stream;
+    TWriter writer(stream);
+    writer.SetAncestor(Ancestor);
+    writer.WriteProperties(Instance);
+    return stream.DataString();
+}
+
 // A persistent object with the three kinds of defined property. Caption is stored only when it
 // differs from the ancestor's (or is not empty without one), Items always, Blob when not empty.
 class TSample : public TPersistent {
@@ -223,10 +232,7 @@ TEST(Reader, TruncatedStreamsRaiseTheReadErrorAtEveryCut) {
     sample.Caption = "caption";
     sample.Items = {{"one", 1, true, 0.5}, {"two", -70000, false, 1e300}};
     sample.Blob = std::string("\0\1\2\3", 4);
-    TMemoryStream stream;
-    TWriter writer(stream);
-    writer.WriteProperties(&sample);
-    const std::string full = stream.DataString();
+    const std::string full = Properties(&sample);
 
     for (std::size_t cut = 0; cut < full.size(); ++cut) {
         TStringStream partial(full.substr(0, cut));
@@ -274,25 +280,13 @@ TEST(Filer, AnAncestorWithTheSameValueSuppressesTheProperty) {
     TSample instance;
     instance.Caption = "Same";
 
-    TMemoryStream stream;
-    TWriter writer(stream);
-    writer.SetAncestor(&ancestor);
-    writer.WriteProperties(&instance);
     // Only Items (always stored, here an empty list) and the end marker.
-    EXPECT_EQ(Hex(stream.DataString()), "05 49 74 65 6D 73 01 00 00");
+    EXPECT_EQ(Hex(Properties(&instance, &ancestor)), "05 49 74 65 6D 73 01 00 00");
 
     instance.Caption = "";
-    TMemoryStream changed;
-    TWriter changedWriter(changed);
-    changedWriter.SetAncestor(&ancestor);
-    changedWriter.WriteProperties(&instance);
     // Different from the ancestor: an empty caption is stored so that reading overrides "Same".
-    EXPECT_EQ(Hex(changed.DataString().substr(0, 10)), "07 43 61 70 74 69 6F 6E 06 00");
-
-    TMemoryStream plain;
-    TWriter plainWriter(plain);
-    plainWriter.WriteProperties(&instance);
-    EXPECT_EQ(Hex(plain.DataString()), "05 49 74 65 6D 73 01 00 00");
+    EXPECT_EQ(Hex(Properties(&instance, &ancestor).substr(0, 10)), "07 43 61 70 74 69 6F 6E 06 00");
+    EXPECT_EQ(Hex(Properties(&instance)), "05 49 74 65 6D 73 01 00 00");
 }
 
 TEST(Filer, PropertyNamesMatchIgnoringCaseAndUnknownNamesRaise) {
@@ -345,16 +339,9 @@ TEST(Filer, StringListsPersistTheirLinesAsTheStringsProperty) {
     EXPECT_EQ(changes, 1);
 
     // Equal to the ancestor, or empty without one: nothing but the end marker.
-    TMemoryStream same;
-    TWriter sameWriter(same);
-    sameWriter.SetAncestor(&back);
-    sameWriter.WriteProperties(&sql);
-    EXPECT_EQ(same.DataString(), "\0"s);
+    EXPECT_EQ(Properties(&sql, &back), "\0"s);
     TStringList empty;
-    TMemoryStream none;
-    TWriter noneWriter(none);
-    noneWriter.WriteProperties(&empty);
-    EXPECT_EQ(none.DataString(), "\0"s);
+    EXPECT_EQ(Properties(&empty), "\0"s);
 }
 
 TEST(Reader, SkipValueStepsOverNestedValuesOfEveryKind) {

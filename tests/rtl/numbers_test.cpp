@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
+#include <string>
 
 using namespace quorda;
 
@@ -14,6 +15,17 @@ struct SettingsGuard {
     TFormatSettings Saved = FormatSettings();
     ~SettingsGuard() { FormatSettings() = Saved; }
 };
+
+// The text of the E that Action raises.
+template <typename E, typename F>
+std::string MessageOf(F&& Action) {
+    try {
+        Action();
+    } catch (const E& e) {
+        return e.what();
+    }
+    return "<no exception>";
+}
 
 TFormatSettings Continental() {
     TFormatSettings settings;
@@ -66,12 +78,7 @@ TEST(FloatText, OtherDecimalSeparator) {
     FormatSettings() = settings;
     EXPECT_EQ(FloatToStr(-0.25), "-0,25");
     EXPECT_EQ(StrToFloat("0,25"), 0.25);
-    try {
-        StrToFloat("0.25");
-        FAIL() << "no exception";
-    } catch (const EConvertError& e) {
-        EXPECT_EQ(e.Message(), "\"0.25\" is an invalid float");
-    }
+    EXPECT_EQ(MessageOf<EConvertError>([] { StrToFloat("0.25"); }), "\"0.25\" is an invalid float");
 }
 
 TEST(FloatText, ParsingRules) {
@@ -189,12 +196,8 @@ TEST(IntText, DecimalHexAndRange) {
     std::int64_t wide = 0;
     EXPECT_FALSE(TryStrToInt64("9223372036854775808", wide));
     EXPECT_FALSE(TryStrToInt64("99999999999999999999", wide));
-    try {
-        StrToInt("2147483648");
-        FAIL() << "no exception";
-    } catch (const EConvertError& e) {
-        EXPECT_EQ(e.Message(), "\"2147483648\" is an invalid integer");
-    }
+    EXPECT_EQ(MessageOf<EConvertError>([] { StrToInt("2147483648"); }),
+              "\"2147483648\" is an invalid integer");
 }
 
 TEST(IntText, Booleans) {
@@ -204,12 +207,7 @@ TEST(IntText, Booleans) {
     EXPECT_FALSE(StrToBool("0"));
     EXPECT_EQ(BoolToStr(true), "-1");
     EXPECT_EQ(BoolToStr(false, true), "False");
-    try {
-        StrToBool("maybe");
-        FAIL() << "no exception";
-    } catch (const EConvertError& e) {
-        EXPECT_EQ(e.Message(), "\"maybe\" is not a valid boolean.");
-    }
+    EXPECT_EQ(MessageOf<EConvertError>([] { StrToBool("maybe"); }), "\"maybe\" is not a valid boolean.");
 }
 
 TEST(CurrencyValue, RoundingFromFloatsAndText) {

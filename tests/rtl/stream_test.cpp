@@ -8,6 +8,17 @@
 namespace quorda {
 namespace {
 
+// The text of the E that Action raises.
+template <typename E, typename F>
+std::string MessageOf(F&& Action) {
+    try {
+        Action();
+    } catch (const E& e) {
+        return e.what();
+    }
+    return "<no exception>";
+}
+
 std::string TempPath(const std::string& name) {
     return ::testing::TempDir() + "quorda_stream_" + name;
 }
@@ -57,12 +68,7 @@ TEST(MemoryStream, ShortReadsReturnWhatIsThereAndBufferedReadsRaise) {
     char buffer[8] = {};
     EXPECT_EQ(stream.Read(buffer, 8), 3);
     stream.SetPosition(1);
-    try {
-        stream.ReadBuffer(buffer, 3);
-        FAIL();
-    } catch (const EReadError& e) {
-        EXPECT_STREQ(e.what(), "Stream read error");
-    }
+    EXPECT_EQ(MessageOf<EReadError>([&] { stream.ReadBuffer(buffer, 3); }), "Stream read error");
     stream.SetPosition(1);
     EXPECT_THROW(stream.ReadDWord(), EReadError);
     stream.SetPosition(1);
@@ -161,19 +167,11 @@ TEST(FileStream, CreateWriteReopenAndResize) {
 TEST(FileStream, OpenFailuresCarryTheFileNameAndTheSystemReason) {
     const std::string missing = TempPath("does_not_exist.bin");
     std::remove(missing.c_str());
-    try {
-        TFileStream file(missing, fmOpenRead);
-        FAIL();
-    } catch (const EFOpenError& e) {
-        EXPECT_EQ(e.Message(), "Cannot open file \"" + missing + "\": No such file or directory");
-    }
+    EXPECT_EQ(MessageOf<EFOpenError>([&] { TFileStream file(missing, fmOpenRead); }),
+              "Cannot open file \"" + missing + "\": No such file or directory");
     const std::string inMissingDir = TempPath("no_dir/x.bin");
-    try {
-        TFileStream file(inMissingDir, fmCreate);
-        FAIL();
-    } catch (const EFCreateError& e) {
-        EXPECT_EQ(e.Message(), "Cannot create file \"" + inMissingDir + "\": No such file or directory");
-    }
+    EXPECT_EQ(MessageOf<EFCreateError>([&] { TFileStream file(inMissingDir, fmCreate); }),
+              "Cannot create file \"" + inMissingDir + "\": No such file or directory");
     // A directory is not a file to stream from.
     EXPECT_THROW(TFileStream(::testing::TempDir(), fmOpenRead), EFOpenError);
     // Both are stream errors, so one handler catches either.

@@ -16,6 +16,17 @@ std::vector<std::string> Lines(const TStrings& List) {
     return List.ToVector();
 }
 
+// The text of the E that Action raises.
+template <typename E, typename F>
+std::string MessageOf(F&& Action) {
+    try {
+        Action();
+    } catch (const E& e) {
+        return e.what();
+    }
+    return "<no exception>";
+}
+
 // Counts its own destructions so tests can see what a list deleted.
 class TCounted : public TObject {
 public:
@@ -46,12 +57,8 @@ TEST(StringList, SortedListPlacesItemsAndAppliesTheDuplicateRule) {
     EXPECT_EQ(index, 1); // the first of the equal entries
 
     list.SetDuplicates(dupError);
-    try {
-        list.Add("Pear");
-        FAIL() << "duplicate accepted";
-    } catch (const EStringListError& e) {
-        EXPECT_STREQ(e.what(), "String list does not allow duplicates");
-    }
+    EXPECT_EQ(MessageOf<EStringListError>([&] { list.Add("Pear"); }),
+              "String list does not allow duplicates");
     EXPECT_EQ(list.Count(), 4);
 
     EXPECT_THROW(list.Insert(0, "zzz"), EStringListError);
@@ -62,14 +69,13 @@ TEST(StringList, SortedListPlacesItemsAndAppliesTheDuplicateRule) {
 
     ASSERT_FALSE(list.Find("cherry", index));
     EXPECT_EQ(index, 3); // insertion point between banana and pear
-}
 
-TEST(StringList, DuplicatesAreOnlyCheckedWhileSorted) {
-    TStringList list;
-    list.SetDuplicates(dupError);
-    list.Add("a");
-    EXPECT_NO_THROW(list.Add("a"));
-    EXPECT_EQ(list.Count(), 2);
+    // Duplicates are only checked while sorted.
+    TStringList unsorted;
+    unsorted.SetDuplicates(dupError);
+    unsorted.Add("a");
+    EXPECT_NO_THROW(unsorted.Add("a"));
+    EXPECT_EQ(unsorted.Count(), 2);
 }
 
 TEST(StringList, IndexOfIgnoresCaseUnlessCaseSensitive) {
@@ -141,7 +147,6 @@ TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
     list.Add("c");
     list.EndUpdate();
     EXPECT_EQ(events, (std::vector<std::string>{"changing", "change:2"}));
-    EXPECT_EQ(list.UpdateCount(), 0);
 
     // Compound operations notify once.
     events.clear();
@@ -194,12 +199,7 @@ TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
 TEST(StringList, BadIndexesRaiseWithTheIndex) {
     TStringList list;
     list.Add("only");
-    try {
-        (void)list.Get(5);
-        FAIL();
-    } catch (const EStringListError& e) {
-        EXPECT_STREQ(e.what(), "List index (5) out of bounds");
-    }
+    EXPECT_EQ(MessageOf<EStringListError>([&] { (void)list.Get(5); }), "List index (5) out of bounds");
     EXPECT_THROW(list.Delete(-1), EStringListError);
     EXPECT_THROW(list.Insert(3, "x"), EStringListError);
     EXPECT_THROW(list.Exchange(0, 1), EStringListError);
@@ -274,18 +274,10 @@ TEST(StringList, AssignCopiesStringsObjectsAndSettings) {
     EXPECT_EQ(target.Count(), 2);
 
     TComponent component(nullptr);
-    try {
-        target.Assign(&component);
-        FAIL();
-    } catch (const EAssignError& e) {
-        EXPECT_STREQ(e.what(), "Cannot assign a TComponent to a TStringList");
-    }
-    try {
-        target.Assign(nullptr);
-        FAIL();
-    } catch (const EAssignError& e) {
-        EXPECT_STREQ(e.what(), "Cannot assign a nil to a TStringList");
-    }
+    EXPECT_EQ(MessageOf<EAssignError>([&] { target.Assign(&component); }),
+              "Cannot assign a TComponent to a TStringList");
+    EXPECT_EQ(MessageOf<EAssignError>([&] { target.Assign(nullptr); }),
+              "Cannot assign a nil to a TStringList");
 }
 
 TEST(StringList, CustomSortSeesTheListByIndex) {
