@@ -1,4 +1,5 @@
 #include "database_test_support.h"
+#include "odbc_statement_test_support.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/strings.h"
 
@@ -74,19 +75,11 @@ TEST_P(DatabaseCatalog, ColumnsComeInTableOrder) {
 INSTANTIATE_TEST_SUITE_P(Drivers, DatabaseCatalog, ::testing::ValuesIn(quorda_test::AllProfiles()),
                          quorda_test::ProfileTestName);
 
-std::unique_ptr<TODBCDatabase> OpenFault(const FaultDriver& fault) {
-    auto db = std::make_unique<TODBCDatabase>(nullptr);
-    db->SetDriverConnectOption(dcoDriverNoPrompt);
-    db->SetConnectStr(fault.ConnectionString());
-    db->Open();
-    return db;
-}
-
 TEST(FaultCatalog, NullColumnsReadEmptyAndLongNamesArriveCut) {
     const std::string longName(200, 'n');
     FaultDriver fault("table:orders/sales/TABLE/open orders|table:~/~/~/~|table:" + longName +
                       "/sales/VIEW/~|column:orders/id/4|column:orders/total/3|column:other/x/4");
-    auto db = OpenFault(fault);
+    auto db = testing::OpenDatabase(fault.ConnectionString());
     TStringList names, owners, types, notes;
     db->GetTables(&names, &owners, &types, &notes);
     EXPECT_EQ(names.ToVector(), (Lines{"orders", "", std::string(126, 'n')}));
@@ -113,16 +106,13 @@ TEST(FaultCatalog, AFailingFetchKeepsWhatArrivedAndReleasesTheStatement) {
     // The driver manager fetches from this driver with SQLExtendedFetch.
     FaultDriver fault("table:first/o/TABLE/~|table:second/o/TABLE/~|fail:SQLExtendedFetch@2"
                       "|diag:SQLExtendedFetch:08S01/5/connection reset");
-    auto db = OpenFault(fault);
+    auto db = testing::OpenDatabase(fault.ConnectionString());
     TStringList names, types;
-    try {
-        db->GetTables(&names, nullptr, &types, nullptr);
-        FAIL() << "fetch failure not raised";
-    } catch (const EODBCError& e) {
-        EXPECT_NE(e.Hstmt(), nullptr);
-        EXPECT_EQ(e.Hdbc(), db->GetDBC());
-        EXPECT_EQ(e.NativeMessage(), "connection reset");
-    }
+    const auto e = testing::Raised<EODBCError>([&] { db->GetTables(&names, nullptr, &types, nullptr); });
+    ASSERT_TRUE(e);
+    EXPECT_NE(e->Hstmt(), nullptr);
+    EXPECT_EQ(e->Hdbc(), db->GetDBC());
+    EXPECT_EQ(e->NativeMessage(), "connection reset");
     EXPECT_EQ(names.ToVector(), Lines{"first"});
     EXPECT_EQ(types.ToVector(), Lines{"TABLE"});
     EXPECT_EQ(fault.Calls("SQLFreeStmt").size(), 1u);

@@ -1,4 +1,5 @@
 #include "database_test_support.h"
+#include "odbc_statement_test_support.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
 
@@ -11,6 +12,7 @@ namespace {
 
 using quorda_test::FaultDriver;
 using testing::EventLog;
+using testing::Raised;
 using Lines = std::vector<std::string>;
 
 // The calls of the log that the database itself decides (the driver manager adds info queries).
@@ -42,19 +44,15 @@ TEST(FaultDiagnostics, TwoRecordsFollowTheLabellingRule) {
     auto db = FaultDatabase(fault);
     EventLog events;
     events.Attach(*db);
-    try {
-        db->Open();
-        FAIL() << "connected despite the script";
-    } catch (const EODBCError& e) {
-        EXPECT_EQ(e.Message(),
-                  "link lost server gone ODBC State = 08S01 server gone ODBC State = 08S01;08001");
-        EXPECT_EQ(e.SQLState(), "08S01;08001;00000");
-        EXPECT_EQ(e.NativeError(), 0);
-        EXPECT_EQ(e.NativeMessage(), "link lost");
-        EXPECT_EQ(e.Hdbc(), db->GetDBC());
-        EXPECT_EQ(e.Henv(), odbcEnv());
-        EXPECT_EQ(e.Hstmt(), nullptr);
-    }
+    const auto e = Raised<EODBCError>([&] { db->Open(); });
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->Message(), "link lost server gone ODBC State = 08S01 server gone ODBC State = 08S01;08001");
+    EXPECT_EQ(e->SQLState(), "08S01;08001;00000");
+    EXPECT_EQ(e->NativeError(), 0);
+    EXPECT_EQ(e->NativeMessage(), "link lost");
+    EXPECT_EQ(e->Hdbc(), db->GetDBC());
+    EXPECT_EQ(e->Henv(), odbcEnv());
+    EXPECT_EQ(e->Hstmt(), nullptr);
     EXPECT_FALSE(db->Connected());
     EXPECT_EQ(events.Lines, Lines{"before"});
 }
@@ -68,14 +66,10 @@ TEST(FaultDiagnostics, NativeCodeComesFromTheFirstRecordThatCarriesOne) {
     for (const Case& c : {Case{"0", 1234, "second"}, Case{"7", 7, "first"}}) {
         FaultDriver fault(std::string("fail:SQLDriverConnect|diag:SQLDriverConnect:08S01/") + c.firstNative +
                           "/first|diag:SQLDriverConnect:08001/1234/second");
-        auto db = FaultDatabase(fault);
-        try {
-            db->Open();
-            FAIL() << "connected despite the script";
-        } catch (const EODBCError& e) {
-            EXPECT_EQ(e.NativeError(), c.native);
-            EXPECT_EQ(e.NativeMessage(), c.message);
-        }
+        const auto e = Raised<EODBCError>([&] { FaultDatabase(fault)->Open(); });
+        ASSERT_TRUE(e);
+        EXPECT_EQ(e->NativeError(), c.native);
+        EXPECT_EQ(e->NativeMessage(), c.message);
     }
 }
 
@@ -183,14 +177,11 @@ TEST(FaultConnect, AFailingDisconnectKeepsTheConnectionAndItsHandle) {
     auto db = FaultDatabase(fault);
     db->Open();
     SQLHDBC handle = db->GetDBC();
-    try {
-        db->Close();
-        FAIL() << "disconnect failure not raised";
-    } catch (const EODBCError& e) {
-        EXPECT_EQ(e.Hdbc(), handle);
-        EXPECT_EQ(e.NativeError(), 9);
-        EXPECT_EQ(e.NativeMessage(), "link down");
-    }
+    const auto e = Raised<EODBCError>([&] { db->Close(); });
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->Hdbc(), handle);
+    EXPECT_EQ(e->NativeError(), 9);
+    EXPECT_EQ(e->NativeMessage(), "link down");
     EXPECT_TRUE(db->Connected());
     EXPECT_EQ(db->GetDBC(), handle);
     db->Close();
@@ -207,35 +198,24 @@ TEST(FaultConnect, ADatabaseThatCannotDisconnectIsStillDestroyedQuietly) {
 
 TEST(FaultConnect, TheCompletedStringArrivesWholeOrTheInputIsKept) {
     const std::string longOut = "Driver=QuordaFault;Completed=" + std::string(600, 'c');
-    {
-        FaultDriver fault("connout:" + longOut);
+    // A completed string that names neither a driver nor a data source would reopen elsewhere; one
+    // longer than any length ODBC can report arrives cut. Both leave the input in place.
+    for (const auto& [completed, kept] : {std::pair<std::string, bool>{longOut, false},
+                                          {"DSN=%3BDatabase=elsewhere.db", true},
+                                          {"Driver=QuordaFault;X=" + std::string(40000, 'x'), true}}) {
+        FaultDriver fault("connout:" + completed);
         auto db = FaultDatabase(fault);
         db->Open();
-        EXPECT_EQ(db->ConnectStr(), longOut);
-    }
-    {
-        // Names neither a driver nor a data source: reopening with it would land elsewhere.
-        FaultDriver fault("connout:DSN=%3BDatabase=elsewhere.db");
-        auto db = FaultDatabase(fault);
-        db->Open();
-        EXPECT_EQ(db->ConnectStr(), fault.ConnectionString());
-    }
-    {
-        // Longer than any length ODBC can report: the driver cuts it, so the input is kept.
-        FaultDriver fault("connout:Driver=QuordaFault;X=" + std::string(40000, 'x'));
-        auto db = FaultDatabase(fault);
-        db->Open();
-        EXPECT_EQ(db->ConnectStr(), fault.ConnectionString());
+        EXPECT_EQ(db->ConnectStr(), kept ? fault.ConnectionString() : completed) << completed.substr(0, 40);
     }
 }
 
 TEST(FaultConnect, LongInputsArePassedWholeAndBadOnesFailCleanly) {
     FaultDriver fault;
-    const std::string padded = fault.ConnectionString() + ";Padding=" + std::string(100 * 1024, 'p');
     {
         TODBCDatabase db(nullptr);
         db.SetDriverConnectOption(dcoDriverNoPrompt);
-        db.SetConnectStr(padded);
+        db.SetConnectStr(fault.ConnectionString() + ";Padding=" + std::string(100 * 1024, 'p'));
         try {
             db.Open();
             const auto calls = fault.Calls("SQLDriverConnect");
@@ -245,18 +225,16 @@ TEST(FaultConnect, LongInputsArePassedWholeAndBadOnesFailCleanly) {
             // the driver manager may refuse a string this long; it must not crash or cut it
         }
     }
-    {
+    // An empty connection string names no data source; nor do names of 100 KB.
+    for (const std::string& name : {std::string(), std::string(100 * 1024, 'd')}) {
         TODBCDatabase db(nullptr);
         db.SetDriverConnectOption(dcoDriverNoPrompt);
-        EXPECT_THROW(db.Open(), EODBCError); // empty string: no data source
-        EXPECT_FALSE(db.Connected());
-    }
-    {
-        TODBCDatabase db(nullptr);
-        db.SetConnectStyle(csConnect);
-        db.SetDSNName(std::string(100 * 1024, 'd'));
-        db.SetUserID(std::string(100 * 1024, 'u'));
-        db.SetPassword(std::string(100 * 1024, 'w'));
+        if (!name.empty()) {
+            db.SetConnectStyle(csConnect);
+            db.SetDSNName(name);
+            db.SetUserID(std::string(100 * 1024, 'u'));
+            db.SetPassword(std::string(100 * 1024, 'w'));
+        }
         EXPECT_THROW(db.Open(), EODBCError);
         EXPECT_FALSE(db.Connected());
     }

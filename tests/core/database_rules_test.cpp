@@ -1,4 +1,5 @@
 #include "database_fake_client.h"
+#include "odbc_statement_test_support.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/messages.h"
@@ -10,6 +11,7 @@
 namespace quorda {
 namespace {
 
+using testing::DatabaseErrorOf;
 using testing::FakeClient;
 using Log = std::vector<std::string>;
 
@@ -17,12 +19,8 @@ TEST(DatabaseName, MustBeUniqueAmongNonEmptyNames) {
     auto a = std::make_unique<TODBCDatabase>(nullptr);
     auto b = std::make_unique<TODBCDatabase>(nullptr);
     a->SetDatabaseName("RulesA");
-    try {
-        b->SetDatabaseName("RulesA");
-        FAIL() << "duplicate name accepted";
-    } catch (const EDatabaseError& e) {
-        EXPECT_EQ(e.Message(), "ODBC Database with name RulesA allready exists");
-    }
+    EXPECT_EQ(DatabaseErrorOf([&] { b->SetDatabaseName("RulesA"); }),
+              "ODBC Database with name RulesA allready exists");
     EXPECT_EQ(b->DatabaseName(), "");
     a->SetDatabaseName("RulesA"); // its own name again
     b->SetDatabaseName("rulesa"); // names compare case-sensitively
@@ -39,14 +37,11 @@ TEST(DatabaseWithoutConnection, ConnectionCallsRaiseTheDriverManagersError) {
     EXPECT_THROW(db.GetTables(&names, nullptr, nullptr, nullptr), EODBCError);
     EXPECT_EQ(names.Count(), 1); // the lists are cleared only once the statement exists
     EXPECT_THROW(db.GetColumns("t", nullptr), EODBCError);
-    try {
-        db.Commit();
-        FAIL() << "commit on a closed connection succeeded";
-    } catch (const EODBCError& e) {
-        EXPECT_EQ(e.Hdbc(), db.GetDBC());
-        EXPECT_EQ(e.Henv(), odbcEnv());
-        EXPECT_EQ(e.SQLState().substr(0, 5), "08003") << e.Message();
-    }
+    const auto e = testing::Raised<EODBCError>([&] { db.Commit(); });
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->Hdbc(), db.GetDBC());
+    EXPECT_EQ(e->Henv(), odbcEnv());
+    EXPECT_EQ(e->SQLState().substr(0, 5), "08003") << e->Message();
     EXPECT_FALSE(db.InTransaction());
     // Closing what never opened is harmless, twice too; the handle survives for the next Open.
     SQLHDBC handle = db.GetDBC();

@@ -185,19 +185,16 @@ TEST_P(StatementOnDrivers, RowsAffectedCountsUpdatesAndDeletes) {
 
 TEST_P(StatementOnDrivers, SyntaxErrorCarriesTheDriversDiagnostics) {
     auto query = MakeQuery(Db.get(), "selec 1 frm nowhere");
-    try {
-        query->ExecSQL();
-        FAIL() << "the driver accepted the statement";
-    } catch (const EODBCError& e) {
-        const std::string state = Profile.Traits.ServerSqlStates ? "42601" : "S1000";
-        EXPECT_EQ(e.SQLState().substr(0, 5), state) << e.SQLState();
-        std::string message = e.Message();
-        std::transform(message.begin(), message.end(), message.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        EXPECT_NE(message.find("syntax error"), std::string::npos) << e.Message();
-        EXPECT_EQ(e.Hstmt(), query->StatementHandle());
-        EXPECT_FALSE(e.NativeMessage().empty());
-    }
+    const auto e = testing::Raised<EODBCError>([&] { query->ExecSQL(); });
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->SQLState().substr(0, 5), Profile.Traits.ServerSqlStates ? "42601" : "S1000")
+        << e->SQLState();
+    std::string message = e->Message();
+    std::transform(message.begin(), message.end(), message.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    EXPECT_NE(message.find("syntax error"), std::string::npos) << e->Message();
+    EXPECT_EQ(e->Hstmt(), query->StatementHandle());
+    EXPECT_FALSE(e->NativeMessage().empty());
     EXPECT_EQ(query->State(), dsInactive);
 }
 

@@ -17,7 +17,7 @@ using quorda_test::FaultDriver;
 using testing::DatabaseErrorOf;
 using testing::MakeQuery;
 using testing::OpenDatabase;
-using testing::TestQuery;
+using testing::Raised;
 using Lines = std::vector<std::string>;
 
 // The log lines that begin with one of the given words.
@@ -33,24 +33,17 @@ Lines CallsOf(const FaultDriver& fault, std::initializer_list<const char*> names
     return lines;
 }
 
-std::unique_ptr<TestQuery> FaultQuery(TODBCDatabase* db, const std::string& text) {
-    auto query = std::make_unique<TestQuery>(nullptr);
-    query->SetODBCDatabase(db);
-    query->SQL().SetText(text);
-    return query;
-}
-
 TEST(StatementExecution, WithoutParametersRunsDirectlyOtherwisePrepares) {
     FaultDriver fault;
     auto db = OpenDatabase(fault.ConnectionString());
-    auto direct = FaultQuery(db.get(), "delete from t where note = 'a:b'");
+    auto direct = MakeQuery(db.get(), "delete from t where note = 'a:b'");
     direct->ExecSQL();
     EXPECT_EQ(direct->State(), dsBrowse); // set although no cursor is shown
     EXPECT_EQ(CallsOf(fault, {"SQLPrepare", "SQLExecute", "SQLExecDirect"}),
               Lines{"SQLExecDirect delete from t where note = 'a:b'"});
 
     fault.ClearLog();
-    auto prepared = FaultQuery(db.get(), "update t set a = :a where id = :id");
+    auto prepared = MakeQuery(db.get(), "update t set a = :a where id = :id");
     prepared->ParamByName("a")->SetAsInteger(5);
     prepared->ParamByName("id")->SetAsInteger(6);
     prepared->ExecSQL();
@@ -61,7 +54,7 @@ TEST(StatementExecution, WithoutParametersRunsDirectlyOtherwisePrepares) {
 
     // In the designer every statement is prepared, so that it can be described.
     fault.ClearLog();
-    auto designed = FaultQuery(db.get(), "delete from t");
+    auto designed = MakeQuery(db.get(), "delete from t");
     designed->SetDesigning(true);
     designed->ExecSQL();
     EXPECT_EQ(CallsOf(fault, {"SQLPrepare", "SQLExecute", "SQLExecDirect"}),
@@ -72,7 +65,7 @@ TEST(StatementExecution, EveryParameterTypeIsBoundAsConverted) {
     FaultDriver fault;
     auto db = OpenDatabase(fault.ConnectionString());
     auto query =
-        FaultQuery(db.get(), "insert into t values (:s, :i, :f, :c, :d, :t, :ts, :b, :m, :bl, :si, :fm)");
+        MakeQuery(db.get(), "insert into t values (:s, :i, :f, :c, :d, :t, :ts, :b, :m, :bl, :si, :fm)");
     query->ParamByName("s")->SetAsString("O'Brien \xC3\xA9t\xC3\xA9");
     query->ParamByName("i")->SetAsInteger(-42);
     query->ParamByName("f")->SetAsFloat(2.5);
@@ -107,7 +100,7 @@ TEST(StatementExecution, EveryParameterTypeIsBoundAsConverted) {
 TEST(StatementExecution, NullOfEveryTypeIsBoundWithIndicatorMinusOne) {
     FaultDriver fault;
     auto db = OpenDatabase(fault.ConnectionString());
-    auto query = FaultQuery(db.get(), "insert into t values (:s, :i, :f, :c, :d, :t, :ts, :b, :m, :bl)");
+    auto query = MakeQuery(db.get(), "insert into t values (:s, :i, :f, :c, :d, :t, :ts, :b, :m, :bl)");
     const TFieldType types[] = {ftString, ftInteger,  ftFloat,   ftCurrency, ftDate,
                                 ftTime,   ftDateTime, ftBoolean, ftMemo,     ftBlob};
     for (int i = 0; i < query->GetParamsCount(); ++i) {
@@ -125,7 +118,7 @@ TEST(StatementExecution, NullOfEveryTypeIsBoundWithIndicatorMinusOne) {
 TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
     FaultDriver fault;
     auto db = OpenDatabase(fault.ConnectionString());
-    auto query = FaultQuery(db.get(), "insert into t values (:long, :short, :blob)");
+    auto query = MakeQuery(db.get(), "insert into t values (:long, :short, :blob)");
     const std::string text = std::string(8999, 'x') + "y";
     std::string blob(10000, '\0');
     for (std::size_t i = 0; i < blob.size(); ++i) {
@@ -170,16 +163,13 @@ TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
 TEST(StatementExecution, AnyWarningFromSQLPutDataFailsTheExecution) {
     FaultDriver fault("info:SQLPutData@2|diag:SQLPutData:01004/0/String data, right truncated");
     auto db = OpenDatabase(fault.ConnectionString());
-    auto query = FaultQuery(db.get(), "insert into t values (:m)");
+    auto query = MakeQuery(db.get(), "insert into t values (:m)");
     query->ParamByName("m")->SetAsMemo(std::string(20000, 'm'));
-    try {
-        query->ExecSQL();
-        FAIL() << "a warning from SQLPutData was accepted";
-    } catch (const EODBCError& e) {
-        EXPECT_EQ(e.SQLState().substr(0, 5), "01004");
-        EXPECT_EQ(e.Hstmt(), query->StatementHandle());
-        EXPECT_EQ(e.Hdbc(), nullptr); // the statement's own diagnostics only
-    }
+    const auto e = Raised<EODBCError>([&] { query->ExecSQL(); });
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->SQLState().substr(0, 5), "01004");
+    EXPECT_EQ(e->Hstmt(), query->StatementHandle());
+    EXPECT_EQ(e->Hdbc(), nullptr); // the statement's own diagnostics only
     EXPECT_EQ(fault.Count("SQLPutData 8192"), 2);
     EXPECT_EQ(CallsOf(fault, {"param"}).size(), 0u); // the statement never ran
 
@@ -192,19 +182,15 @@ TEST(StatementExecution, AnyWarningFromSQLPutDataFailsTheExecution) {
 TEST(StatementExecution, RefusedValuesAndTextsFailBeforeAnythingRuns) {
     FaultDriver fault;
     auto db = OpenDatabase(fault.ConnectionString());
-    auto query = FaultQuery(db.get(), "insert into t values (:amount)");
+    auto query = MakeQuery(db.get(), "insert into t values (:amount)");
     query->ParamByName("amount")->SetAsBCD(Currency::FromRaw(123400));
-    try {
-        query->ExecSQL();
-        FAIL() << "a BCD parameter was bound";
-    } catch (const EODBCDatabaseError& e) {
-        EXPECT_EQ(e.Message(), "Parameter type not supported");
-    }
+    const auto bcd = Raised<EODBCDatabaseError>([&] { query->ExecSQL(); });
+    EXPECT_EQ(bcd ? bcd->Message() : std::string(), "Parameter type not supported");
     // A parameter that was never given a value has no type to bind.
-    auto unset = FaultQuery(db.get(), "insert into t values (:nothing)");
+    auto unset = MakeQuery(db.get(), "insert into t values (:nothing)");
     EXPECT_EQ(DatabaseErrorOf([&] { unset->ExecSQL(); }), "ODBC Field nothing undefined type");
 
-    auto tiny = FaultQuery(db.get(), "x");
+    auto tiny = MakeQuery(db.get(), "x");
     EXPECT_EQ(DatabaseErrorOf([&] { tiny->Prepare(); }), "ODBC Empty sql statement");
     EXPECT_FALSE(tiny->Prepared());
     tiny->SQL().SetText("xy");
@@ -218,16 +204,13 @@ TEST(StatementExecution, RefusedValuesAndTextsFailBeforeAnythingRuns) {
 TEST(StatementExecution, AFailedExecutionIsRepeatedFromScratch) {
     FaultDriver fault("fail:SQLExecute@1|diag:SQLExecute:23000/19/constraint failed");
     auto db = OpenDatabase(fault.ConnectionString());
-    auto query = FaultQuery(db.get(), "insert into t values (:a)");
+    auto query = MakeQuery(db.get(), "insert into t values (:a)");
     query->ParamByName("a")->SetAsInteger(1);
-    try {
-        query->ExecSQL();
-        FAIL() << "the scripted failure was not raised";
-    } catch (const EODBCError& e) {
-        EXPECT_EQ(e.NativeError(), 19);
-        EXPECT_EQ(e.Hstmt(), query->StatementHandle());
-        EXPECT_EQ(e.Hdbc(), db->GetDBC());
-    }
+    const auto e = Raised<EODBCError>([&] { query->ExecSQL(); });
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->NativeError(), 19);
+    EXPECT_EQ(e->Hstmt(), query->StatementHandle());
+    EXPECT_EQ(e->Hdbc(), db->GetDBC());
     EXPECT_EQ(query->State(), dsInactive);
     query->ParamByName("a")->SetAsInteger(2);
     query->ExecSQL();
@@ -238,7 +221,7 @@ TEST(StatementExecution, AFailedExecutionIsRepeatedFromScratch) {
 TEST(StatementHandle, CursorOptionsFollowTheSettings) {
     FaultDriver fault("rowset:20");
     auto db = OpenDatabase(fault.ConnectionString());
-    auto keyset = FaultQuery(db.get(), "delete from t");
+    auto keyset = MakeQuery(db.get(), "delete from t");
     keyset->CreateHandle();
     EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption", "SQLGetStmtOption"}), Lines{"SQLSetStmtOption 6 1"});
     // Applied to the existing statement at once.
@@ -252,7 +235,7 @@ TEST(StatementHandle, CursorOptionsFollowTheSettings) {
     EXPECT_FALSE(keyset->UniDirectional());
 
     fault.ClearLog();
-    auto forward = FaultQuery(db.get(), "delete from t");
+    auto forward = MakeQuery(db.get(), "delete from t");
     forward->SetUniDirectional(true);
     forward->SetBlockCursor(true);
     forward->ExecSQL();
@@ -263,7 +246,7 @@ TEST(StatementHandle, CursorOptionsFollowTheSettings) {
 
     // Block cursor without forward-only asks for no row set.
     fault.ClearLog();
-    auto block = FaultQuery(db.get(), "delete from t");
+    auto block = MakeQuery(db.get(), "delete from t");
     block->SetBlockCursor(true);
     block->ExecSQL();
     EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption", "SQLGetStmtOption"}), Lines{"SQLSetStmtOption 6 1"});
@@ -273,7 +256,7 @@ TEST(StatementHandle, CursorOptionsFollowTheSettings) {
 TEST(StatementHandle, BlockSettingsAreRefusedWhileTheDatasetIsActive) {
     FaultDriver fault;
     auto db = OpenDatabase(fault.ConnectionString());
-    auto query = FaultQuery(db.get(), "delete from t");
+    auto query = MakeQuery(db.get(), "delete from t");
     query->ExecSQL(); // leaves the dataset in dsBrowse
     const std::string open = "ODBC This operation is not allowed on open dataset";
     EXPECT_EQ(DatabaseErrorOf([&] { query->SetBlockCursor(true); }), open);
@@ -290,7 +273,7 @@ TEST(StatementHandle, BlockSettingsAreRefusedWhileTheDatasetIsActive) {
 TEST(StatementHandle, RowCountCursorNameAndRelease) {
     FaultDriver fault("rowcount:7");
     auto db = OpenDatabase(fault.ConnectionString());
-    auto query = FaultQuery(db.get(), "update t set a = 1");
+    auto query = MakeQuery(db.get(), "update t set a = 1");
     EXPECT_EQ(query->RowsAffected(), -1); // no statement yet
     // A cursor name is given before the statement runs.
     query->Prepare();
@@ -370,15 +353,9 @@ TEST(DatabaseDatasets, FreeingADatasetFirstLeavesTheList) {
     // Components of one owner, which frees them last first: either may go before the other.
     for (bool databaseFirst : {true, false}) {
         TComponent owner(nullptr);
-        TODBCDatabase* database = nullptr;
-        TODBCQuery* query = nullptr;
-        if (databaseFirst) {
-            query = new TODBCQuery(&owner);
-            database = new TODBCDatabase(&owner);
-        } else {
-            database = new TODBCDatabase(&owner);
-            query = new TODBCQuery(&owner);
-        }
+        TODBCQuery* query = databaseFirst ? new TODBCQuery(&owner) : nullptr;
+        auto* database = new TODBCDatabase(&owner);
+        query = query != nullptr ? query : new TODBCQuery(&owner);
         database->SetDriverConnectOption(dcoDriverNoPrompt);
         database->SetConnectStr(fault.ConnectionString());
         database->Open();
@@ -390,7 +367,6 @@ TEST(DatabaseDatasets, FreeingADatasetFirstLeavesTheList) {
 }
 
 TEST(DatabaseDatasets, RemovingTheDatabaseFromItsOwnerDetachesTheDataset) {
-    FaultDriver fault;
     TComponent owner(nullptr);
     auto* database = new TODBCDatabase(&owner);
     auto* query = new TODBCQuery(&owner);

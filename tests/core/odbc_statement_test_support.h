@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,11 +23,24 @@ inline std::unique_ptr<TODBCDatabase> OpenDatabase(const std::string& Connection
 }
 
 // A query on the database with the given text.
-inline std::unique_ptr<TODBCQuery> MakeQuery(TODBCDatabase* Database, const std::string& Text) {
-    auto query = std::make_unique<TODBCQuery>(nullptr);
+template <typename Query = TODBCQuery>
+std::unique_ptr<Query> MakeQuery(TODBCDatabase* Database, const std::string& Text) {
+    auto query = std::make_unique<Query>(nullptr);
     query->SetODBCDatabase(Database);
     query->SQL().SetText(Text);
     return query;
+}
+
+// The exception of type E that Action raises; a failure and no value when it raises none.
+template <typename E, typename Action>
+std::optional<E> Raised(Action&& action) {
+    try {
+        std::forward<Action>(action)();
+    } catch (const E& e) {
+        return e;
+    }
+    ADD_FAILURE() << "the expected exception was not raised";
+    return std::nullopt;
 }
 
 // The message of the EDatabaseError (or descendant) that Action raises; a failure when it raises none.

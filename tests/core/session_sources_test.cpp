@@ -22,13 +22,13 @@ TEST(ODBCSessionSources, DataSourcesComeInTheDriverManagersOrderWithAlignedDescr
     const int shared = names.IndexOf("QuordaTestSQLite");
     ASSERT_GE(demo, 0) << names.Text();
     ASSERT_GE(shared, 0) << names.Text();
+    const int fault = names.IndexOf("QuordaTestFault");
+    ASSERT_GE(fault, 0);
     EXPECT_LT(demo, shared);
     EXPECT_EQ(names.IndexOf("left over"), -1);
     // The driver manager describes a data source by the name of its driver.
     EXPECT_EQ(descriptions[demo], "SQLite3");
     EXPECT_EQ(descriptions[shared], "SQLite3");
-    const int fault = names.IndexOf("QuordaTestFault");
-    ASSERT_GE(fault, 0);
     EXPECT_EQ(descriptions[fault], "QuordaFault");
 
     TStringList namesOnly;

@@ -10,30 +10,15 @@ namespace {
 
 // Other tests of the process may leave databases registered; the session is checked relative to
 // what was there before.
-TEST(ODBCSession, DatabasesRegisterInOrderAndLeaveWithoutGaps) {
+TEST(ODBCSession, DatabasesRegisterInOrderLeaveWithoutGapsAndAreFoundByExactName) {
     TODBCSession* session = ODBCSession();
     const int before = session->GetDatabaseCount();
     auto first = std::make_unique<TODBCDatabase>(nullptr);
-    auto second = std::make_unique<TODBCDatabase>(nullptr);
-    ASSERT_EQ(session->GetDatabaseCount(), before + 2);
-    EXPECT_EQ(session->GetDatabase(before), first.get());
-    EXPECT_EQ(session->GetDatabase(before + 1), second.get());
-
-    first.reset();
-    ASSERT_EQ(session->GetDatabaseCount(), before + 1);
-    EXPECT_EQ(session->GetDatabase(before), second.get());
-    EXPECT_THROW(session->GetDatabase(before + 1), Exception);
-    EXPECT_EQ(session->GetEnv(), odbcEnv());
-    EXPECT_NE(odbcEnv(), nullptr);
-}
-
-TEST(ODBCSession, FindDatabaseIsExactCaseSensitiveAndFindsTheFirstUnnamed) {
-    TODBCSession* session = ODBCSession();
-    auto unnamed = std::make_unique<TODBCDatabase>(nullptr);
     auto sales = std::make_unique<TODBCDatabase>(nullptr);
     sales->SetDatabaseName("Sales");
-    auto secondUnnamed = std::make_unique<TODBCDatabase>(nullptr);
-
+    auto unnamed = std::make_unique<TODBCDatabase>(nullptr);
+    ASSERT_EQ(session->GetDatabaseCount(), before + 3);
+    EXPECT_EQ(session->GetDatabase(before + 1), sales.get());
     EXPECT_EQ(session->FindDatabase("Sales"), sales.get());
     EXPECT_EQ(session->FindDatabase("sales"), nullptr);
     EXPECT_EQ(session->FindDatabase("Sales "), nullptr);
@@ -41,7 +26,13 @@ TEST(ODBCSession, FindDatabaseIsExactCaseSensitiveAndFindsTheFirstUnnamed) {
     TODBCDatabase* firstUnnamed = session->FindDatabase("");
     ASSERT_NE(firstUnnamed, nullptr);
     EXPECT_TRUE(firstUnnamed->DatabaseName().empty());
-    EXPECT_NE(firstUnnamed, secondUnnamed.get());
+    EXPECT_NE(firstUnnamed, unnamed.get());
+
+    first.reset();
+    ASSERT_EQ(session->GetDatabaseCount(), before + 2);
+    EXPECT_EQ(session->GetDatabase(before), sales.get());
+    EXPECT_THROW(session->GetDatabase(before + 2), Exception);
+    EXPECT_EQ(session->GetEnv(), odbcEnv());
 }
 
 TEST(ODBCSession, AComponentOwnerFreesItsDatabaseWhichLeavesTheSession) {

@@ -55,19 +55,12 @@ EODBCError Build(ScriptedDiagnostics& script) {
 }
 
 TEST(RetCodeIsSuccessful, OnlyErrorInvalidHandleAndStillExecutingFail) {
-    EXPECT_TRUE(RetCodeIsSuccessful(SQL_SUCCESS));
-    EXPECT_TRUE(RetCodeIsSuccessful(SQL_SUCCESS_WITH_INFO));
-    EXPECT_TRUE(RetCodeIsSuccessful(99));
-    EXPECT_TRUE(RetCodeIsSuccessful(100));
-    EXPECT_FALSE(RetCodeIsSuccessful(-1));
-    EXPECT_FALSE(RetCodeIsSuccessful(-2));
-    EXPECT_FALSE(RetCodeIsSuccessful(2));
-}
-
-TEST(DataAtExecLength, FollowsTheOffsetRule) {
-    static_assert(SqlLenDataAtExec(0) == -100);
-    static_assert(SqlLenDataAtExec(10) == -110);
-    EXPECT_EQ(SQL_LEN_DATA_AT_EXEC(10), -110);
+    for (SQLRETURN code : {SQL_SUCCESS, SQL_SUCCESS_WITH_INFO, 99, 100}) {
+        EXPECT_TRUE(RetCodeIsSuccessful(code)) << code;
+    }
+    for (SQLRETURN code : {-1, -2, 2}) {
+        EXPECT_FALSE(RetCodeIsSuccessful(code)) << code;
+    }
     EXPECT_EQ(SqlLenDataAtExec(8192), SQL_LEN_DATA_AT_EXEC(8192));
 }
 
@@ -82,21 +75,18 @@ TEST(CreateODBCError, TwoRecordsLabelEachTextWithTheStatesBeforeIt) {
 }
 
 TEST(CreateODBCError, NativeCodeComesFromTheFirstRecordThatHasOne) {
-    {
-        ScriptedDiagnostics script({{"01000", 0, "m1"}, {"42601", 1234, "m2"}, {"HY000", 99, "m3"}});
+    struct Case {
+        std::vector<Record> records;
+        SQLINTEGER native;
+        const char* message;
+    };
+    for (const Case& c : {Case{{{"01000", 0, "m1"}, {"42601", 1234, "m2"}, {"HY000", 99, "m3"}}, 1234, "m2"},
+                          Case{{{"01000", 7, "m1"}, {"42601", 1234, "m2"}}, 7, "m1"},
+                          Case{{{"01000", 0, "m1"}, {"01000", 0, "m2"}}, 0, "m1"}}) {
+        ScriptedDiagnostics script(c.records);
         const EODBCError e = Build(script);
-        EXPECT_EQ(e.NativeError(), 1234);
-        EXPECT_EQ(e.NativeMessage(), "m2");
-    }
-    {
-        ScriptedDiagnostics script({{"01000", 7, "m1"}, {"42601", 1234, "m2"}});
-        const EODBCError e = Build(script);
-        EXPECT_EQ(e.NativeError(), 7);
-        EXPECT_EQ(e.NativeMessage(), "m1");
-    }
-    {
-        ScriptedDiagnostics script({{"01000", 0, "m1"}, {"01000", 0, "m2"}});
-        EXPECT_EQ(Build(script).NativeMessage(), "m1");
+        EXPECT_EQ(e.NativeError(), c.native);
+        EXPECT_EQ(e.NativeMessage(), c.message);
     }
 }
 
