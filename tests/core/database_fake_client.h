@@ -31,11 +31,7 @@ public:
     TODBCDataSet* ClientDataSet() override { return nullptr; }
     void CloseForDatabase() override {
         FLog.push_back(FName + ".Close");
-        FOpen = false;
-        if (FKeepStatementOnClose) {
-            return;
-        }
-        FStatement = false;
+        FStatement = FStatement && FKeepStatementOnClose;
     }
     bool HoldsStatement() const override { return FStatement; }
     void ReleaseStatement() override {
@@ -49,7 +45,6 @@ public:
         }
     }
 
-    bool FOpen = true;
     bool FStatement = true;
     bool FKeepStatementOnClose = false;
     bool FLeaveOnDetach = true;

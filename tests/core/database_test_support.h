@@ -11,36 +11,29 @@
 namespace quorda::testing {
 
 // Runs a statement on the database's own connection (there is no dataset to do it yet), so that the
-// test sees exactly the transaction state the database set.
-inline void ExecOn(TODBCDatabase& db, const std::string& sql) {
+// test sees exactly the transaction state the database set. The statement is handed back for reading.
+inline TODBCStatementHandle ExecOn(TODBCDatabase& db, const std::string& sql) {
     SQLHDBC dbc = db.GetDBC();
     TODBCStatementHandle stmt;
     CheckODBC(SQLAllocStmt(dbc, stmt.Receive()), nullptr, dbc, nullptr, "SQLAllocStmt");
     std::string text = sql;
     CheckODBC(SQLExecDirect(stmt.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), nullptr, dbc,
               stmt.Get(), "SQLExecDirect");
+    return stmt;
 }
 
 // The first column of the first row as text, read on the database's own connection.
 inline std::optional<std::string> ScalarOn(TODBCDatabase& db, const std::string& sql) {
-    SQLHDBC dbc = db.GetDBC();
-    TODBCStatementHandle stmt;
-    CheckODBC(SQLAllocStmt(dbc, stmt.Receive()), nullptr, dbc, nullptr, "SQLAllocStmt");
-    std::string text = sql;
-    CheckODBC(SQLExecDirect(stmt.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), nullptr, dbc,
-              stmt.Get(), "SQLExecDirect");
-    if (CheckODBC(SQLFetch(stmt.Get()), nullptr, dbc, stmt.Get(), "SQLFetch") == SQL_NO_DATA_FOUND) {
+    const TODBCStatementHandle stmt = ExecOn(db, sql);
+    if (CheckODBC(SQLFetch(stmt.Get()), nullptr, db.GetDBC(), stmt.Get(), "SQLFetch") == SQL_NO_DATA_FOUND) {
         ADD_FAILURE() << "no row for " << sql;
         return std::nullopt;
     }
     char value[1024] = {};
     SQLLEN indicator = 0;
-    CheckODBC(SQLGetData(stmt.Get(), 1, SQL_C_CHAR, value, sizeof value, &indicator), nullptr, dbc,
+    CheckODBC(SQLGetData(stmt.Get(), 1, SQL_C_CHAR, value, sizeof value, &indicator), nullptr, db.GetDBC(),
               stmt.Get(), "SQLGetData");
-    if (indicator == SQL_NULL_DATA) {
-        return std::nullopt;
-    }
-    return std::string(value);
+    return indicator == SQL_NULL_DATA ? std::nullopt : std::optional<std::string>(value);
 }
 
 // Records the connect events in order.
