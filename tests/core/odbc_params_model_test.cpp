@@ -1,3 +1,4 @@
+#include "odbc_statement_test_support.h"
 #include "quorda/core/odbc_params.h"
 #include "quorda/rtl/messages.h"
 #include "quorda/rtl/stream.h"
@@ -11,14 +12,7 @@
 namespace quorda {
 namespace {
 
-std::string ErrorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const EDatabaseError& e) {
-        return e.Message();
-    }
-    return "<no EDatabaseError>";
-}
+using testing::DatabaseErrorOf;
 
 // The parameter's type and the kind of variant holding its value.
 #define EXPECT_HOLDS(param, type, varType)                                                                   \
@@ -43,7 +37,7 @@ TEST(ODBCParams, OwnershipFollowsTheCollection) {
     EXPECT_EQ(other.Count(), 0);
     delete b;
 
-    EXPECT_EQ(ErrorOf([&] { params.GetParam(0); }), "List index (0) out of bounds");
+    EXPECT_EQ(DatabaseErrorOf([&] { params.GetParam(0); }), "List index (0) out of bounds");
     // Clear and the destructor free the rest (ASan reports leaks and double frees).
     params.CreateParam(ftString, "x");
     params.CreateParam(ftString, "x");
@@ -61,7 +55,7 @@ TEST(ODBCParams, LookupByName) {
     EXPECT_EQ(params.ParamByName("ID"), id);
     EXPECT_NE(params.FindParam("GRÖßE"), nullptr);
     EXPECT_EQ(params.FindParam("idx"), nullptr);
-    EXPECT_EQ(ErrorOf([&] { params.ParamByName("nope"); }), "ODBC Parameter nope not found");
+    EXPECT_EQ(DatabaseErrorOf([&] { params.ParamByName("nope"); }), "ODBC Parameter nope not found");
 
     // IsEqual compares names exactly.
     EXPECT_FALSE(id->IsEqual(second));
@@ -222,7 +216,7 @@ TEST(ODBCParams, ValuesByNameLists) {
     EXPECT_EQ(params.GetParamValue("a").AsInteger(), 11);
 
     // Every name is resolved before anything is set.
-    EXPECT_EQ(ErrorOf([&] {
+    EXPECT_EQ(DatabaseErrorOf([&] {
                   params.SetParamValue("a;x", VarArrayOf({1, 2}));
               }),
               "ODBC Parameter x not found");

@@ -1,9 +1,9 @@
+#include "odbc_statement_test_support.h"
 #include "quorda/core/odbc_params.h"
 #include "quorda/rtl/filer.h"
 #include "quorda/rtl/messages.h"
 #include "quorda/rtl/stream.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 #include <initializer_list>
 #include <string>
@@ -11,6 +11,8 @@
 
 namespace quorda {
 namespace {
+
+using testing::DatabaseErrorOf;
 
 std::string Bytes(std::initializer_list<int> values) {
     std::string result;
@@ -29,15 +31,6 @@ std::string Written(const TODBCParams& params) {
 void Read(TODBCParams& params, const std::string& data) {
     TStringStream stream(data);
     params.ReadBinaryData(stream);
-}
-
-std::string ErrorOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const EDatabaseError& e) {
-        return e.Message();
-    }
-    return "<no EDatabaseError>";
 }
 
 // One parameter of every type with a stored layout, and the bytes each one contributes after its
@@ -128,16 +121,17 @@ TEST(ODBCParamsData, WriteFailures) {
     EXPECT_EQ(Written(params).size(), 4u + 1 + 3 + 1 + 2 + 2048 + 2);
     p->SetAsString(std::string(2048, 'x'));
     TStringStream stream;
-    EXPECT_EQ(ErrorOf([&] { params.WriteBinaryData(stream); }), "ODBC Parameter big is too big");
+    EXPECT_EQ(DatabaseErrorOf([&] { params.WriteBinaryData(stream); }), "ODBC Parameter big is too big");
     EXPECT_EQ(stream.DataString(), Bytes({1, 0, 1, 0, 3, 'b', 'i', 'g', ftString})); // written so far
 
     params.Clear();
     params.CreateParam(ftBytes, "b");
-    EXPECT_EQ(ErrorOf([&] { Written(params); }), "ODBC Field unsupported type");
+    EXPECT_EQ(DatabaseErrorOf([&] { Written(params); }), "ODBC Field unsupported type");
     auto* unknown = params.CreateParam(ftUnknown, "u");
     char buffer[16];
-    EXPECT_EQ(ErrorOf([&] { unknown->GetDataSize(); }), "ODBC Field u undefined type");
-    EXPECT_EQ(ErrorOf([&] { unknown->SetData(buffer, sizeof buffer); }), "ODBC Field u undefined type");
+    EXPECT_EQ(DatabaseErrorOf([&] { unknown->GetDataSize(); }), "ODBC Field u undefined type");
+    EXPECT_EQ(DatabaseErrorOf([&] { unknown->SetData(buffer, sizeof buffer); }),
+              "ODBC Field u undefined type");
 }
 
 TEST(ODBCParamsData, ReadsOtherVersions) {
@@ -165,7 +159,10 @@ TEST(ODBCParamsData, ReadFailures) {
     TODBCParams params;
     params.CreateParam(ftString, "old");
     // A later version: the message keeps its placeholder; the collection is already empty.
-    EXPECT_EQ(ErrorOf([&] { Read(params, Bytes({3, 0, 0, 0})); }), "ODBC Parameter %s incorrect version");
+    EXPECT_EQ(DatabaseErrorOf([&] {
+                  Read(params, Bytes({3, 0, 0, 0}));
+              }),
+              "ODBC Parameter %s incorrect version");
     EXPECT_EQ(params.Count(), 0);
 
     // A data size beyond 2048 is refused before any data is read.
@@ -173,7 +170,7 @@ TEST(ODBCParamsData, ReadFailures) {
          {Bytes({1, 0, 1, 0, 3, 'b', 'i', 'g', ftBlob, 0x01, 0x08}) + std::string(2049, 'd'),
           Bytes({2, 0, 1, 0, 0, 0, 3, 0, 0, 0, 'b', 'i', 'g', ftBlob, 0xFF, 0xFF, 0xFF, 0xFF})}) {
         TStringStream stream(data);
-        EXPECT_EQ(ErrorOf([&] { params.ReadBinaryData(stream); }), "ODBC Parameter big is too big");
+        EXPECT_EQ(DatabaseErrorOf([&] { params.ReadBinaryData(stream); }), "ODBC Parameter big is too big");
         EXPECT_EQ(stream.Position(), data[0] == 1 ? 11 : 18);
     }
 
@@ -188,7 +185,7 @@ TEST(ODBCParamsData, ReadFailures) {
     // A huge version-2 name length is not reserved up front.
     EXPECT_THROW(Read(params, Bytes({2, 0, 1, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0x7F, 'x'})), EReadError);
     // Types without a layout are refused when their data is read.
-    EXPECT_EQ(ErrorOf([&] {
+    EXPECT_EQ(DatabaseErrorOf([&] {
                   Read(params, Bytes({1, 0, 1, 0, 1, 'q', 200, 0, 0, 0, 0}));
               }),
               "ODBC Field unsupported type");
@@ -204,7 +201,8 @@ TEST(ODBCParamsData, LongNamesDoNotReadBack) {
     // Reading takes 44 characters as the name and the 45th ('p' = 112) as the type; its size
     // ("pp" = 28784) is refused.
     TODBCParams back;
-    EXPECT_EQ(ErrorOf([&] { Read(back, data); }), "ODBC Parameter " + std::string(44, 'p') + " is too big");
+    EXPECT_EQ(DatabaseErrorOf([&] { Read(back, data); }),
+              "ODBC Parameter " + std::string(44, 'p') + " is too big");
     ASSERT_EQ(back.Count(), 1);
     EXPECT_EQ(back[0]->DataType(), TFieldType('p'));
 }
