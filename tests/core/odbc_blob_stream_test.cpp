@@ -3,14 +3,13 @@
 // value's length, and writes refused on the read-only dataset.
 
 #include "odbc_cursor_fixture.h"
-#include "quorda/db/data_link.h"
-#include "quorda/db/data_source.h"
 #include "quorda/odbc/odbc_error.h"
 
 namespace quorda {
 namespace {
 
 using testing::CursorTest;
+using testing::ErrorOf;
 using testing::FaultDatabase;
 using testing::IsSqlite;
 
@@ -45,15 +44,12 @@ class BlobStream : public CursorTest {
 protected:
     void SetUp() override {
         CursorTest::SetUp();
-        Table = quorda_test::UniqueTableName("blob_values");
         const bool sqlite = IsSqlite(Profile);
-        Raw->Exec("create table " + Table + " (id integer, memo text, bin " + (sqlite ? "blob" : "bytea") +
-                  ")");
         const std::string hex = testing::Hex(LargeBinary());
-        const std::string empty = sqlite ? "x''" : "''";
-        Raw->Exec("insert into " + Table + " values (1, NULL, NULL), (2, '', " + empty + "), (3, '" +
-                  LargeText() + "', " + (sqlite ? "x'" + hex + "'" : "'\\x" + hex + "'") +
-                  "), (4, 'tail   ', NULL)");
+        Table = MakeTable(
+            "blob_values", std::string("id integer, memo text, bin ") + (sqlite ? "blob" : "bytea"),
+            "(1, NULL, NULL), (2, '', " + std::string(sqlite ? "x''" : "''") + "), (3, '" + LargeText() +
+                "', " + (sqlite ? "x'" + hex + "'" : "'\\x" + hex + "'") + "), (4, 'tail   ', NULL)");
     }
 
     std::string Table;
@@ -89,49 +85,26 @@ TEST_P(BlobStream, ValuesArriveWholeOnEveryRowInEitherDirection) {
 
 TEST_P(BlobStream, RecordsOfALinkWindowReadTheirOwnRows) {
     TODBCQuery& query = Query("select id, memo from " + Table + " order by id");
-    TDataSource source(nullptr);
-    source.SetDataSet(&query);
-    TDataLink link;
-    link.SetDataSource(&source);
-    link.SetBufferCount(4);
+    testing::LinkedRing ring(query, 4);
     query.Open();
+    const std::string expected[] = {"", "", LargeText(), "tail   "};
     for (int record : {3, 0, 2, 1}) {
-        link.SetActiveRecord(record);
-        const std::string memo = query.FieldByName("memo")->AsString();
-        switch (record) {
-        case 0:
-        case 1:
-            EXPECT_EQ(memo, "");
-            break;
-        case 2:
-            EXPECT_EQ(memo.size(), LargeText().size());
-            break;
-        case 3:
-            EXPECT_EQ(memo, "tail   ");
-            break;
-        }
+        ring.Link.SetActiveRecord(record);
+        EXPECT_TRUE(query.FieldByName("memo")->AsString() == expected[record]) << "record " << record;
     }
-    link.SetActiveRecord(0);
-    link.SetDataSource(nullptr);
+    ring.Link.SetActiveRecord(0);
 }
 
 TEST_P(BlobStream, StringTrimRightCutsTrailingBlanksOfMemos) {
     Db.SetStringTrimRight(true);
-    TODBCQuery& query = Query("select memo from " + Table + " where id = 4");
-    query.Open();
-    EXPECT_EQ(StreamText(query, "memo"), "tail");
+    EXPECT_EQ(StreamText(Opened("select memo from " + Table + " where id = 4"), "memo"), "tail");
 }
 
 TEST_P(BlobStream, WritingIsRefusedOnTheReadOnlyDataset) {
-    TODBCQuery& query = Query("select memo from " + Table + " where id = 4");
-    query.Open();
+    TODBCQuery& query = Opened("select memo from " + Table + " where id = 4");
     for (TBlobStreamMode mode : {bmWrite, bmReadWrite}) {
-        try {
-            query.CreateBlobStream(query.Fields()[0], mode);
-            FAIL() << "a write stream on a read-only dataset";
-        } catch (const EDatabaseError& e) {
-            EXPECT_EQ(e.Message(), "ODBC Field memo read only");
-        }
+        EXPECT_EQ(ErrorOf([&] { query.CreateBlobStream(query.Fields()[0], mode); }),
+                  "ODBC Field memo read only");
     }
 }
 
@@ -140,7 +113,6 @@ INSTANTIATE_TEST_SUITE_P(Drivers, BlobStream, ::testing::ValuesIn(quorda_test::A
 
 TEST(BlobStreamFault, UnknownLengthReadsTheMaximumThenTheRest) {
     FaultDatabase db("result:memo/-1|row:^150000:ab|nototal:SQLGetData@1");
-    db.Query->SQL().SetText("select memo from t");
     db.Query->Open();
     db.Fault.ClearLog();
     const std::string value = StreamText(*db.Query, "memo");
@@ -154,7 +126,6 @@ TEST(BlobStreamFault, UnknownLengthReadsTheMaximumThenTheRest) {
 
 TEST(BlobStreamFault, BinaryValuesContinueAfterTheFirstRead) {
     FaultDatabase db("result:bin/-4/10|row:^250000:xyz|nototal:SQLGetData@1");
-    db.Query->SQL().SetText("select bin from t");
     db.Query->SetMaxBlobBuffer(1000);
     db.Query->Open();
     const std::string value = StreamText(*db.Query, "bin");
@@ -164,7 +135,6 @@ TEST(BlobStreamFault, BinaryValuesContinueAfterTheFirstRead) {
 
 TEST(BlobStreamFault, TextOneByteLongerThanTheFirstReadKeepsItsLastCharacter) {
     FaultDatabase db("result:memo/-1|row:0123456789X|nototal:SQLGetData@1");
-    db.Query->SQL().SetText("select memo from t");
     db.Query->SetMaxBlobBuffer(10);
     db.Query->Open();
     EXPECT_EQ(StreamText(*db.Query, "memo"), "0123456789X");
@@ -172,7 +142,6 @@ TEST(BlobStreamFault, TextOneByteLongerThanTheFirstReadKeepsItsLastCharacter) {
 
 TEST(BlobStreamFault, TruncatedReadWithoutTotalFails) {
     FaultDatabase db("result:memo/-1|row:^150000:ab|nototal:SQLGetData");
-    db.Query->SQL().SetText("select memo from t");
     db.Query->Open();
     EXPECT_THROW(StreamText(*db.Query, "memo"), EODBCError);
 }

@@ -5,10 +5,13 @@
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_query.h"
 #include "quorda/db/blob_field.h"
+#include "quorda/db/data_link.h"
+#include "quorda/db/data_source.h"
 #include "quorda/rtl/datetime.h"
 
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
@@ -44,9 +47,7 @@ public:
     using TODBCDataSet::FOrigin;
     using TODBCDataSet::FreeRecordBuffer;
     using TODBCDataSet::GetBookmarkFlag;
-    using TODBCDataSet::GetDefDataSize;
     using TODBCDataSet::GetRecord;
-    using TODBCDataSet::GetSpecialDataSize;
     using TODBCDataSet::InternalExecSQL;
     using TODBCDataSet::InternalInitFieldDefs;
     using TODBCQuery::TODBCQuery;
@@ -86,12 +87,26 @@ protected:
         query.SQL().SetText(Sql);
         return query;
     }
+    TProbeQuery& Opened(const std::string& Sql) {
+        TProbeQuery& query = Query(Sql);
+        query.Open();
+        return query;
+    }
 
-    // A table "<prefix>_..." with the column declarations and n rows of (i) for i in 1..n, inserted
-    // in one statement per 500 rows.
-    std::string NumberTable(const std::string& Prefix, int Rows) {
+    // A table "<prefix>_..." with the column declarations and, when given, the rows of one insert.
+    std::string MakeTable(const std::string& Prefix, const std::string& Columns,
+                          const std::string& Rows = "") {
         const std::string table = quorda_test::UniqueTableName(Prefix);
-        Raw->Exec("create table " + table + " (id integer primary key, name varchar(20))");
+        Raw->Exec("create table " + table + " (" + Columns + ")");
+        if (!Rows.empty()) {
+            Raw->Exec("insert into " + table + " values " + Rows);
+        }
+        return table;
+    }
+
+    // A table of n rows (i, 'row<i>') for i in 1..n, inserted in one statement per 500 rows.
+    std::string NumberTable(const std::string& Prefix, int Rows) {
+        const std::string table = MakeTable(Prefix, "id integer primary key, name varchar(20)");
         Raw->SetAutoCommit(false);
         for (int start = 1; start <= Rows; start += 500) {
             std::string sql = "insert into " + table + " values ";
@@ -112,14 +127,29 @@ protected:
     void TearDown() override { Queries.clear(); }
 };
 
-// A database on the fault driver, following Script.
+// A data link holding a ring of Buffers records of DataSet, as a grid does.
+struct LinkedRing {
+    LinkedRing(TDataSet& DataSet, int Buffers) {
+        Source.SetDataSet(&DataSet);
+        Link.SetDataSource(&Source);
+        Link.SetBufferCount(Buffers);
+    }
+    ~LinkedRing() { Link.SetDataSource(nullptr); }
+
+    TDataSource Source{nullptr};
+    TDataLink Link;
+};
+
+// A database on the fault driver, following Script, with a query on Sql.
 struct FaultDatabase {
-    explicit FaultDatabase(const std::string& Script) : Fault(Script) {
+    explicit FaultDatabase(const std::string& Script, const std::string& Sql = "select * from t")
+        : Fault(Script) {
         Db.SetDriverConnectOption(dcoDriverNoPrompt);
         Db.SetConnectStr(Fault.ConnectionString());
         Db.Open();
         Query = std::make_unique<TProbeQuery>(nullptr);
         Query->SetODBCDatabase(&Db);
+        Query->SQL().SetText(Sql);
     }
     ~FaultDatabase() { Query.reset(); }
 
@@ -129,13 +159,22 @@ struct FaultDatabase {
 };
 
 inline std::string Hex(const std::string& Bytes) {
+    static const char kDigits[] = "0123456789abcdef";
     std::string text;
-    char digits[3];
     for (unsigned char c : Bytes) {
-        std::snprintf(digits, sizeof digits, "%02x", c);
-        text += digits;
+        text += {kDigits[c >> 4], kDigits[c & 15]};
     }
     return text;
+}
+
+// The message of the error Action raises, or "<no error>".
+inline std::string ErrorOf(const std::function<void()>& Action) {
+    try {
+        Action();
+    } catch (const Exception& e) {
+        return e.Message();
+    }
+    return "<no error>";
 }
 
 // The value of a field as exact text: integers in decimal, doubles with 17 significant digits,
@@ -171,51 +210,39 @@ inline std::optional<std::string> ValueText(TField* Field) {
 
 using RowTexts = std::vector<std::optional<std::string>>;
 
-inline RowTexts CurrentRow(TDataSet& DataSet) {
-    RowTexts row;
-    for (int i = 0; i < DataSet.FieldCount(); ++i) {
-        row.push_back(ValueText(DataSet.Fields()[i]));
-    }
-    return row;
-}
-
 // Every row from the current one to the end.
 inline std::vector<RowTexts> ReadToEnd(TDataSet& DataSet) {
     std::vector<RowTexts> rows;
-    while (!DataSet.Eof()) {
-        rows.push_back(CurrentRow(DataSet));
-        DataSet.Next();
+    for (; !DataSet.Eof(); DataSet.Next()) {
+        rows.emplace_back();
+        for (int i = 0; i < DataSet.FieldCount(); ++i) {
+            rows.back().push_back(ValueText(DataSet.Fields()[i]));
+        }
     }
     return rows;
 }
 
-inline std::string CellText(const std::optional<std::string>& Cell) {
-    return Cell ? "'" + *Cell + "'" : std::string("NULL");
+inline std::string RowText(const RowTexts& Row) {
+    std::string text;
+    for (const auto& cell : Row) {
+        text += (text.empty() ? "" : ", ") + (cell ? "'" + *cell + "'" : std::string("NULL"));
+    }
+    return text;
 }
 
-// Compares row by row and names the first cells that differ, instead of printing both tables.
+// Compares row by row and names the first row that differs, instead of printing both tables.
 inline ::testing::AssertionResult SameRows(const std::vector<RowTexts>& Actual,
                                            const std::vector<RowTexts>& Expected) {
     if (Actual.size() != Expected.size()) {
         return ::testing::AssertionFailure() << Actual.size() << " rows instead of " << Expected.size();
     }
-    std::string differences;
-    int count = 0;
-    for (std::size_t r = 0; r < Actual.size() && count < 5; ++r) {
-        for (std::size_t c = 0; c < std::max(Actual[r].size(), Expected[r].size()) && count < 5; ++c) {
-            auto actual = c < Actual[r].size() ? Actual[r][c] : std::optional<std::string>("<missing>");
-            auto expected = c < Expected[r].size() ? Expected[r][c] : std::optional<std::string>("<missing>");
-            if (actual != expected) {
-                differences += "\n  row " + std::to_string(r) + " column " + std::to_string(c) + ": " +
-                               CellText(actual) + " instead of " + CellText(expected);
-                ++count;
-            }
+    for (std::size_t r = 0; r < Actual.size(); ++r) {
+        if (Actual[r] != Expected[r]) {
+            return ::testing::AssertionFailure()
+                   << "row " << r << ": " << RowText(Actual[r]) << "\n instead of " << RowText(Expected[r]);
         }
     }
-    if (count == 0) {
-        return ::testing::AssertionSuccess();
-    }
-    return ::testing::AssertionFailure() << "values differ:" << differences;
+    return ::testing::AssertionSuccess();
 }
 
 } // namespace quorda::testing

@@ -20,47 +20,39 @@ struct ColumnCase {
     std::string SqliteDecl; // empty: the column is not part of the SQLite table
     std::string PgDecl;     // empty: not part of the PostgreSQL table
     TFieldType Type;
-    // The value of row i as SQL text (for PostgreSQL when Pg is set) and as it must read back.
-    std::function<std::string(int i, bool Pg)> Literal;
-    std::function<std::string(int i)> Expected;
+    std::function<std::string(int i)> Expected; // the value of row i as it must read back
+    bool Quoted = false;                        // the SQL text of the value is Expected quoted
+    // The SQL text of the value, for PostgreSQL when Pg is set, where it is neither of the above.
+    std::function<std::string(int i, bool Pg)> Literal = nullptr;
+
+    std::string LiteralOf(int i, bool Pg) const {
+        return Literal ? Literal(i, Pg) : Quoted ? "'" + Expected(i) + "'" : Expected(i);
+    }
 };
 
-std::string Quoted(const std::string& Text) {
-    return "'" + Text + "'";
+std::string Clock(int Seconds) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%02d:%02d:%02d", Seconds / 3600, Seconds / 60 % 60, Seconds % 60);
+    return text;
 }
 
 std::string DateText(int i) {
     return FormatDateTime("yyyy-mm-dd", EncodeDate(1850, 1, 1) + i * 37);
 }
 
-std::string TimeText(int i) {
-    const int seconds = (i * 3671) % 86400;
-    char text[16];
-    std::snprintf(text, sizeof text, "%02d:%02d:%02d", seconds / 3600, seconds / 60 % 60, seconds % 60);
-    return text;
-}
-
 std::string StampText(int i) {
-    const int seconds = (i * 3661) % 86400;
-    char text[32];
-    std::snprintf(text, sizeof text, " %02d:%02d:%02d.%03d", seconds / 3600, seconds / 60 % 60, seconds % 60,
-                  (i * 7) % 1000);
-    return FormatDateTime("yyyy-mm-dd", EncodeDate(1890, 1, 1) + i * 13) + text;
+    char fraction[8];
+    std::snprintf(fraction, sizeof fraction, ".%03d", (i * 7) % 1000);
+    return FormatDateTime("yyyy-mm-dd ", EncodeDate(1890, 1, 1) + i * 13) + Clock((i * 3661) % 86400) +
+           fraction;
 }
 
 std::int64_t BigValue(int i) {
-    if (i == 1) {
-        return INT64_MAX;
-    }
-    if (i == 2) {
-        return INT64_MIN;
+    if (i == 1 || i == 2) {
+        return i == 1 ? INT64_MAX : INT64_MIN;
     }
     const std::int64_t magnitude = 3000000000LL + i * 1000003LL;
     return i % 2 ? -magnitude : magnitude;
-}
-
-double DoubleValue(int i) {
-    return i == 3 ? 0.1 : i == 4 ? 1e300 : i * 1.5 + 0.25;
 }
 
 std::string DoubleText(double Value) {
@@ -86,53 +78,43 @@ std::string TextValue(int i) {
     return text;
 }
 
-std::string BlobBytes(int i) {
+std::string BlobHex(int i) {
     std::string bytes;
     for (int k = 0; k < i % 10; ++k) {
         bytes += static_cast<char>((i * 31 + k * 97) % 256);
     }
-    return bytes;
+    return testing::Hex(bytes);
 }
 
 std::string BlobLiteral(int i, bool Pg) {
-    const std::string hex = testing::Hex(BlobBytes(i));
-    return Pg ? "'\\x" + hex + "'" : "x'" + hex + "'";
+    return Pg ? "'\\x" + BlobHex(i) + "'" : "x'" + BlobHex(i) + "'";
 }
 
 std::vector<ColumnCase> Columns() {
-    auto number = [](auto f) { return [f](int i, bool) { return std::to_string(f(i)); }; };
+    auto number = [](auto f) { return [f](int i) { return std::to_string(f(i)); }; };
     return {
-        {"id", "integer", "integer", ftInteger, number([](int i) { return i; }),
-         [](int i) { return std::to_string(i); }},
-        {"flag", "bit", "boolean", ftBoolean,
-         [](int i, bool Pg) { return Pg ? (i % 2 ? "true" : "false") : (i % 2 ? "1" : "0"); },
-         [](int i) { return std::string(i % 2 ? "1" : "0"); }},
-        {"tiny", "tinyint", "", ftSmallint, number([](int i) { return i % 200 - 100; }),
-         [](int i) { return std::to_string(i % 200 - 100); }},
-        {"big", "bigint", "bigint", ftLargeint, number(BigValue),
-         [](int i) { return std::to_string(BigValue(i)); }},
-        {"sm", "smallint", "smallint", ftSmallint, number([](int i) { return (i * 37) % 65536 - 32768; }),
-         [](int i) { return std::to_string((i * 37) % 65536 - 32768); }},
-        {"dbl", "double", "double precision", ftFloat, [](int i, bool) { return DoubleText(DoubleValue(i)); },
-         [](int i) { return DoubleText(DoubleValue(i)); }},
-        {"rl", "", "real", ftFloat,
-         [](int i, bool) { return i == 3 ? std::string("0.1") : DoubleText(i + 0.5); },
-         [](int i) { return DoubleText(i == 3 ? 0.1 : i + 0.5); }},
-        {"num", "numeric(12,2)", "numeric(12,2)", ftFloat, [](int i, bool) { return DoubleText(i + 0.25); },
-         [](int i) { return DoubleText(i + 0.25); }},
-        {"txt", "varchar(20)", "varchar(20)", ftString, [](int i, bool) { return Quoted(TextValue(i)); },
-         TextValue},
-        {"chr", "", "char(10)", ftString, [](int i, bool) { return Quoted("ab"); },
-         [](int) { return std::string("ab        "); }},
+        {"id", "integer", "integer", ftInteger, number([](int i) { return i; })},
+        {"flag", "bit", "boolean", ftBoolean, [](int i) { return std::string(i % 2 ? "1" : "0"); }, false,
+         [](int i, bool Pg) { return std::string(Pg ? (i % 2 ? "true" : "false") : (i % 2 ? "1" : "0")); }},
+        {"tiny", "tinyint", "", ftSmallint, number([](int i) { return i % 200 - 100; })},
+        {"big", "bigint", "bigint", ftLargeint, number(BigValue)},
+        {"sm", "smallint", "smallint", ftSmallint, number([](int i) { return (i * 37) % 65536 - 32768; })},
+        {"dbl", "double", "double precision", ftFloat,
+         [](int i) {
+             return DoubleText(i == 3 ? 0.1 : i == 4 ? 1e300 : i * 1.5 + 0.25);
+         }},
+        // REAL arrives as the text the server prints, so 0.1 reads as the double 0.1.
+        {"rl", "", "real", ftFloat, [](int i) { return DoubleText(i == 3 ? 0.1 : i + 0.5); }},
+        {"num", "numeric(12,2)", "numeric(12,2)", ftFloat, [](int i) { return DoubleText(i + 0.25); }},
+        {"txt", "varchar(20)", "varchar(20)", ftString, TextValue, true},
+        {"chr", "", "char(10)", ftString, [](int) { return std::string("ab        "); }, true},
         {"memo", "text", "text", ftMemo,
-         [](int i, bool) { return Quoted("memo " + std::to_string(i) + " " + TextValue(i)); },
-         [](int i) { return "memo " + std::to_string(i) + " " + TextValue(i); }},
-        {"d", "date", "date", ftDate, [](int i, bool) { return Quoted(DateText(i)); }, DateText},
-        {"t", "time", "time", ftTime, [](int i, bool) { return Quoted(TimeText(i)); }, TimeText},
-        {"ts", "timestamp", "timestamp", ftDateTime, [](int i, bool) { return Quoted(StampText(i)); },
-         StampText},
-        {"bin", "blob", "bytea", ftBlob, BlobLiteral, [](int i) { return testing::Hex(BlobBytes(i)); }},
-        {"lbin", "longvarbinary", "", ftBlob, BlobLiteral, [](int i) { return testing::Hex(BlobBytes(i)); }},
+         [](int i) { return "memo " + std::to_string(i) + " " + TextValue(i); }, true},
+        {"d", "date", "date", ftDate, DateText, true},
+        {"t", "time", "time", ftTime, [](int i) { return Clock((i * 3671) % 86400); }, true},
+        {"ts", "timestamp", "timestamp", ftDateTime, StampText, true},
+        {"bin", "blob", "bytea", ftBlob, BlobHex, false, BlobLiteral},
+        {"lbin", "longvarbinary", "", ftBlob, BlobHex, false, BlobLiteral},
     };
 }
 
@@ -151,19 +133,19 @@ protected:
                 Used.push_back(column);
             }
         }
-        Table = quorda_test::UniqueTableName("cursor_values");
-        std::string ddl = "create table " + Table + " (";
+        std::string columns;
         for (std::size_t c = 0; c < Used.size(); ++c) {
-            ddl += (c ? ", " : "") + Used[c].Name + " " + (pg ? Used[c].PgDecl : Used[c].SqliteDecl);
+            columns += (c ? ", " : "") + Used[c].Name + " " + (pg ? Used[c].PgDecl : Used[c].SqliteDecl);
         }
-        Raw->Exec(ddl + ")");
+        Table = MakeTable("cursor_values", columns);
         Raw->SetAutoCommit(false);
         for (int start = 0; start < kRows; start += 100) {
             std::string sql = "insert into " + Table + " values ";
             for (int i = start; i < start + 100; ++i) {
                 sql += i == start ? "(" : ",(";
                 for (std::size_t c = 0; c < Used.size(); ++c) {
-                    sql += (c ? "," : "") + (IsNullCell(c, i) ? std::string("NULL") : Used[c].Literal(i, pg));
+                    sql +=
+                        (c ? "," : "") + (IsNullCell(c, i) ? std::string("NULL") : Used[c].LiteralOf(i, pg));
                 }
                 sql += ")";
             }
@@ -176,11 +158,7 @@ protected:
     RowTexts ExpectedRow(int i) const {
         RowTexts row;
         for (std::size_t c = 0; c < Used.size(); ++c) {
-            if (IsNullCell(c, i)) {
-                row.emplace_back(std::nullopt);
-            } else {
-                row.emplace_back(Used[c].Expected(i));
-            }
+            row.push_back(IsNullCell(c, i) ? std::nullopt : std::optional(Used[c].Expected(i)));
         }
         return row;
     }
@@ -201,8 +179,7 @@ protected:
 };
 
 TEST_P(CursorValues, FieldDefinitionsFollowTheColumnTypes) {
-    TODBCQuery& query = Query("select * from " + Table);
-    query.Open();
+    TODBCQuery& query = Opened("select * from " + Table);
     ASSERT_EQ(query.FieldDefs().Count(), static_cast<int>(Used.size()));
     for (std::size_t c = 0; c < Used.size(); ++c) {
         const TFieldDef* def = query.FieldDefs()[static_cast<int>(c)];
