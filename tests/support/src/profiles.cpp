@@ -69,6 +69,8 @@ DataSourceProfile PostgresProfile(bool unicode) {
     profile.User = Required(values, "QUORDA_PG_USER", path);
     // The cluster trusts local connections: any password is accepted.
     profile.Password = "quorda";
+    profile.PasswordUser = Required(values, "QUORDA_PG_PASSWORD_USER", path);
+    profile.CheckedPassword = Required(values, "QUORDA_PG_PASSWORD", path);
     profile.Traits.ConcurrentWriters = true;
     profile.Traits.KeysetCursors = true;
     profile.Traits.ServerSqlStates = true;

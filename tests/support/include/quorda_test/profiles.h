@@ -38,6 +38,10 @@ struct DataSourceProfile {
     std::string Dsn;              // for SQLConnect, with User and Password
     std::string User;
     std::string Password;
+    // A role whose logins are checked (PostgreSQL only; empty elsewhere): PasswordUser connects with
+    // CheckedPassword and with nothing else.
+    std::string PasswordUser;
+    std::string CheckedPassword;
     DriverTraits Traits;
     std::shared_ptr<TempFile> DatabaseFile; // SQLite: removed when the last copy of the profile goes
 };
