@@ -21,7 +21,9 @@ namespace quorda {
 namespace cursor_detail {
 
 std::int32_t TimeStampDate(int Year, int Month, int Day) {
-    if (Year < 1 || Year > 9999 || Month < 1 || Month > 12 || Day < 1 || Day > DaysInAMonth(Year, Month)) {
+    // Every month has 28 days: only a later day needs the month's length looked up.
+    if (Year < 1 || Year > 9999 || Month < 1 || Month > 12 || Day < 1 ||
+        (Day > 28 && Day > DaysInAMonth(Year, Month))) {
         // Raises the encode error exactly as encoding the date does.
         EncodeDate(Year, Month, Day);
     }
@@ -286,7 +288,14 @@ void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
             break;
         }
         default:
-            std::memcpy(slot, data, item.DataSize);
+            // Fixed-width values: the usual widths copy inline.
+            if (item.DataSize == 4) {
+                std::memcpy(slot, data, 4);
+            } else if (item.DataSize == 8) {
+                std::memcpy(slot, data, 8);
+            } else {
+                std::memcpy(slot, data, item.DataSize);
+            }
             break;
         }
     }
@@ -333,13 +342,24 @@ bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
     }
     if (Buffer != nullptr) {
         const auto dataSize = static_cast<std::size_t>(Field->DataSize());
-        std::memset(Buffer, 0, dataSize);
         std::size_t count = Field->DataType() == ftString && dataSize > 0 ? dataSize - 1 : dataSize;
         // A persistent field may be wider than the column now is: never read past the slot.
         if (count > item.DataSize) {
             count = item.DataSize;
         }
-        std::memcpy(Buffer, indicator + 1, count);
+        // Runs once per field read: the common widths copy without a library call, and only the
+        // bytes past the value are cleared.
+        auto* out = static_cast<std::byte*>(Buffer);
+        if (count == 4) {
+            std::memcpy(out, indicator + 1, 4);
+        } else if (count == 8) {
+            std::memcpy(out, indicator + 1, 8);
+        } else {
+            std::memcpy(out, indicator + 1, count);
+        }
+        if (dataSize > count) {
+            std::memset(out + count, 0, dataSize - count);
+        }
     }
     return true;
 }
