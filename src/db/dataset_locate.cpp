@@ -1,13 +1,12 @@
 // The default sequential Locate and Lookup.
 
 #include "quorda/db/dataset.h"
+#include "quorda/db/locate_match.h"
 #include "quorda/rtl/string_utils.h"
 
 namespace quorda {
 
-namespace {
-
-bool IsTextType(TFieldType Type) {
+bool IsTextFieldType(TFieldType Type) {
     switch (Type) {
     case ftString:
     case ftFixedChar:
@@ -22,6 +21,8 @@ bool IsTextType(TFieldType Type) {
     }
 }
 
+namespace {
+
 // Whether the field's value matches one key value. Text compares as text (optionally ignoring case,
 // optionally as a prefix); everything else by the variant comparison. Null matches only null.
 bool KeyMatches(TField* Field, const Variant& Key, bool CaseInsensitive, bool PartialKey) {
@@ -31,7 +32,7 @@ bool KeyMatches(TField* Field, const Variant& Key, bool CaseInsensitive, bool Pa
     if (Field->IsNull()) {
         return false;
     }
-    if (VarIsStr(Key) || IsTextType(Field->DataType())) {
+    if (VarIsStr(Key) || IsTextFieldType(Field->DataType())) {
         std::string value = Field->AsString();
         std::string key = Key.AsString();
         if (PartialKey) {
@@ -54,8 +55,10 @@ const Variant& KeyAt(const Variant& KeyValues, std::size_t Count, std::size_t In
     return KeyValues[VarArrayLowBound(KeyValues) + static_cast<int>(Index)];
 }
 
-bool RecordMatches(const std::vector<TField*>& Fields, const Variant& KeyValues, bool CaseInsensitive,
-                   bool PartialKey) {
+} // namespace
+
+bool LocateKeysMatch(const std::vector<TField*>& Fields, const Variant& KeyValues, bool CaseInsensitive,
+                     bool PartialKey) {
     for (std::size_t i = 0; i < Fields.size(); ++i) {
         if (!KeyMatches(Fields[i], KeyAt(KeyValues, Fields.size(), i), CaseInsensitive, PartialKey)) {
             return false;
@@ -63,8 +66,6 @@ bool RecordMatches(const std::vector<TField*>& Fields, const Variant& KeyValues,
     }
     return true;
 }
-
-} // namespace
 
 bool TDataSet::LocateRecord(const std::vector<TField*>& KeyFields, const Variant& KeyValues,
                             bool CaseInsensitive, bool PartialKey) {
@@ -77,7 +78,7 @@ bool TDataSet::LocateRecord(const std::vector<TField*>& KeyFields, const Variant
     try {
         First();
         while (!FEOF) {
-            if (RecordMatches(KeyFields, KeyValues, CaseInsensitive, PartialKey)) {
+            if (LocateKeysMatch(KeyFields, KeyValues, CaseInsensitive, PartialKey)) {
                 found = true;
                 break;
             }
@@ -119,7 +120,7 @@ Variant TDataSet::Lookup(const std::string& KeyFields, const Variant& KeyValues,
     try {
         First();
         while (!FEOF) {
-            if (RecordMatches(fields, KeyValues, false, false)) {
+            if (LocateKeysMatch(fields, KeyValues, false, false)) {
                 result = FieldValues(ResultFields);
                 break;
             }
