@@ -1,4 +1,5 @@
 #include "quorda/rtl/component.h"
+#include "rtl_test_support.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -7,16 +8,7 @@
 namespace quorda {
 namespace {
 
-// The text of the E that Action raises.
-template <typename E, typename F>
-std::string MessageOf(F&& Action) {
-    try {
-        Action();
-    } catch (const E& e) {
-        return e.what();
-    }
-    return "<no exception>";
-}
+using testing_support::MessageOf;
 
 // Logs what it hears and forgets a partner that goes away, as data-aware components do.
 class TProbe : public TComponent {

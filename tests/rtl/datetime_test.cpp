@@ -1,4 +1,5 @@
 #include "quorda/rtl/datetime.h"
+#include "rtl_test_support.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -27,15 +28,7 @@ std::vector<int> Parts(TDateTime value) {
     return {y, m, d, h, n, s, z};
 }
 
-template <typename E, typename F>
-std::string MessageOf(F&& Action) {
-    try {
-        Action();
-    } catch (const E& e) {
-        return e.what();
-    }
-    return "<no exception>";
-}
+using testing_support::MessageOf;
 
 // Restores the process-wide settings a test changes.
 struct SettingsGuard {

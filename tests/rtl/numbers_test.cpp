@@ -1,5 +1,6 @@
 #include "quorda/rtl/currency.h"
 #include "quorda/rtl/numbers.h"
+#include "rtl_test_support.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -16,16 +17,7 @@ struct SettingsGuard {
     ~SettingsGuard() { FormatSettings() = Saved; }
 };
 
-// The text of the E that Action raises.
-template <typename E, typename F>
-std::string MessageOf(F&& Action) {
-    try {
-        Action();
-    } catch (const E& e) {
-        return e.what();
-    }
-    return "<no exception>";
-}
+using testing_support::MessageOf;
 
 TFormatSettings Continental() {
     TFormatSettings settings;

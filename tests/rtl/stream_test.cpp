@@ -1,4 +1,5 @@
 #include "quorda/rtl/stream.h"
+#include "rtl_test_support.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -8,16 +9,7 @@
 namespace quorda {
 namespace {
 
-// The text of the E that Action raises.
-template <typename E, typename F>
-std::string MessageOf(F&& Action) {
-    try {
-        Action();
-    } catch (const E& e) {
-        return e.what();
-    }
-    return "<no exception>";
-}
+using testing_support::MessageOf;
 
 std::string TempPath(const std::string& name) {
     return ::testing::TempDir() + "quorda_stream_" + name;

@@ -2,6 +2,7 @@
 #include "quorda/rtl/stream.h"
 #include "quorda/rtl/string_utils.h"
 #include "quorda/rtl/strings.h"
+#include "rtl_test_support.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -16,16 +17,7 @@ std::vector<std::string> Lines(const TStrings& List) {
     return List.ToVector();
 }
 
-// The text of the E that Action raises.
-template <typename E, typename F>
-std::string MessageOf(F&& Action) {
-    try {
-        Action();
-    } catch (const E& e) {
-        return e.what();
-    }
-    return "<no exception>";
-}
+using testing_support::MessageOf;
 
 // Counts its own destructions so tests can see what a list deleted.
 class TCounted : public TObject {

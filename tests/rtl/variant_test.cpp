@@ -1,4 +1,5 @@
 #include "quorda/rtl/variant.h"
+#include "rtl_test_support.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -13,15 +14,7 @@ struct SettingsGuard {
     ~SettingsGuard() { FormatSettings() = Saved; }
 };
 
-template <typename E>
-std::string MessageOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const E& e) {
-        return e.Message();
-    }
-    return "<no exception>";
-}
+using testing_support::MessageOf;
 
 } // namespace
 
