@@ -21,10 +21,9 @@ using cursor_detail::Utf8CompleteLength;
 // Column sizes are counted in characters; UTF-8 needs up to four bytes for each.
 constexpr std::size_t kMaxUtf8BytesPerChar = 4;
 
-} // namespace
-
-int TODBCDataSet::GetSpecialDataSize(TFieldType FieldType, int Size) {
-    switch (FieldType) {
+// Bytes of a fixed-size numeric value in its record slot; 0 for every other type.
+int FixedSlotSize(TFieldType Type) {
+    switch (Type) {
     case ftSmallint:
     case ftWord:
     case ftBoolean:
@@ -35,14 +34,26 @@ int TODBCDataSet::GetSpecialDataSize(TFieldType FieldType, int Size) {
     case ftFloat:
     case ftCurrency:
         return 8;
-    case ftDate:
-    case ftTime:
-    case ftDateTime:
-        return Size;
     default:
-        // The prefix names the record initialisation, as it always has.
-        DatabaseError("TODBCDataSet.InternalInitRecord: " + LoadStr(SODBCNotImplemented));
+        return 0;
     }
+}
+
+bool IsDateTimeType(TFieldType Type) {
+    return Type == ftDate || Type == ftTime || Type == ftDateTime;
+}
+
+} // namespace
+
+int TODBCDataSet::GetSpecialDataSize(TFieldType FieldType, int Size) {
+    if (IsDateTimeType(FieldType)) {
+        return Size;
+    }
+    if (const int size = FixedSlotSize(FieldType); size > 0) {
+        return size;
+    }
+    // The prefix names the record initialisation, as it always has.
+    DatabaseError("TODBCDataSet.InternalInitRecord: " + LoadStr(SODBCNotImplemented));
 }
 
 int TODBCDataSet::GetDefDataSize(const TFieldDef& FieldDef) const {
@@ -51,21 +62,14 @@ int TODBCDataSet::GetDefDataSize(const TFieldDef& FieldDef) const {
     case ftMemo:
     case ftFmtMemo:
         return FieldDef.Size() + 1;
-    case ftSmallint:
-    case ftWord:
-    case ftBoolean:
-        return 2;
-    case ftInteger:
-        return 4;
-    case ftLargeint:
-    case ftFloat:
-    case ftCurrency:
     case ftDate:
     case ftTime:
     case ftDateTime:
         return 8;
-    default:
-        return FieldDef.Size();
+    default: {
+        const int size = FixedSlotSize(FieldDef.DataType());
+        return size > 0 ? size : FieldDef.Size();
+    }
     }
 }
 
