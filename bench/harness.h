@@ -1,12 +1,16 @@
 #pragma once
 
-// Measuring one configuration: a warm-up run, then N timed runs, in a child process of its own so
-// that its peak resident memory (ru_maxrss of the child) belongs to that configuration alone.
+// Measuring configurations. Each configuration runs in a child process of its own, so that its peak
+// resident memory (ru_maxrss of the child) belongs to that configuration alone. The configurations
+// compared with each other (one group) run side by side: their children connect and warm up one
+// after the other, then take turns, one timed run each per round, so that a machine whose speed
+// drifts slows all of them alike.
 
 #include "workload.h"
 
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -30,8 +34,16 @@ struct TMeasurement {
 
 double Median(std::vector<double> Values);
 
-// Parent side: re-executes this program (/proc/self/exe) with the child arguments.
-TMeasurement MeasureInChild(const TConfig& Config, int Runs);
+// Indices into Plan of the configurations measured side by side: same workload, source, row count
+// and mode. Groups in order of first appearance, members in plan order.
+std::vector<std::vector<std::size_t>> GroupConfigs(const std::vector<TConfig>& Plan);
+
+// Parent side: one child per configuration of Group (Program re-executed with the child
+// arguments), Runs rounds of one timed run per child, in alternating order. Progress, when given,
+// shows the children starting and the rounds. A failing child fails its own measurement only.
+std::vector<TMeasurement> MeasureGroup(const std::vector<TConfig>& Group, int Runs,
+                                       std::ostream* Progress = nullptr,
+                                       const std::string& Program = "/proc/self/exe");
 
 // Runs Body in a forked child (no exec) and returns what it returned; a throw or crash becomes a
 // TChildError. Keeps the parent's own memory small: a forked child starts with the parent's resident
@@ -43,16 +55,25 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// Child side: what `quorda_bench --child ...` runs. Writes one result line to Fd; returns the exit code.
-int RunChild(const TConfig& Config, int Runs, int Fd);
+// Child side: what `quorda_bench --child ...` runs. Connects, warms up and reports "ready" to
+// ResultFd; then does one timed run per "run" line read from CommandFd until end of file, or, without
+// a command descriptor (CommandFd < 0), Runs timed runs of its own. Disconnects and reports "done".
+// Returns the exit code.
+int RunChild(const TConfig& Config, int Runs, int ResultFd, int CommandFd);
 
-// Arguments that make a child run Config (without the program name and result descriptor).
+// Arguments that make a child run Config (without the program name and descriptors).
 std::vector<std::string> ChildArguments(const TConfig& Config, int Runs);
 
-// Result line protocol between child and parent.
-std::string FormatResultLine(std::int64_t Rows, std::uint64_t Checksum, const std::vector<double>& Seconds);
+// Line protocol between child and parent. Results: "ready <rows> <checksum>", "run <seconds>",
+// "done" or "error <message>"; commands: "run".
+std::string FormatReadyLine(std::int64_t Rows, std::uint64_t Checksum);
+std::string FormatRunLine(double Seconds);
 std::string FormatErrorLine(const std::string& Message);
-// Fills Rows, Checksum, Seconds and MedianSeconds, or Error.
-void ParseResultLine(const std::string& Line, TMeasurement& Into);
+inline constexpr const char* kDoneLine = "done\n";
+inline constexpr const char* kRunCommand = "run\n";
+// Applies a line (without its newline) expected to be of kind Expected ("ready", "run", "done"):
+// ready fills RowsHandled and Checksum, run appends to Seconds. Anything else sets Into.Error (the
+// child's message, or why the line is unusable) and returns false.
+bool ApplyChildLine(const std::string& Line, const std::string& Expected, TMeasurement& Into);
 
 } // namespace quorda::bench

@@ -24,7 +24,7 @@ int RunAsChild(const TOptions& Options) {
         return 2;
     }
     TConfig config{impl, Options.ChildContext};
-    return RunChild(config, Options.Runs, Options.ResultFd);
+    return RunChild(config, Options.Runs, Options.ResultFd, Options.CommandFd);
 }
 
 std::string DescribeOptions(const TOptions& o) {
@@ -71,24 +71,30 @@ int RunBenchmark(TOptions& Options) {
             SetUpSource("pgsql", pgsql, Options.Rows, info);
     }
 
-    std::vector<TMeasurement> results;
-    std::vector<std::string> problems;
-    for (const TConfig& config : PlanConfigs(Options, sqlite, pgsql)) {
-        std::cerr << config.Impl->Workload << ' ' << SourceName(config.Context.Source) << ' '
-                  << config.Context.Rows << ' ' << config.Impl->Impl << ' ' << config.Impl->Mode << " ..."
-                  << std::flush;
-        TMeasurement m = MeasureInChild(config, Options.Runs);
-        if (m.Error.empty() && m.Checksum != ExpectedChecksum(config))
-            m.Error = "checksum mismatch: the values read or written differ from the generated rows";
-        if (m.Error.empty()) {
-            std::cerr << ' ' << m.MedianSeconds << " s\n";
-        } else {
-            std::cerr << " FAILED: " << m.Error << '\n';
-            problems.push_back(config.Impl->Workload + ' ' + SourceName(config.Context.Source) + ' ' +
-                               config.Impl->Impl + ' ' + config.Impl->Mode + ": " + m.Error);
+    const std::vector<TConfig> plan = PlanConfigs(Options, sqlite, pgsql);
+    std::vector<TMeasurement> results(plan.size());
+    for (const std::vector<std::size_t>& members : GroupConfigs(plan)) {
+        std::vector<TConfig> group;
+        for (std::size_t i : members)
+            group.push_back(plan[i]);
+        std::vector<TMeasurement> measured = MeasureGroup(group, Options.Runs, &std::cerr);
+        for (std::size_t k = 0; k < members.size(); ++k) {
+            TMeasurement& m = measured[k];
+            if (m.Error.empty() && m.Checksum != ExpectedChecksum(m.Config))
+                m.Error = "checksum mismatch: the values read or written differ from the generated rows";
+            std::cerr << "  " << m.Config.Impl->Impl << ' ';
+            if (m.Error.empty())
+                std::cerr << m.MedianSeconds << " s\n";
+            else
+                std::cerr << "FAILED: " << m.Error << '\n';
+            results[members[k]] = std::move(m);
         }
-        results.push_back(m);
     }
+    std::vector<std::string> problems;
+    for (const TMeasurement& m : results)
+        if (!m.Error.empty())
+            problems.push_back(m.Config.Impl->Workload + ' ' + SourceName(m.Config.Context.Source) + ' ' +
+                               m.Config.Impl->Impl + ' ' + m.Config.Impl->Mode + ": " + m.Error);
 
     const std::vector<TTableRow> table = BuildTable(results);
     std::cout << '\n';

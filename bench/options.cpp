@@ -144,6 +144,8 @@ TOptions ParseOptions(const std::vector<std::string>& Args) {
             o.ChildContext.ScrollConnect = value();
         } else if (a == "--result-fd") {
             o.ResultFd = static_cast<int>(ParseCount(a, value(), 0));
+        } else if (a == "--command-fd") {
+            o.CommandFd = static_cast<int>(ParseCount(a, value(), 0));
         } else if (a == "--help" || a == "-h") {
             throw std::invalid_argument("");
         } else {

@@ -33,6 +33,7 @@ struct TOptions {
     std::string ChildWorkload, ChildImpl, ChildMode;
     TBenchContext ChildContext;
     int ResultFd = -1;
+    int CommandFd = -1; // none: the child does --runs timed runs by itself
 };
 
 // Throws std::invalid_argument with a message for the user.

@@ -13,7 +13,7 @@ namespace quorda::bench {
 
 namespace {
 
-constexpr const char* kTarget = "bench_ins";
+constexpr const char* kTarget = "bench_ins_qtsql";
 
 class TQtInsert : public TBenchRun {
 public:
@@ -28,7 +28,7 @@ public:
         if (!db.transaction())
             throw std::runtime_error("QtSql transaction() failed");
         QSqlQuery query(db);
-        if (!query.prepare(QStringLiteral("insert into bench_ins (id, qty, price, name, created) "
+        if (!query.prepare(QStringLiteral("insert into bench_ins_qtsql (id, qty, price, name, created) "
                                           "values (:id, :qty, :price, :name, :created)")))
             ThrowQueryError(query, "prepare");
         for (const TBenchRow& row : FRows) {

@@ -16,14 +16,14 @@ namespace quorda::bench {
 
 namespace {
 
-constexpr const char* kTarget = "bench_ins";
+constexpr const char* kTarget = "bench_ins_quorda";
 
 class TQuordaInsert : public TBenchRun {
 public:
     explicit TQuordaInsert(const TBenchContext& Context)
         : FConnection(Context.ScrollConnect), FCheck(Context.ScrollConnect),
           FRows(GenerateRows(Context.Rows)),
-          FQuery(FConnection.NewQuery("insert into bench_ins (id, qty, price, name, created) "
+          FQuery(FConnection.NewQuery("insert into bench_ins_quorda (id, qty, price, name, created) "
                                       "values (:id, :qty, :price, :name, :created)")) {
         // Parameter objects stay valid until the text changes, so they are looked up once.
         for (std::size_t i = 0; i < FParams.size(); ++i)

@@ -1,9 +1,10 @@
 // Unit tests of the benchmark's own machinery: the data it generates, the fold that compares
-// implementations, the child protocol, options and the ratios in the table.
+// implementations, the child protocol and a group of real children, options and the ratios in the table.
 
 #include "data_setup.h"
 #include "harness.h"
 #include "options.h"
+#include "params_text.h"
 #include "raw_odbc.h"
 #include "report.h"
 #include "row_generator.h"
@@ -89,24 +90,59 @@ TEST(BenchHarness, MedianOfOddEvenAndEmpty) {
     EXPECT_DOUBLE_EQ(Median({}), 0);
 }
 
-TEST(BenchHarness, ChildResultLinesRoundTripAndRejectGarbage) {
+TEST(BenchHarness, ChildLinesRoundTripAndRejectGarbage) {
     TMeasurement m;
-    ParseResultLine(FormatResultLine(1234, 18446744073709551615ULL, {0.5, 0.25, 0.125}), m);
+    const auto apply = [&](const std::string& Line, const char* Kind) {
+        return ApplyChildLine(Line.substr(0, Line.size() - 1), Kind, m);
+    };
+    EXPECT_TRUE(apply(FormatReadyLine(1234, 18446744073709551615ULL), "ready"));
+    EXPECT_TRUE(apply(FormatRunLine(0.5), "run"));
+    EXPECT_TRUE(apply(FormatRunLine(0.125), "run"));
+    EXPECT_TRUE(apply(kDoneLine, "done"));
     EXPECT_EQ(m.Error, "");
     EXPECT_EQ(m.RowsHandled, 1234);
     EXPECT_EQ(m.Checksum, 18446744073709551615ULL);
-    EXPECT_EQ(m.Seconds, (std::vector<double>{0.5, 0.25, 0.125}));
-    EXPECT_DOUBLE_EQ(m.MedianSeconds, 0.25);
+    EXPECT_EQ(m.Seconds, (std::vector<double>{0.5, 0.125}));
 
     TMeasurement failed;
-    ParseResultLine(FormatErrorLine("SQLExecute failed\n[42P01] no table"), failed);
+    EXPECT_FALSE(ApplyChildLine(FormatErrorLine("SQLExecute failed\n[42P01] no table"), "run", failed));
     EXPECT_EQ(failed.Error, "SQLExecute failed [42P01] no table");
 
-    for (const char* garbage : {"", "ok", "ok 12 34", "ok x 1 0.1", "done 1 2 3"}) {
+    const char* const garbage[][2] = {{"", "ready"},       {"ready 12", "ready"}, {"ready x 1", "ready"},
+                                      {"run x", "run"},    {"done", "run"},       {"run 0.5", "ready"},
+                                      {"ok 1 2 3", "done"}};
+    for (const auto& [line, kind] : garbage) {
         TMeasurement g;
-        ParseResultLine(garbage, g);
-        EXPECT_NE(g.Error, "") << "'" << garbage << "'";
+        EXPECT_FALSE(ApplyChildLine(line, kind, g));
+        EXPECT_NE(g.Error, "") << "'" << line << "'";
     }
+}
+
+// A group through real children of the benchmark program (params needs no database): every child
+// reports each round, and one that cannot connect or never starts fails alone, without a hang.
+TEST(BenchHarness, GroupOfChildrenReportsEveryRoundAndIsolatesFailures) {
+    static const TImplementation raw{"params", "raw", "markers", nullptr};
+    static const TImplementation lib{"params", "quorda", "markers", nullptr};
+    static const TImplementation noDriver{"scan", "raw", "forward", nullptr};
+    static const TImplementation unknown{"params", "nobody", "markers", nullptr};
+    const auto config = [](const TImplementation& I) {
+        TConfig c{&I, {}};
+        c.Context.Rows = 300;
+        c.Context.StreamConnect = c.Context.ScrollConnect = "Driver=quorda-no-such-driver";
+        return c;
+    };
+    const auto results = MeasureGroup({config(raw), config(noDriver), config(lib), config(unknown)}, 3,
+                                      nullptr, QUORDA_BENCH_EXE);
+    ASSERT_EQ(results.size(), 4u);
+    for (const TMeasurement* m : {&results[0], &results[2]}) {
+        EXPECT_EQ(m->Error, "") << m->Config.Impl->Impl;
+        EXPECT_EQ(m->Seconds.size(), 3u);
+        EXPECT_EQ(m->RowsHandled, 300);
+        EXPECT_EQ(m->Checksum, FoldParamNames(kParamsNames));
+        EXPECT_GT(m->PeakRssMb, 0);
+    }
+    EXPECT_NE(results[1].Error.find("SQLDriverConnect"), std::string::npos) << results[1].Error;
+    EXPECT_NE(results[3].Error.find("without a result"), std::string::npos) << results[3].Error;
 }
 
 TEST(BenchHarness, ForkedBodyReturnsItsResultOrItsFailure) {
@@ -181,6 +217,9 @@ TEST(BenchOptions, PlanCoversBothScanSizesOnEachSourceAndParamsOnce) {
                         "scan/pgsql/500000/raw", "scan/pgsql/500000/qtsql", "params/-/100000/raw"}));
     EXPECT_EQ(plan[0].Context.StreamConnect, "Driver=SQLite3;Database=a.db;StepAPI=1");
     EXPECT_EQ(plan[0].Context.TableRows, 500000);
+    // raw and QtSql of one scan size and source are measured side by side.
+    EXPECT_EQ(GroupConfigs(plan),
+              (std::vector<std::vector<std::size_t>>{{0, 1}, {2, 3}, {4, 5}, {6, 7}, {8}}));
 
     // A table no larger than the small scan is scanned once.
     const auto small = PlanConfigs(ParseOptions({"--rows", "100000", "--only", "scan", "--source", "sqlite"}),
