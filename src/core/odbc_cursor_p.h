@@ -8,6 +8,11 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace quorda {
+class TField;
+struct TFieldValueItem;
+} // namespace quorda
+
 namespace quorda::cursor_detail {
 
 // The length of the longest prefix of Text[0, Length) that does not end inside a UTF-8 sequence:
@@ -57,5 +62,8 @@ std::int32_t TimeStampTime(int Hour, int Minute, int Second, int MSec);
 // Milliseconds of a time-stamp fraction (nanoseconds): the decimal digits padded on the left to
 // nine and the first three taken, so 5000000 gives 5 and 123456789 gives 123.
 int FractionMilliseconds(SQLUINTEGER Fraction);
+
+// How a read of Field copies Item's slot: Count value bytes, then Clear zero bytes.
+void FieldReadSizes(const TField& Field, const TFieldValueItem& Item, std::size_t& Count, std::size_t& Clear);
 
 } // namespace quorda::cursor_detail

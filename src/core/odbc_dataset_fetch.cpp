@@ -12,6 +12,7 @@
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_check.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace quorda {
@@ -54,6 +55,15 @@ int FractionMilliseconds(SQLUINTEGER Fraction) {
     return static_cast<int>(Fraction / divisor);
 }
 
+void FieldReadSizes(const TField& Field, const TFieldValueItem& Item, std::size_t& Count,
+                    std::size_t& Clear) {
+    const auto dataSize = static_cast<std::size_t>(std::max(Field.DataSize(), 0));
+    Count = Field.DataType() == ftString && dataSize > 0 ? dataSize - 1 : dataSize;
+    // A persistent field may be wider than the column now is: never read past the slot.
+    Count = std::min(Count, Item.DataSize);
+    Clear = dataSize - Count;
+}
+
 } // namespace cursor_detail
 
 using namespace cursor_detail;
@@ -76,6 +86,7 @@ void TODBCDataSet::InternalOpen() {
         CreateFields();
     }
     BindFields(true);
+    PrepareFieldReads();
     if (FODBCDatabase != nullptr && !FODBCDatabase->IgnoreOriginInfo()) {
         SetOrigin();
     }
@@ -324,9 +335,23 @@ bool TODBCDataSet::GetActiveRecBuf(TRecordBuffer& RecBuf) {
     return RecBuf != nullptr;
 }
 
+void TODBCDataSet::PrepareFieldReads() {
+    for (int i = 0; i < Fields().Count(); ++i) {
+        const TField* field = Fields()[i];
+        const int fieldNo = field->FieldNo();
+        if (field->FieldKind() == fkData && fieldNo >= 1 &&
+            static_cast<std::size_t>(fieldNo) <= FFieldValues.size()) {
+            TFieldValueItem& item = *FFieldValues[static_cast<std::size_t>(fieldNo - 1)];
+            item.ReadField = field;
+            FieldReadSizes(*field, item, item.ReadCount, item.ReadClear);
+        }
+    }
+}
+
 bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
-    TRecordBuffer record = nullptr;
-    if (!GetActiveRecBuf(record)) {
+    // Browsing is what nearly every read happens in; the other states choose their buffer below.
+    TRecordBuffer record = State() == dsBrowse && !IsEmpty() ? ActiveBuffer() : nullptr;
+    if (record == nullptr && !GetActiveRecBuf(record)) {
         return false;
     }
     // Definitions are numbered by column, so the field number finds the binding and its slot; a field
@@ -341,14 +366,12 @@ bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
         return false;
     }
     if (Buffer != nullptr) {
-        const auto dataSize = static_cast<std::size_t>(Field->DataSize());
-        std::size_t count = Field->DataType() == ftString && dataSize > 0 ? dataSize - 1 : dataSize;
-        // A persistent field may be wider than the column now is: never read past the slot.
-        if (count > item.DataSize) {
-            count = item.DataSize;
+        std::size_t count = item.ReadCount;
+        std::size_t clear = item.ReadClear;
+        if (Field != item.ReadField) {
+            FieldReadSizes(*Field, item, count, clear);
         }
-        // Runs once per field read: the common widths copy without a library call, and only the
-        // bytes past the value are cleared.
+        // Runs once per field read: the common widths copy without a library call.
         auto* out = static_cast<std::byte*>(Buffer);
         if (count == 4) {
             std::memcpy(out, indicator + 1, 4);
@@ -357,8 +380,8 @@ bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
         } else {
             std::memcpy(out, indicator + 1, count);
         }
-        if (dataSize > count) {
-            std::memset(out + count, 0, dataSize - count);
+        if (clear > 0) {
+            std::memset(out + count, 0, clear);
         }
     }
     return true;

@@ -197,6 +197,10 @@ bool TDataSet::GetFieldData(TField* Field, void* Buffer, bool NativeFormat) {
     if (NativeFormat || !Buffer) {
         return GetFieldData(Field, Buffer);
     }
+    return GetConvertedFieldData(Field, Buffer);
+}
+
+bool TDataSet::GetConvertedFieldData(TField* Field, void* Buffer) {
     TValueBuffer native(Field->DataSize());
     bool result = GetFieldData(Field, native.Data());
     if (result) {
@@ -217,6 +221,10 @@ void TDataSet::SetFieldData(TField* Field, const void* Buffer, bool NativeFormat
         SetFieldData(Field, Buffer);
         return;
     }
+    SetConvertedFieldData(Field, Buffer);
+}
+
+void TDataSet::SetConvertedFieldData(TField* Field, const void* Buffer) {
     TValueBuffer native(Field->DataSize());
     DataConvert(Field, Buffer, native.Data(), true);
     SetFieldData(Field, native.Data());

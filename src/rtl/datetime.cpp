@@ -126,7 +126,7 @@ TTimeStamp DateTimeToTimeStamp(TDateTime value) {
     // The integral part is the day and the fraction, whatever the sign, the time of that day. The
     // time is rounded to the millisecond; a time that rounds to 24:00 is midnight of the next day.
     double days = std::trunc(value);
-    std::int32_t msec = std::int32_t(std::lround(std::fabs(value - days) * MSecsPerDay));
+    std::int32_t msec = std::int32_t(detail::RoundHalfAway(std::fabs(value - days) * MSecsPerDay));
     if (msec >= MSecsPerDay) {
         msec = 0;
         days += 1;
@@ -147,7 +147,7 @@ TTimeStamp MSecsToTimeStamp(double msecs) {
         throw EConvertError(FormatMessage("%f is not a valid date/time value.", msecs / MSecsPerDay));
     }
     double days = std::trunc(msecs / MSecsPerDay);
-    std::int64_t time = std::llround(msecs - days * MSecsPerDay);
+    std::int64_t time = detail::RoundHalfAway(msecs - days * MSecsPerDay);
     if (time >= MSecsPerDay) {
         time -= MSecsPerDay;
         days += 1;
@@ -155,8 +155,9 @@ TTimeStamp MSecsToTimeStamp(double msecs) {
     return TTimeStamp{std::int32_t(time), std::int32_t(days)};
 }
 
-void DecodeDate(TDateTime value, std::uint16_t& year, std::uint16_t& month, std::uint16_t& day) {
-    const TTimeStamp stamp = DateTimeToTimeStamp(value);
+namespace {
+
+void DecodeDateOf(const TTimeStamp& stamp, std::uint16_t& year, std::uint16_t& month, std::uint16_t& day) {
     if (stamp.Date <= 0) {
         year = month = day = 0;
         return;
@@ -168,9 +169,9 @@ void DecodeDate(TDateTime value, std::uint16_t& year, std::uint16_t& month, std:
     day = std::uint16_t(d);
 }
 
-void DecodeTime(TDateTime value, std::uint16_t& hour, std::uint16_t& minute, std::uint16_t& second,
-                std::uint16_t& msec) {
-    std::int32_t time = DateTimeToTimeStamp(value).Time;
+void DecodeTimeOf(const TTimeStamp& stamp, std::uint16_t& hour, std::uint16_t& minute, std::uint16_t& second,
+                  std::uint16_t& msec) {
+    std::int32_t time = stamp.Time;
     hour = std::uint16_t(time / 3600000);
     time %= 3600000;
     minute = std::uint16_t(time / 60000);
@@ -179,10 +180,23 @@ void DecodeTime(TDateTime value, std::uint16_t& hour, std::uint16_t& minute, std
     msec = std::uint16_t(time % 1000);
 }
 
+} // namespace
+
+void DecodeDate(TDateTime value, std::uint16_t& year, std::uint16_t& month, std::uint16_t& day) {
+    DecodeDateOf(DateTimeToTimeStamp(value), year, month, day);
+}
+
+void DecodeTime(TDateTime value, std::uint16_t& hour, std::uint16_t& minute, std::uint16_t& second,
+                std::uint16_t& msec) {
+    DecodeTimeOf(DateTimeToTimeStamp(value), hour, minute, second, msec);
+}
+
 void DecodeDateTime(TDateTime value, std::uint16_t& year, std::uint16_t& month, std::uint16_t& day,
                     std::uint16_t& hour, std::uint16_t& minute, std::uint16_t& second, std::uint16_t& msec) {
-    DecodeDate(value, year, month, day);
-    DecodeTime(value, hour, minute, second, msec);
+    // One conversion serves both halves.
+    const TTimeStamp stamp = DateTimeToTimeStamp(value);
+    DecodeDateOf(stamp, year, month, day);
+    DecodeTimeOf(stamp, hour, minute, second, msec);
 }
 
 int DayOfWeek(TDateTime value) {

@@ -116,6 +116,10 @@ TEST(DateTimeCalendar, TimeThatRoundsToMidnightBelongsToTheNextDay) {
     EXPECT_EQ(Parts(0.99999999999), (std::vector<int>{1899, 12, 31, 0, 0, 0, 0}));
     EXPECT_EQ(Parts(-5.99999999999), (std::vector<int>{1899, 12, 26, 0, 0, 0, 0}));
     EXPECT_EQ(DateTimeToTimeStamp(-5.99999999999).Date, DateDelta - 4);
+    // Halves of a millisecond round away from zero.
+    EXPECT_EQ(MSecsToTimeStamp(1000.5).Time, 1001);
+    EXPECT_EQ(MSecsToTimeStamp(1000.4999).Time, 1000);
+    EXPECT_EQ(MSecsToTimeStamp(-1000.5).Time, -1001);
 }
 
 TEST(DateTimeCalendar, TimeStampsOfLandmarkDates) {

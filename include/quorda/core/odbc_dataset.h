@@ -53,6 +53,12 @@ struct TFieldValueItem {
     std::size_t DataSize = 0;
     // The definition's field type: selects the conversion of the per-row copy.
     TFieldType FieldType = ftUnknown;
+    // The field bound to this column at open, and how a read of it copies the slot: ReadCount value
+    // bytes, then ReadClear zero bytes up to the field's data size. Any other field reading the
+    // column works the sizes out per read.
+    const TField* ReadField = nullptr;
+    std::size_t ReadCount = 0;
+    std::size_t ReadClear = 0;
 };
 
 // The 8-byte bookmark: the numbering origin in force when it was taken and the row number.
@@ -247,6 +253,8 @@ protected:
     TGetResult FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientation);
     // Copies the row the bindings hold into Buffer, converting to the native formats.
     void CopyRowToBuffer(TRecordBuffer Buffer);
+    // Fills the read sizes of every column from the field bound to it.
+    void PrepareFieldReads();
     // SQLExtendedFetch on the shared single row-status cell; raises on failure, returns the code.
     SQLRETURN ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset);
     // Repositions after counting (origin and row number as they were).

@@ -328,6 +328,10 @@ private:
         }
     }
     void DoInternalOpen();
+    // The converting half of GetFieldData/SetFieldData, kept out of line so that the native reads
+    // every typed accessor makes stay a plain forward.
+    bool GetConvertedFieldData(TField* Field, void* Buffer);
+    void SetConvertedFieldData(TField* Field, const void* Buffer);
     void DoInsertAppend(bool DoAppend);
     void DoInsertAppendRecord(const std::vector<Variant>& Values, bool DoAppend);
     void ShiftBuffersForward();
