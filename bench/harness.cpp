@@ -24,6 +24,18 @@ double Median(std::vector<double> Values) {
     return Values.size() % 2 ? Values[mid] : (Values[mid - 1] + Values[mid]) / 2;
 }
 
+double PairedRatio(const std::vector<double>& Runs, const std::vector<double>& Baseline) {
+    if (Runs.size() != Baseline.size()) {
+        const double base = Median(Baseline);
+        return base > 0 ? Median(Runs) / base : 0;
+    }
+    std::vector<double> ratios;
+    for (std::size_t i = 0; i < Runs.size(); ++i)
+        if (Baseline[i] > 0)
+            ratios.push_back(Runs[i] / Baseline[i]);
+    return Median(ratios);
+}
+
 std::string FormatReadyLine(std::int64_t Rows, std::uint64_t Checksum) {
     return "ready " + std::to_string(Rows) + ' ' + std::to_string(Checksum) + '\n';
 }

@@ -34,6 +34,11 @@ struct TMeasurement {
 
 double Median(std::vector<double> Values);
 
+// The median of the per-round ratios Runs[i] / Baseline[i]: the runs of one round follow each other,
+// so a slow spell of the machine shows in both halves of a ratio. Falls back to the ratio of the
+// medians when the run counts differ.
+double PairedRatio(const std::vector<double>& Runs, const std::vector<double>& Baseline);
+
 // Indices into Plan of the configurations measured side by side: same workload, source, row count
 // and mode. Groups in order of first appearance, members in plan order.
 std::vector<std::vector<std::size_t>> GroupConfigs(const std::vector<TConfig>& Plan);

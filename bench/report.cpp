@@ -112,7 +112,8 @@ std::vector<TTableRow> BuildTable(const std::vector<TMeasurement>& Results) {
         row.Cells.push_back(Fixed(median, 3));
         row.Cells.push_back(median > 0 ? Grouped(static_cast<double>(m.RowsHandled) / median) : "-");
         row.Cells.push_back(Fixed(m.PeakRssMb, 1));
-        row.Cells.push_back(raw && raw->MedianSeconds > 0 ? Fixed(median / raw->MedianSeconds, 2) : "-");
+        const double vsRaw = raw ? PairedRatio(m.Seconds, raw->Seconds) : 0;
+        row.Cells.push_back(vsRaw > 0 ? Fixed(vsRaw, 2) : "-");
         row.Cells.push_back(qt && median > 0 ? Fixed(qt->MedianSeconds / median, 2) : "-");
         row.Cells.push_back(median > 0 ? Fixed((*high - *low) / median * 100.0, 0) : "-");
         table.push_back(row);

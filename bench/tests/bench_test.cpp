@@ -84,10 +84,14 @@ TEST(BenchData, ScrollTargetsAreRepeatableAndInRange) {
     EXPECT_TRUE(ScrollJumpTargets(0, 10).empty());
 }
 
-TEST(BenchHarness, MedianOfOddEvenAndEmpty) {
+TEST(BenchHarness, MediansAndPairedRatios) {
     EXPECT_DOUBLE_EQ(Median({3, 1, 2}), 2);
     EXPECT_DOUBLE_EQ(Median({4, 1, 3, 2}), 2.5);
     EXPECT_DOUBLE_EQ(Median({}), 0);
+    // A spike in one run of one side moves the ratio of the medians (2.2 / 1.5), not the paired one.
+    EXPECT_DOUBLE_EQ(PairedRatio({1.1, 2.4, 2.2}, {1.0, 1.5, 2.0}), 1.1);
+    // Unequal run counts cannot be paired.
+    EXPECT_DOUBLE_EQ(PairedRatio({2, 4}, {1, 2, 3}), 1.5);
 }
 
 TEST(BenchHarness, ChildLinesRoundTripAndRejectGarbage) {
