@@ -155,9 +155,9 @@ void PrintTable(std::ostream& Out, const std::vector<TTableRow>& Rows) {
 void WriteMarkdown(std::ostream& Out, const TRunInfo& Info, const std::vector<TTableRow>& Rows,
                    const std::vector<std::string>& Problems) {
     Out << "# Benchmark results\n\n"
-        << "Written by `quorda_bench` (see docs/performance.md). Medians of the timed runs after one warm-up "
-           "run;\n"
-        << "peak RSS is the maximum resident size of the child process that ran the configuration.\n\n"
+        << "Written by `quorda_bench` (see docs/performance.md). Medians of the timed runs, one per round\n"
+        << "after one warm-up run; `vs raw` is the median of the per-round ratios to raw ODBC; peak RSS is\n"
+        << "the maximum resident size of the child process that ran the configuration.\n\n"
         << "- Date: " << Info.Date << "\n"
         << "- Machine: " << Info.Machine << "\n"
         << "- Options: " << Info.Options << "\n";
