@@ -7,7 +7,6 @@
 #include <sqlext.h>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace quorda_test {
@@ -54,7 +53,6 @@ public:
         }
         return FStmt;
     }
-    SQLRETURN DropStmt() { return SQLFreeStmt(std::exchange(FStmt, nullptr), SQL_DROP); }
     SQLRETURN Exec(const std::string& sql) { return SQLExecDirect(Stmt(), Text(sql), SQL_NTS); }
 
     // Every record SQLError hands out for the handle triple, in order.
