@@ -72,7 +72,6 @@ TEST(Bookmarks, StringsOfTheBytesRoundTripAndANewRecordHasNone) {
     FillNumbers(dataSet, 4);
     dataSet.MoveBy(2);
     TBookmarkStr third = dataSet.Bookmark();
-    EXPECT_EQ(third.size(), static_cast<std::size_t>(dataSet.BookmarkSize()));
     dataSet.First();
     dataSet.SetBookmark(third);
     EXPECT_EQ(CurrentId(dataSet), 3);

@@ -51,6 +51,11 @@ public:
         return values;
     }
 
+    // The value of Field in the link's active record.
+    std::string ActiveValue(const std::string& FieldName) {
+        return Window(FieldName)[static_cast<std::size_t>(ActiveRecord())];
+    }
+
     // Text that UpdateData writes into the NAME field when the dataset asks for pending values.
     std::string PendingName;
 
@@ -117,6 +122,15 @@ inline void LogDataSetEvents(TDataSet& DataSet, std::vector<std::string>& Log) {
 
 inline int CurrentId(TDataSet& DataSet) {
     return DataSet.FieldByName("ID")->AsInteger();
+}
+
+// The current ID with the ends the dataset is at: "bof 1", "3", "3 eof", "bof eof" when empty.
+inline std::string Position(TDataSet& DataSet) {
+    std::string text = DataSet.Bof() ? "bof" : "";
+    if (!DataSet.IsEmpty()) {
+        text += (text.empty() ? "" : " ") + DataSet.FieldByName("ID")->AsString();
+    }
+    return DataSet.Eof() ? text + (text.empty() ? "eof" : " eof") : text;
 }
 
 // The message of the E that Action raises, or "(no error)".

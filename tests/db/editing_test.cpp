@@ -131,7 +131,7 @@ TEST_F(EditingTest, DeleteShowsTheNextRecordOrThePreviousAtTheEnd) {
     while (!DataSet.IsEmpty()) {
         DataSet.Delete();
     }
-    EXPECT_TRUE(DataSet.Bof() && DataSet.Eof());
+    EXPECT_EQ(Position(DataSet), "bof eof");
     EXPECT_EQ(MessageOf([&] { DataSet.Delete(); }), SDatasetEmpty);
     // Edit on an empty dataset appends.
     DataSet.Edit();

@@ -17,15 +17,13 @@ TEST(Navigation, AnEmptyDatasetIsAtBothEndsAndStaysThere) {
     std::vector<std::string> log;
     LogDataSetEvents(dataSet, log);
     FillNumbers(dataSet, 0);
-    EXPECT_TRUE(dataSet.IsEmpty());
-    EXPECT_TRUE(dataSet.Bof());
-    EXPECT_TRUE(dataSet.Eof());
+    EXPECT_EQ(Position(dataSet), "bof eof");
     EXPECT_EQ(dataSet.RecordCount(), 0);
     EXPECT_TRUE(dataSet.FieldByName("ID")->IsNull());
     dataSet.Next();
     dataSet.Prior();
     dataSet.Last();
-    EXPECT_TRUE(dataSet.Bof() && dataSet.Eof());
+    EXPECT_EQ(Position(dataSet), "bof eof");
     EXPECT_TRUE(dataSet.GetBookmark().IsNil());
     EXPECT_EQ(dataSet.Bookmark(), "");
     // Opening an empty dataset reports no scroll to a record.
@@ -40,21 +38,16 @@ TEST(Navigation, OneRowIsBothFirstAndLast) {
     FillNumbers(dataSet, 1);
     std::vector<std::string> log;
     LogDataSetEvents(dataSet, log);
-    EXPECT_TRUE(dataSet.Bof());
-    EXPECT_FALSE(dataSet.Eof());
+    EXPECT_EQ(Position(dataSet), "bof 1");
     dataSet.Next();
-    EXPECT_TRUE(dataSet.Eof());
-    EXPECT_FALSE(dataSet.Bof());
-    EXPECT_EQ(CurrentId(dataSet), 1);
+    EXPECT_EQ(Position(dataSet), "1 eof");
     EXPECT_EQ(log, (Names{"BeforeScroll", "AfterScroll"}));
     // At the end a further Next announces the scroll but goes nowhere.
     log.clear();
     dataSet.Next();
     EXPECT_EQ(log, (Names{"BeforeScroll"}));
     dataSet.Prior();
-    EXPECT_TRUE(dataSet.Bof());
-    EXPECT_FALSE(dataSet.Eof());
-    EXPECT_EQ(CurrentId(dataSet), 1);
+    EXPECT_EQ(Position(dataSet), "bof 1");
 }
 
 TEST(Navigation, PriorAtTheFirstAndNextAtTheLastSetTheFlagsOnTheSameRecord) {
@@ -62,20 +55,15 @@ TEST(Navigation, PriorAtTheFirstAndNextAtTheLastSetTheFlagsOnTheSameRecord) {
     FillNumbers(dataSet, 3);
     dataSet.Next();
     dataSet.Prior();
-    EXPECT_FALSE(dataSet.Bof());
+    EXPECT_EQ(Position(dataSet), "1");
     dataSet.Prior();
-    EXPECT_TRUE(dataSet.Bof());
-    EXPECT_EQ(CurrentId(dataSet), 1);
+    EXPECT_EQ(Position(dataSet), "bof 1");
     dataSet.Last();
-    EXPECT_TRUE(dataSet.Eof());
-    EXPECT_FALSE(dataSet.Bof());
-    EXPECT_EQ(CurrentId(dataSet), 3);
+    EXPECT_EQ(Position(dataSet), "3 eof");
     dataSet.Prior();
-    EXPECT_FALSE(dataSet.Eof());
-    EXPECT_EQ(CurrentId(dataSet), 2);
+    EXPECT_EQ(Position(dataSet), "2");
     dataSet.First();
-    EXPECT_TRUE(dataSet.Bof());
-    EXPECT_EQ(CurrentId(dataSet), 1);
+    EXPECT_EQ(Position(dataSet), "bof 1");
 }
 
 TEST(Navigation, ClosedDatasetsRefuseToMoveAndOpenOnesRefuseStructureChanges) {

@@ -99,12 +99,7 @@ TEST(ReadOnlyDataSet, RefusesEveryEditWithTheReadOnlyMessage) {
     TNumbersDataSet dataSet(3, false);
     dataSet.Open();
     for (auto edit : {&TDataSet::Edit, &TDataSet::Insert, &TDataSet::Append, &TDataSet::Delete}) {
-        try {
-            (dataSet.*edit)();
-            ADD_FAILURE();
-        } catch (const EDatabaseError& e) {
-            EXPECT_EQ(e.Message(), SDatasetReadOnly);
-        }
+        EXPECT_EQ(MessageOf([&] { (dataSet.*edit)(); }), SDatasetReadOnly);
     }
     EXPECT_EQ(dataSet.State(), dsBrowse);
     EXPECT_THROW(dataSet.FieldByName("N")->SetAsInteger(1), EDatabaseError);

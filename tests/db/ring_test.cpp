@@ -4,6 +4,7 @@
 #include "db_test_support.h"
 
 #include <gtest/gtest.h>
+#include <numeric>
 
 using namespace quorda;
 using namespace quorda::dbtest;
@@ -35,17 +36,17 @@ TEST_F(RingTest, GrowsToTheLargestLinkAndShrinksBackKeepingTheActiveRecord) {
             EXPECT_EQ(DataSet.BufferCount(), 5);
             EXPECT_EQ(CurrentId(DataSet), 5);
             EXPECT_EQ(large.RecordCount(), 5);
-            EXPECT_EQ(large.Window("ID")[static_cast<std::size_t>(large.ActiveRecord())], "5");
+            EXPECT_EQ(large.ActiveValue("ID"), "5");
             DataSet.MoveBy(3);
         }
         EXPECT_EQ(DataSet.BufferCount(), 3);
         EXPECT_EQ(CurrentId(DataSet), 8);
-        EXPECT_EQ(small.Window("ID")[static_cast<std::size_t>(small.ActiveRecord())], "8");
+        EXPECT_EQ(small.ActiveValue("ID"), "8");
         // A control that grows while attached (a grid made taller) grows the ring at once.
         small.SetBufferCount(6);
         EXPECT_EQ(DataSet.BufferCount(), 6);
         EXPECT_EQ(small.RecordCount(), 6);
-        EXPECT_EQ(small.Window("ID")[static_cast<std::size_t>(small.ActiveRecord())], "8");
+        EXPECT_EQ(small.ActiveValue("ID"), "8");
     }
     EXPECT_EQ(DataSet.BufferCount(), 1);
     EXPECT_EQ(CurrentId(DataSet), 8);
@@ -104,10 +105,9 @@ TEST_F(RingTest, EveryRecordOfAFullScanIsVisitedOnceWithoutRefetching) {
         seen.push_back(CurrentId(DataSet));
         DataSet.Next();
     }
-    ASSERT_EQ(seen.size(), 20u);
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(seen[static_cast<std::size_t>(i)], i + 1);
-    }
+    std::vector<int> all(20);
+    std::iota(all.begin(), all.end(), 1);
+    EXPECT_EQ(seen, all);
     // Records 1-4 were already in the ring; 5-20 are fetched once each, plus the end-of-data answer.
     EXPECT_EQ(DataSet.GetRecordCalls, 17);
     EXPECT_EQ(DataSet.SetToRecordCalls, 0);
@@ -115,13 +115,10 @@ TEST_F(RingTest, EveryRecordOfAFullScanIsVisitedOnceWithoutRefetching) {
 
 TEST_F(RingTest, MoveByStopsAtTheEndsAndReportsTheDistanceMoved) {
     EXPECT_EQ(DataSet.MoveBy(100), 19);
-    EXPECT_TRUE(DataSet.Eof());
-    EXPECT_EQ(CurrentId(DataSet), 20);
+    EXPECT_EQ(Position(DataSet), "20 eof");
     EXPECT_EQ(DataSet.MoveBy(1), 0);
     EXPECT_EQ(DataSet.MoveBy(-100), -19);
-    EXPECT_TRUE(DataSet.Bof());
-    EXPECT_FALSE(DataSet.Eof());
-    EXPECT_EQ(CurrentId(DataSet), 1);
+    EXPECT_EQ(Position(DataSet), "bof 1");
     EXPECT_EQ(DataSet.MoveBy(0), 0);
 }
 

@@ -2,6 +2,7 @@
 #include "quorda/rtl/filer.h"
 #include "quorda/rtl/persistent.h"
 #include "quorda/rtl/strings.h"
+#include "rtl_test_support.h"
 
 #include <bit>
 #include <cmath>
@@ -17,6 +18,7 @@ namespace quorda {
 namespace {
 
 using namespace std::string_literals;
+using testing_support::MessageOf;
 
 std::string Hex(const std::string& bytes) {
     std::string out;
@@ -113,29 +115,20 @@ TEST(Writer, EachValueKindHasItsExactBytes) {
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteInteger(128); })), "03 80 00");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteInteger(-32769); })), "04 FF 7F FF FF");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteInteger(0x100000000LL); })), "13 00 00 00 00 01 00 00 00");
-    EXPECT_EQ(Hex(Written([](TWriter& w) {
-                  w.WriteBoolean(true);
-                  w.WriteBoolean(false);
-              })),
-              "09 08");
+    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteBoolean(true); })), "09");
+    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteBoolean(false); })), "08");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteFloat(1.0); })), "05 00 00 00 00 00 00 00 80 FF 3F");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteString("Hé"); })), "06 03 48 C3 A9");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteString(""); })), "06 00");
     const std::string longText(300, 'x');
     EXPECT_EQ(Written([&](TWriter& w) { w.WriteString(longText); }), "\x0C\x2C\x01\x00\x00"s + longText);
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteIdent("alClient"); })), "07 08 61 6C 43 6C 69 65 6E 74");
-    EXPECT_EQ(Hex(Written([](TWriter& w) {
-                  w.WriteIdent("NIL");
-                  w.WriteIdent("false");
-                  w.WriteIdent("True");
-                  w.WriteIdent("null");
-              })),
-              "0D 08 09 00");
-    EXPECT_EQ(Hex(Written([](TWriter& w) {
-                  w.WriteListBegin();
-                  w.WriteListEnd();
-              })),
-              "01 00");
+    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteIdent("NIL"); })), "0D");
+    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteIdent("false"); })), "08");
+    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteIdent("True"); })), "09");
+    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteIdent("null"); })), "00");
+    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteListBegin(); })), "01");
+    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteListEnd(); })), "00");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteBinary("\x01\x02", 2); })), "0A 02 00 00 00 01 02");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteSet({"a", "bc"}); })), "0B 01 61 02 62 63 00");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteSingle(1.0f); })), "0F 00 00 80 3F");
@@ -149,25 +142,23 @@ TEST(Writer, EachValueKindHasItsExactBytes) {
 }
 
 TEST(Reader, ValuesReadBackAndAcceptTheirWiderForms) {
-    TMemoryStream stream;
-    TWriter writer(stream);
-    writer.WriteInteger(-5);
-    writer.WriteInteger(70000);
-    writer.WriteInteger(-5000000000LL);
-    writer.WriteInteger(7); // read as a float
-    writer.WriteFloat(-0.1);
-    writer.WriteString(std::string(1000, 'z'));
-    writer.WriteUTF8Str("ü");
-    writer.WriteIdent("nil");
-    writer.WriteIdent("clRed");
-    writer.WriteSet({"fsBold", "fsItalic"});
-    writer.WriteSet({});
-    writer.WriteBinary("\0\1", 2);
-    writer.WriteSingle(0.5f);
-    writer.WriteDate(3.25);
-    writer.WriteCurrency(-1);
-
-    stream.SetPosition(0);
+    TStringStream stream(Written([](TWriter& writer) {
+        writer.WriteInteger(-5);
+        writer.WriteInteger(70000);
+        writer.WriteInteger(-5000000000LL);
+        writer.WriteInteger(7); // read as a float
+        writer.WriteFloat(-0.1);
+        writer.WriteString(std::string(1000, 'z'));
+        writer.WriteUTF8Str("ü");
+        writer.WriteIdent("nil");
+        writer.WriteIdent("clRed");
+        writer.WriteSet({"fsBold", "fsItalic"});
+        writer.WriteSet({});
+        writer.WriteBinary("\0\1", 2);
+        writer.WriteSingle(0.5f);
+        writer.WriteDate(3.25);
+        writer.WriteCurrency(-1);
+    }));
     TReader reader(stream);
     EXPECT_EQ(reader.ReadInteger(), -5);
     EXPECT_EQ(reader.ReadInteger(), 70000);
@@ -201,17 +192,9 @@ TEST(Reader, WideStringsBecomeUtf8) {
 }
 
 TEST(Reader, WrongKindOfValueRaisesAndLeavesTheValueUnread) {
-    TMemoryStream stream;
-    TWriter writer(stream);
-    writer.WriteString("text");
-    stream.SetPosition(0);
+    TStringStream stream(Written([](TWriter& writer) { writer.WriteString("text"); }));
     TReader reader(stream);
-    try {
-        reader.ReadInteger();
-        FAIL();
-    } catch (const EReadError& e) {
-        EXPECT_STREQ(e.what(), "Invalid property value");
-    }
+    EXPECT_EQ(MessageOf<EReadError>([&] { reader.ReadInteger(); }), "Invalid property value");
     EXPECT_EQ(stream.Position(), 0);
     EXPECT_THROW(reader.ReadBoolean(), EReadError);
     EXPECT_THROW(reader.ReadListBegin(), EReadError);
@@ -256,15 +239,12 @@ TEST(Filer, DefinedAndBinaryPropertiesRoundTrip) {
     source.Items = {{"first", 1, true, 0.25}, {"second", 1LL << 40, false, -3.5}, {"", -1, true, 0.0}};
     source.Blob = std::string("\xFF\0binary", 8);
 
-    TMemoryStream stream;
-    TWriter writer(stream);
-    writer.WriteProperties(&source);
-    const std::string bytes = stream.DataString();
+    const std::string bytes = Properties(&source);
     // Caption comes first as a name then a vaString, and the whole ends with vaNull.
     EXPECT_EQ(Hex(bytes.substr(0, 16)), "07 43 61 70 74 69 6F 6E 06 06 4F 72 64 65 72 73");
     EXPECT_EQ(bytes.back(), '\0');
 
-    stream.SetPosition(0);
+    TStringStream stream(bytes);
     TReader reader(stream);
     TSample target;
     reader.ReadProperties(&target);
@@ -290,32 +270,25 @@ TEST(Filer, AnAncestorWithTheSameValueSuppressesTheProperty) {
 }
 
 TEST(Filer, PropertyNamesMatchIgnoringCaseAndUnknownNamesRaise) {
-    TMemoryStream stream;
-    TWriter writer(stream);
-    writer.WritePropName("CAPTION");
-    writer.WriteString("upper");
-    writer.WritePropName("Bogus");
-    writer.WriteInteger(1);
-    writer.WriteListEnd();
-
-    stream.SetPosition(0);
+    TStringStream stream(Written([](TWriter& writer) {
+        writer.WritePropName("CAPTION");
+        writer.WriteString("upper");
+        writer.WritePropName("Bogus");
+        writer.WriteInteger(1);
+        writer.WriteListEnd();
+    }));
     TReader reader(stream);
     TSample target;
-    try {
-        reader.ReadProperties(&target);
-        FAIL();
-    } catch (const EReadError& e) {
-        EXPECT_STREQ(e.what(), "Property Bogus does not exist");
-    }
+    EXPECT_EQ(MessageOf<EReadError>([&] { reader.ReadProperties(&target); }),
+              "Property Bogus does not exist");
     EXPECT_EQ(target.Caption, "upper");
 
     // A binary property holding the wrong kind of value is a value error, not a crash.
-    TMemoryStream wrong;
-    TWriter wrongWriter(wrong);
-    wrongWriter.WritePropName("Blob");
-    wrongWriter.WriteString("not binary");
-    wrongWriter.WriteListEnd();
-    wrong.SetPosition(0);
+    TStringStream wrong(Written([](TWriter& writer) {
+        writer.WritePropName("Blob");
+        writer.WriteString("not binary");
+        writer.WriteListEnd();
+    }));
     TReader wrongReader(wrong);
     EXPECT_THROW(wrongReader.ReadProperties(&target), EReadError);
 }
@@ -323,12 +296,8 @@ TEST(Filer, PropertyNamesMatchIgnoringCaseAndUnknownNamesRaise) {
 TEST(Filer, StringListsPersistTheirLinesAsTheStringsProperty) {
     TStringList sql;
     sql.SetText("select *\nfrom orders");
-    TMemoryStream stream;
-    TWriter writer(stream);
-    writer.WriteProperties(&sql);
+    TStringStream stream(Properties(&sql));
     EXPECT_EQ(Hex(stream.DataString().substr(0, 11)), "07 53 74 72 69 6E 67 73 01 06 08");
-
-    stream.SetPosition(0);
     TReader reader(stream);
     TStringList back;
     back.Add("replaced");
@@ -345,32 +314,30 @@ TEST(Filer, StringListsPersistTheirLinesAsTheStringsProperty) {
 }
 
 TEST(Reader, SkipValueStepsOverNestedValuesOfEveryKind) {
-    TMemoryStream stream;
-    TWriter writer(stream);
-    writer.WriteListBegin();
-    writer.WriteInteger(1);
-    writer.WriteListBegin();
-    writer.WriteFloat(2.5);
-    writer.WriteString(std::string(400, 's'));
-    writer.WriteListEnd();
-    writer.WriteSet({"x"});
-    writer.WriteBinary("abc", 3);
-    writer.WriteIdent("True");
-    writer.WriteInteger(1LL << 50);
-    writer.WriteListEnd();
-    // A collection: two items, the second with an order index.
-    writer.WriteCollectionBegin();
-    writer.WriteListBegin();
-    writer.WritePropName("Name");
-    writer.WriteString("a");
-    writer.WriteListEnd();
-    writer.WriteInteger(3);
-    writer.WriteListBegin();
-    writer.WriteListEnd();
-    writer.WriteListEnd();
-    writer.WriteString("after");
-
-    stream.SetPosition(0);
+    TStringStream stream(Written([](TWriter& writer) {
+        writer.WriteListBegin();
+        writer.WriteInteger(1);
+        writer.WriteListBegin();
+        writer.WriteFloat(2.5);
+        writer.WriteString(std::string(400, 's'));
+        writer.WriteListEnd();
+        writer.WriteSet({"x"});
+        writer.WriteBinary("abc", 3);
+        writer.WriteIdent("True");
+        writer.WriteInteger(1LL << 50);
+        writer.WriteListEnd();
+        // A collection: two items, the second with an order index.
+        writer.WriteCollectionBegin();
+        writer.WriteListBegin();
+        writer.WritePropName("Name");
+        writer.WriteString("a");
+        writer.WriteListEnd();
+        writer.WriteInteger(3);
+        writer.WriteListBegin();
+        writer.WriteListEnd();
+        writer.WriteListEnd();
+        writer.WriteString("after");
+    }));
     TReader reader(stream);
     reader.SkipValue();
     reader.SkipValue();
