@@ -3,7 +3,6 @@
 // the cursor under an open dataset.
 
 #include "odbc_cursor_fixture.h"
-#include "quorda/rtl/messages.h"
 #include "quorda/rtl/string_utils.h"
 
 namespace quorda {
@@ -152,18 +151,9 @@ TEST_P(CursorEdges, CursorReopensUnderTheOpenDataset) {
     EXPECT_EQ(query.FieldByName("id")->AsInteger(), 5); // the fourth row now
 
     query.ImmediatelyOpen(); // re-executes under the same fields
-    EXPECT_TRUE(query.Active());
     query.First();
     EXPECT_EQ(query.FieldByName("id")->AsInteger(), 1);
     EXPECT_EQ(query.RecordCount(), 5);
-}
-
-TEST_P(CursorEdges, CursorSettingsAreRefusedWhileOpen) {
-    TODBCQuery& query = Opened("select id from " + NumberTable("edge_settings", 1));
-    EXPECT_EQ(ErrorOf([&] { query.SetBlockCursor(true); }), LoadStr(SODBCDataSetOpen));
-    EXPECT_EQ(ErrorOf([&] { query.SetRowSetSize(7); }), LoadStr(SODBCDataSetOpen));
-    EXPECT_FALSE(query.BlockCursor());
-    EXPECT_EQ(query.RowSetSize(), 100);
 }
 
 TEST_P(CursorEdges, StoredFlagOutsideTheBookmarkFlagsIsAnInternalError) {

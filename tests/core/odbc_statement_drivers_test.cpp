@@ -1,11 +1,12 @@
 // Statements with parameters of every supported type on the real drivers: written through ExecSQL,
 // read back over a separate plain ODBC connection.
+#include "odbc_cursor_fixture.h"
 #include "odbc_statement_test_support.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/datetime.h"
+#include "quorda/rtl/string_utils.h"
 
 #include <algorithm>
-#include <cctype>
 #include <gtest/gtest.h>
 #include <quorda_test/profiles.h>
 #include <quorda_test/raw_odbc.h>
@@ -62,16 +63,6 @@ protected:
     std::unique_ptr<TODBCDatabase> Db;
     std::string Table;
 };
-
-std::string Hex(const std::string& bytes) {
-    static const char digits[] = "0123456789abcdef";
-    std::string out;
-    for (unsigned char c : bytes) {
-        out += digits[c >> 4];
-        out += digits[c & 15];
-    }
-    return out;
-}
 
 TEST_P(StatementOnDrivers, EveryParameterTypeArrivesAsWritten) {
     auto insert = Insert("id,s,i,f,c,d,t,ts,b,m,bl");
@@ -153,7 +144,7 @@ TEST_P(StatementOnDrivers, MegabyteValuesAreSentAtExecutionTime) {
     EXPECT_EQ(rows[0][0]->size(), memo.size());
     EXPECT_TRUE(*rows[0][0] == memo);
     EXPECT_EQ(rows[0][1]->size(), 2 * blob.size());
-    EXPECT_TRUE(*rows[0][1] == Hex(blob));
+    EXPECT_TRUE(*rows[0][1] == testing::Hex(blob));
     EXPECT_EQ(rows[0][2], "short");
 }
 
@@ -189,10 +180,7 @@ TEST_P(StatementOnDrivers, SyntaxErrorCarriesTheDriversDiagnostics) {
     ASSERT_TRUE(e);
     EXPECT_EQ(e->SQLState().substr(0, 5), Profile.Traits.ServerSqlStates ? "42601" : "S1000")
         << e->SQLState();
-    std::string message = e->Message();
-    std::transform(message.begin(), message.end(), message.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    EXPECT_NE(message.find("syntax error"), std::string::npos) << e->Message();
+    EXPECT_NE(LowerCase(e->Message()).find("syntax error"), std::string::npos) << e->Message();
     EXPECT_EQ(e->Hstmt(), query->StatementHandle());
     EXPECT_FALSE(e->NativeMessage().empty());
     EXPECT_EQ(query->State(), dsInactive);

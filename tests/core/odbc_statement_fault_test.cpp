@@ -97,24 +97,6 @@ TEST(StatementExecution, EveryParameterTypeIsBoundAsConverted) {
                                          }));
 }
 
-TEST(StatementExecution, NullOfEveryTypeIsBoundWithIndicatorMinusOne) {
-    FaultDriver fault;
-    auto db = OpenDatabase(fault.ConnectionString());
-    auto query = MakeQuery(db.get(), "insert into t values (:s, :i, :f, :c, :d, :t, :ts, :b, :m, :bl)");
-    const TFieldType types[] = {ftString, ftInteger,  ftFloat,   ftCurrency, ftDate,
-                                ftTime,   ftDateTime, ftBoolean, ftMemo,     ftBlob};
-    for (int i = 0; i < query->GetParamsCount(); ++i) {
-        query->Params().Items(i)->SetDataType(types[i]);
-        query->Params().Items(i)->Clear();
-    }
-    query->ExecSQL();
-    const Lines params = CallsOf(fault, {"param"});
-    ASSERT_EQ(params.size(), 10u);
-    for (const auto& line : params) {
-        EXPECT_NE(line.find(" -1 NULL"), std::string::npos) << line;
-    }
-}
-
 TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
     FaultDriver fault;
     auto db = OpenDatabase(fault.ConnectionString());
@@ -267,7 +249,6 @@ TEST(StatementHandle, BlockSettingsAreRefusedWhileTheDatasetIsActive) {
     EXPECT_EQ(query->StatementHandle(), nullptr);
     query->SetBlockCursor(true);
     query->SetRowSetSize(50);
-    EXPECT_EQ(query->RowSetSize(), 50);
 }
 
 TEST(StatementHandle, RowCountCursorNameAndRelease) {

@@ -45,13 +45,12 @@ TEST(StatementRules, NoOpenDatabaseMeansNoStatement) {
     const std::string closed = "ODBC This operation is not allowed on closed database";
     TODBCQuery query(nullptr);
     query.SQL().SetText("delete from t");
-    EXPECT_EQ(DatabaseErrorOf([&] { query.ExecSQL(); }), closed);
-    EXPECT_EQ(DatabaseErrorOf([&] { query.Prepare(); }), closed);
-
     TODBCDatabase db(nullptr); // never connected
-    query.SetODBCDatabase(&db);
-    EXPECT_EQ(DatabaseErrorOf([&] { query.ExecSQL(); }), closed);
-    EXPECT_EQ(DatabaseErrorOf([&] { query.Prepare(); }), closed);
+    for (TODBCDatabase* database : {static_cast<TODBCDatabase*>(nullptr), &db}) {
+        query.SetODBCDatabase(database);
+        EXPECT_EQ(DatabaseErrorOf([&] { query.ExecSQL(); }), closed);
+        EXPECT_EQ(DatabaseErrorOf([&] { query.Prepare(); }), closed);
+    }
     EXPECT_EQ(query.StatementHandle(), nullptr);
     EXPECT_FALSE(query.Prepared());
     EXPECT_EQ(query.State(), dsInactive);

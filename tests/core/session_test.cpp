@@ -35,18 +35,6 @@ TEST(ODBCSession, DatabasesRegisterInOrderLeaveWithoutGapsAndAreFoundByExactName
     EXPECT_EQ(session->GetEnv(), odbcEnv());
 }
 
-TEST(ODBCSession, AComponentOwnerFreesItsDatabaseWhichLeavesTheSession) {
-    const int before = ODBCSession()->GetDatabaseCount();
-    {
-        TComponent owner(nullptr);
-        auto* owned = new TODBCDatabase(&owner);
-        owned->SetDatabaseName("OwnedByForm");
-        EXPECT_EQ(ODBCSession()->FindDatabase("OwnedByForm"), owned);
-    }
-    EXPECT_EQ(ODBCSession()->FindDatabase("OwnedByForm"), nullptr);
-    EXPECT_EQ(ODBCSession()->GetDatabaseCount(), before);
-}
-
 TEST(ClearLst, FreesEveryItemSkipsNullsAndEmptiesTheList) {
     static int destroyed = 0;
     struct Counted : TObject {
