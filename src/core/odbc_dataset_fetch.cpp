@@ -314,7 +314,7 @@ void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
 
 // ---- reading fields
 
-bool TODBCDataSet::GetActiveRecBuf(TRecordBuffer& RecBuf) {
+bool TODBCDataSet::GetStateRecBuf(TRecordBuffer& RecBuf) {
     switch (State()) {
     case dsFilter:
         RecBuf = FFilterBuffer;
@@ -349,9 +349,8 @@ void TODBCDataSet::PrepareFieldReads() {
 }
 
 bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
-    // Browsing is what nearly every read happens in; the other states choose their buffer below.
-    TRecordBuffer record = State() == dsBrowse && !IsEmpty() ? ActiveBuffer() : nullptr;
-    if (record == nullptr && !GetActiveRecBuf(record)) {
+    TRecordBuffer record = nullptr;
+    if (!GetActiveRecBuf(record)) {
         return false;
     }
     // Definitions are numbered by column, so the field number finds the binding and its slot; a field

@@ -418,19 +418,9 @@ TDateTime DateTimeRecToDateTime(TFieldType DataType, const TDateTimeRec& Value) 
         stamp.Date = DateDelta;
         stamp.Time = Value.Time;
         break;
-    default: {
-        // Every date-time read lands here. From 1899-12-30 to the end of 9999 the milliseconds split
-        // exactly in integers, to the same value the time stamp route gives.
-        constexpr double kFirst = double(DateDelta) * MSecsPerDay;
-        constexpr double kEnd = 3652060.0 * MSecsPerDay;
-        const double msecs = std::trunc(Value.DateTime);
-        if (msecs >= kFirst && msecs < kEnd) {
-            const auto total = static_cast<std::int64_t>(msecs);
-            return double(total / MSecsPerDay - DateDelta) + double(total % MSecsPerDay) / MSecsPerDay;
-        }
-        stamp = MSecsToTimeStamp(msecs);
+    default:
+        stamp = MSecsToTimeStamp(std::trunc(Value.DateTime));
         break;
-    }
     }
     return TimeStampToDateTime(stamp);
 }

@@ -50,6 +50,18 @@ void TNumericField::RangeError(double Value, double Min, double Max) const {
                      FloatToStr(Min), FloatToStr(Max));
 }
 
+void TNumericField::SetWholeNumberText(const std::string& Value) {
+    if (Value.empty()) {
+        Clear();
+        return;
+    }
+    std::int64_t number;
+    if (!TryStrToInt64(Value, number)) {
+        DatabaseErrorFmt(std::string(SFieldError) + SNotAnInteger, DisplayName(), Value);
+    }
+    DoSetAsLargeInt(number);
+}
+
 const std::string& TNumericField::TextFormat(bool ADisplayText) const {
     return ADisplayText || FEditFormat.empty() ? FDisplayFormat : FEditFormat;
 }
@@ -164,15 +176,7 @@ void TIntegerField::DoSetAsCurrency(Currency Value) {
 }
 
 void TIntegerField::DoSetAsString(const std::string& Value) {
-    if (Value.empty()) {
-        Clear();
-        return;
-    }
-    std::int64_t number;
-    if (!TryStrToInt64(Value, number)) {
-        DatabaseErrorFmt(std::string(SFieldError) + SNotAnInteger, DisplayName(), Value);
-    }
-    DoSetAsLargeInt(number);
+    SetWholeNumberText(Value);
 }
 
 void TIntegerField::SetVarValue(const Variant& Value) {
@@ -264,15 +268,7 @@ void TLargeintField::DoSetAsFloat(double Value) {
 }
 
 void TLargeintField::DoSetAsString(const std::string& Value) {
-    if (Value.empty()) {
-        Clear();
-        return;
-    }
-    std::int64_t number;
-    if (!TryStrToInt64(Value, number)) {
-        DatabaseErrorFmt(std::string(SFieldError) + SNotAnInteger, DisplayName(), Value);
-    }
-    DoSetAsLargeInt(number);
+    SetWholeNumberText(Value);
 }
 
 void TLargeintField::SetVarValue(const Variant& Value) {

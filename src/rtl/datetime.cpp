@@ -146,6 +146,13 @@ TTimeStamp MSecsToTimeStamp(double msecs) {
     if (!std::isfinite(msecs) || std::fabs(msecs) > kDayLimit * MSecsPerDay) {
         throw EConvertError(FormatMessage("%f is not a valid date/time value.", msecs / MSecsPerDay));
     }
+    // Whole milliseconds within the calendar (every date-time a record holds) split exactly in
+    // integers, to what the floating-point route below gives.
+    constexpr double kCalendarMSecs = 3652060.0 * MSecsPerDay;
+    if (msecs == std::trunc(msecs) && std::fabs(msecs) < kCalendarMSecs) {
+        const auto total = static_cast<std::int64_t>(msecs);
+        return TTimeStamp{std::int32_t(total % MSecsPerDay), std::int32_t(total / MSecsPerDay)};
+    }
     double days = std::trunc(msecs / MSecsPerDay);
     std::int64_t time = detail::RoundHalfAway(msecs - days * MSecsPerDay);
     if (time >= MSecsPerDay) {

@@ -4,7 +4,6 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
-#include <random>
 
 using namespace quorda;
 
@@ -90,20 +89,6 @@ TEST_F(DateTimeFieldsTest, ConversionsOfTheSlotMatchTheFieldsView) {
     EXPECT_DOUBLE_EQ(DateTimeRecToDateTime(ftTime, rec), EncodeTime(0, 0, 1, 500));
     rec = DateTimeToDateTimeRec(ftDate, EncodeDate(2000, 1, 1));
     EXPECT_EQ(rec.Date, DayNumber(2000, 1, 1));
-    // Reading a date-time slot splits its milliseconds directly where it can: it must give exactly
-    // what the time stamp route gives, on both sides of 1899-12-30 and at the calendar's ends.
-    std::mt19937_64 random(7);
-    std::uniform_int_distribution<std::int64_t> msecs(std::int64_t(MSecsPerDay), 3652060LL * MSecsPerDay - 1);
-    std::vector<double> slots = {double(DateDelta) * MSecsPerDay, double(DateDelta) * MSecsPerDay - 1,
-                                 3652060.0 * MSecsPerDay - 1, double(MSecsPerDay)};
-    for (int i = 0; i < 2000; ++i) {
-        slots.push_back(double(msecs(random)));
-    }
-    for (double slot : slots) {
-        rec.DateTime = slot;
-        ASSERT_EQ(DateTimeRecToDateTime(ftDateTime, rec), TimeStampToDateTime(MSecsToTimeStamp(slot)))
-            << slot;
-    }
     TField* date = DataSet.FieldByName("D");
     date->SetAsString("1999-12-31");
     EXPECT_EQ(date->AsDateTime(), EncodeDate(1999, 12, 31));

@@ -120,6 +120,17 @@ TEST(DateTimeCalendar, TimeThatRoundsToMidnightBelongsToTheNextDay) {
     EXPECT_EQ(MSecsToTimeStamp(1000.5).Time, 1001);
     EXPECT_EQ(MSecsToTimeStamp(1000.4999).Time, 1000);
     EXPECT_EQ(MSecsToTimeStamp(-1000.5).Time, -1001);
+    // Whole milliseconds split in integers; a quarter millisecond further from zero takes the
+    // floating-point route and must land on the same stamp, across the calendar and its day edges.
+    std::mt19937_64 random(7);
+    std::uniform_int_distribution<std::int64_t> any(-3652059LL * MSecsPerDay, 3652059LL * MSecsPerDay);
+    std::vector<double> values = {0, 1, -1, MSecsPerDay, -MSecsPerDay, double(DateDelta) * MSecsPerDay - 1};
+    for (int i = 0; i < 2000; ++i) {
+        values.push_back(double(any(random)));
+    }
+    for (double msecs : values) {
+        ASSERT_EQ(MSecsToTimeStamp(msecs), MSecsToTimeStamp(msecs + std::copysign(0.25, msecs))) << msecs;
+    }
 }
 
 TEST(DateTimeCalendar, TimeStampsOfLandmarkDates) {

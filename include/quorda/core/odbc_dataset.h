@@ -165,7 +165,14 @@ public:
     // Raises SODBCNotCorrect when the arrays differ in length.
     bool FindRecordByValues(const std::vector<std::string>& FieldNames, const std::vector<Variant>& Values,
                             bool FromFirst);
-    bool GetActiveRecBuf(TRecordBuffer& RecBuf);
+    // Inline for the browse state, which nearly every field read happens in.
+    bool GetActiveRecBuf(TRecordBuffer& RecBuf) {
+        if (State() != dsBrowse) {
+            return GetStateRecBuf(RecBuf);
+        }
+        RecBuf = IsEmpty() ? nullptr : ActiveBuffer();
+        return RecBuf != nullptr;
+    }
 
     // --- framework overrides (public in the framework)
     bool GetFieldData(TField* Field, void* Buffer) override;
@@ -279,6 +286,8 @@ protected:
     std::vector<std::unique_ptr<TFieldValueItem>> FFieldValues;
 
 private:
+    // The record buffer of every state but browsing.
+    bool GetStateRecBuf(TRecordBuffer& RecBuf);
     // Sends the values of data-at-execution parameters after SQLExecute answered SQL_NEED_DATA.
     void SendDataAtExecution();
     // SQLFreeStmt with SQL_RESET_PARAMS, SQL_UNBIND and SQL_DROP; only the drop is checked.

@@ -24,6 +24,9 @@ protected:
     [[noreturn]] void RangeError(double Value, double Min, double Max) const;
     // The format GetText uses: the display format for display text, else the edit format when set.
     const std::string& TextFormat(bool ADisplayText) const;
+    // What setting AsString does on a whole-number field: empty text clears it, other text must read
+    // as an integer and goes on to DoSetAsLargeInt (which checks the field's range).
+    void SetWholeNumberText(const std::string& Value);
 
 private:
     std::string FDisplayFormat;
