@@ -1,0 +1,307 @@
+#include "quorda/rtl/ini_document.h"
+#include "quorda/rtl/reg_ini_file.h"
+#include "quorda/rtl/strings.h"
+#include "quorda_test/config_home.h"
+
+#include <csignal>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace quorda {
+namespace {
+
+namespace fs = std::filesystem;
+using testing_support::TTemporaryConfigHome;
+
+std::string FileText(const fs::path& Path) {
+    std::ifstream File(Path, std::ios::binary);
+    std::stringstream Text;
+    Text << File.rdbuf();
+    return Text.str();
+}
+
+void WriteFile(const fs::path& Path, const std::string& Text) {
+    fs::create_directories(Path.parent_path());
+    std::ofstream(Path, std::ios::binary) << Text;
+}
+
+std::vector<std::string> FolderEntries(const fs::path& Folder) {
+    std::vector<std::string> Names;
+    for (const auto& Entry : fs::directory_iterator(Folder)) {
+        Names.push_back(Entry.path().filename().string());
+    }
+    std::sort(Names.begin(), Names.end());
+    return Names;
+}
+
+// Runs Body in a child process; the child's exit code (0 when Body returned true).
+template <typename F>
+int InChild(F&& Body) {
+    const pid_t Child = ::fork();
+    if (Child == 0) {
+        bool Ok = false;
+        try {
+            Ok = Body();
+        } catch (...) {
+        }
+        ::_exit(Ok ? 0 : 1);
+    }
+    int Status = 0;
+    ::waitpid(Child, &Status, 0);
+    return WIFEXITED(Status) ? WEXITSTATUS(Status) : 128 + WTERMSIG(Status);
+}
+
+constexpr char kGarbage[] = "\0\xff[\x01]\n\x80=\x02\n[s]\nk=\0v\n";
+
+struct TReadCase {
+    const char* Name;
+    std::string Text;
+    const char* Section;
+    const char* Ident;
+    std::optional<std::string> Expected;
+};
+
+// Hand-written, damaged and garbage files: reading never fails, values it cannot find are absent.
+TEST(IniDocument, ReadsWhatItCanOfAnyText) {
+    const TReadCase Cases[] = {
+        {"plain", "[s]\nk=v\n", "s", "k", "v"},
+        {"blanks trimmed, names ignore case", "  [ Sec ]  \r\n  Key  =  a b  \r\n", "SEC", "key", "a b"},
+        {"first of two keys counts", "[s]\nk=1\nk=2\n", "s", "k", "1"},
+        {"a section named twice is one", "[s]\na=1\n[t]\n[S]\nb=2\n", "s", "b", "2"},
+        {"comments are not entries", "[s]\n;k=1\n#k=2\n", "s", "k", std::nullopt},
+        {"entries before any section are ignored", "k=1\n[s]\n", "s", "k", std::nullopt},
+        {"truncated last line", "[s]\nk=val", "s", "k", "val"},
+        {"truncated header", "[s]\nk=1\n[t", "s", "k", "1"},
+        {"header cut before its bracket is no section", "[t\nk=1\n", "t", "k", std::nullopt},
+        {"empty key", "[s]\n=v\n", "s", "", std::nullopt},
+        {"escapes", "[s]\nk=\\x20a\\\\b\\x0Ac\\x20\n", "s", "k", " a\\b\nc "},
+        {"unknown escapes read literally", "[s]\nk=C:\\dir\\x4\n", "s", "k", "C:\\dir\\x4"},
+        {"value with '='", "[s]\nk=a=b\n", "s", "k", "a=b"},
+        {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k",
+         std::string("\0v", 2)},
+    };
+    for (const TReadCase& Case : Cases) {
+        SCOPED_TRACE(Case.Name);
+        const TIniDocument Document = TIniDocument::Parse(Case.Text);
+        const std::string* Value = Document.Find(Case.Section, Case.Ident);
+        ASSERT_EQ(Value != nullptr, Case.Expected.has_value());
+        if (Value != nullptr) {
+            EXPECT_EQ(*Value, *Case.Expected);
+        }
+    }
+}
+
+// Names and values of any bytes survive a write and a read; lines the reader did not understand
+// are written back unchanged.
+TEST(IniDocument, WrittenTextReadsBackExactlyAndKeepsForeignLines) {
+    const std::string Awkward[] = {"",   " lead", "trail ", "a=b",    "[x]", ";c",   "#c",
+                                   "\\", "\\x41", "l1\nl2", "cr\r",   "]",   "\x01", std::string("z\0z", 3)};
+    TIniDocument Document = TIniDocument::Parse("; kept comment\n[keep]\ngarbage line\nk=v\n");
+    for (const std::string& Name : Awkward) {
+        if (!Name.empty()) {
+            Document.SetValue("sec " + Name, Name, Name);
+        }
+        Document.SetValue("values", "k" + std::to_string(&Name - Awkward), Name);
+    }
+    const std::string Text = Document.Text();
+    const TIniDocument Again = TIniDocument::Parse(Text);
+    EXPECT_EQ(Again.Text(), Text);
+    for (const std::string& Name : Awkward) {
+        SCOPED_TRACE(Name);
+        if (!Name.empty()) {
+            const std::string* Value = Again.Find("sec " + Name, Name);
+            ASSERT_NE(Value, nullptr);
+            EXPECT_EQ(*Value, Name);
+        }
+        const std::string* Value = Again.Find("values", "k" + std::to_string(&Name - Awkward));
+        ASSERT_NE(Value, nullptr);
+        EXPECT_EQ(*Value, Name);
+    }
+    EXPECT_EQ(Text.rfind("; kept comment\n[keep]\ngarbage line\nk=v\n", 0), 0u);
+}
+
+TEST(RegIniFile, KeyPathsMapToFoldersUnderTheConfigurationFolder) {
+    TTemporaryConfigHome Home;
+    const struct {
+        const char* KeyPath;
+        const char* File;
+    } Cases[] = {
+        {"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
+        {"Software/Acme", "quorda/Software/Acme.ini"},
+        {"\\\\a\\/b\\", "quorda/a/b.ini"},
+        {"", "quorda/.ini"},
+        {"..\\..\\etc", "quorda/%2E%2E/%2E%2E/etc.ini"},
+        {"x.ini\\y", "quorda/x%2Eini/y.ini"},
+        {"50%", "quorda/50%25.ini"},
+    };
+    for (const auto& Case : Cases) {
+        SCOPED_TRACE(Case.KeyPath);
+        EXPECT_EQ(TRegIniFile::PathOfKey(Case.KeyPath), Home.Folder() / Case.File);
+    }
+
+    TRegIniFile Ini("Software\\Acme\\Orders");
+    Ini.WriteString("s", "k", "v");
+    EXPECT_EQ(FileText(Home.Folder() / "quorda/Software/Acme/Orders.ini"), "[s]\nk=v\n");
+
+    // A relative XDG_CONFIG_HOME is not a configuration folder: ~/.config is used instead.
+    ::setenv("XDG_CONFIG_HOME", "relative", 1);
+    ::setenv("HOME", Home.Folder().c_str(), 1);
+    EXPECT_EQ(TRegIniFile::ConfigFolder(), Home.Folder() / ".config/quorda");
+}
+
+TEST(RegIniFile, TypedReadsFallBackToTheirDefaults) {
+    TTemporaryConfigHome Home;
+    WriteFile(TRegIniFile::PathOfKey("App"),
+              "[n]\ndec= 42 \nneg=-7\ndollar=$1F\nhex=0x10\ntext=abc\nbig=99999999999\nempty=\n");
+    const TRegIniFile Ini("App");
+    const struct {
+        const char* Ident;
+        std::int32_t Expected;
+    } Integers[] = {{"dec", 42}, {"neg", -7}, {"dollar", 31}, {"hex", 16},
+                    {"text", -1}, {"big", -1}, {"empty", -1}, {"missing", -1}};
+    for (const auto& Case : Integers) {
+        SCOPED_TRACE(Case.Ident);
+        EXPECT_EQ(Ini.ReadInteger("n", Case.Ident, -1), Case.Expected);
+    }
+    EXPECT_TRUE(Ini.ReadBool("n", "dec", false));
+    EXPECT_FALSE(Ini.ReadBool("n", "text", false));
+    EXPECT_TRUE(Ini.ReadBool("n", "text", true));
+    EXPECT_EQ(Ini.ReadString("n", "missing", "\x01"), "\x01");
+    EXPECT_EQ(Ini.ReadString("nowhere", "dec", "d"), "d");
+    EXPECT_EQ(TRegIniFile("Elsewhere").ReadString("n", "dec", "no file"), "no file");
+}
+
+TEST(RegIniFile, WritesSectionsAndErasesThem) {
+    TTemporaryConfigHome Home;
+    TRegIniFile Ini("App");
+    Ini.WriteString("orders", "id-find", "12");
+    Ini.WriteInteger("orders", "FindOption", 2);
+    Ini.WriteBool("orders", "FindSensitive", true);
+    Ini.WriteString("customers", "name-filter", "A");
+    EXPECT_EQ(FileText(Ini.Path()), "[orders]\nid-find=12\nFindOption=2\nFindSensitive=1\n"
+                                    "[customers]\nname-filter=A\n");
+
+    TStringList List;
+    Ini.ReadSections(List);
+    EXPECT_EQ(List.ToVector(), (std::vector<std::string>{"orders", "customers"}));
+    Ini.ReadSection("ORDERS", List);
+    EXPECT_EQ(List.ToVector(), (std::vector<std::string>{"id-find", "FindOption", "FindSensitive"}));
+    Ini.ReadSectionValues("orders", List);
+    EXPECT_EQ(List.Values("FindOption"), "2");
+    EXPECT_TRUE(Ini.ValueExists("Orders", "ID-FIND"));
+    EXPECT_FALSE(Ini.ValueExists("orders", "name-filter"));
+
+    Ini.DeleteKey("orders", "id-find");
+    EXPECT_FALSE(Ini.ValueExists("orders", "id-find"));
+    Ini.EraseSection("orders");
+    EXPECT_FALSE(Ini.SectionExists("orders"));
+    EXPECT_EQ(FileText(Ini.Path()), "[customers]\nname-filter=A\n");
+    // Only the settings file and its lock file are left: no temporary files.
+    EXPECT_EQ(FolderEntries(Ini.Path().parent_path()), (std::vector<std::string>{"App.ini", "App.ini.lock"}));
+}
+
+TEST(RegIniFile, GarbageFileReadsDefaultsAndAWriteKeepsItsLines) {
+    TTemporaryConfigHome Home;
+    const fs::path Path = TRegIniFile::PathOfKey("App");
+    std::string Garbage;
+    for (int I = 0; I < 4096; ++I) {
+        Garbage += static_cast<char>((I * 7919) % 251);
+    }
+    WriteFile(Path, Garbage);
+    TRegIniFile Ini("App");
+    EXPECT_EQ(Ini.ReadInteger("orders", "FindOption", 1), 1);
+    Ini.WriteString("orders", "k", "v");
+    EXPECT_EQ(Ini.ReadString("orders", "k", ""), "v");
+    EXPECT_EQ(TIniDocument::Parse(FileText(Path)).Text(), FileText(Path));
+    EXPECT_NE(FileText(Path).find(Garbage.substr(0, 10)), std::string::npos);
+
+    // A file too large to be settings reads as defaults and is never replaced.
+    const std::string Huge(17 * 1024 * 1024, 'x');
+    WriteFile(Path, "[orders]\nk=v\n" + Huge);
+    EXPECT_EQ(Ini.ReadString("orders", "k", "default"), "default");
+    EXPECT_THROW(Ini.WriteString("orders", "k", "w"), ERegistryException);
+    EXPECT_EQ(fs::file_size(Path), 13 + Huge.size());
+}
+
+// A batch holds the lock and replaces the file once; abandoned, it changes nothing.
+TEST(RegIniFile, UpdateBatchesWritesIntoOneReplacement) {
+    TTemporaryConfigHome Home;
+    TRegIniFile Ini("App");
+    Ini.WriteString("s", "old", "1");
+    {
+        TRegIniFile Batch("App");
+        Batch.BeginUpdate();
+        Batch.EraseSection("s");
+        Batch.WriteString("s", "new", "2");
+        EXPECT_EQ(Batch.ReadString("s", "new", ""), "2");
+        EXPECT_EQ(Ini.ReadString("s", "old", ""), "1");
+        // Abandoned without EndUpdate.
+    }
+    EXPECT_EQ(FileText(Ini.Path()), "[s]\nold=1\n");
+
+    Ini.BeginUpdate();
+    Ini.EraseSection("s");
+    Ini.WriteString("s", "new", "2");
+    Ini.EndUpdate();
+    EXPECT_EQ(FileText(Ini.Path()), "[s]\nnew=2\n");
+}
+
+// Two processes writing different keys at once: every write survives, the file stays whole.
+TEST(RegIniFile, ConcurrentWritersLoseNothing) {
+    TTemporaryConfigHome Home;
+    constexpr int Count = 40;
+    const auto Writer = [](const char* Prefix) {
+        TRegIniFile Ini("Shared\\App");
+        for (int I = 0; I < Count; ++I) {
+            Ini.WriteString("s", Prefix + std::to_string(I), std::string(200, Prefix[0]));
+        }
+        return true;
+    };
+    const pid_t Child = ::fork();
+    if (Child == 0) {
+        ::_exit(Writer("child") ? 0 : 1);
+    }
+    Writer("parent");
+    int Status = 0;
+    ::waitpid(Child, &Status, 0);
+    ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0);
+
+    TStringList Keys;
+    TRegIniFile("Shared\\App").ReadSection("s", Keys);
+    EXPECT_EQ(Keys.Count(), 2 * Count);
+    EXPECT_EQ(TRegIniFile("Shared\\App").ReadString("s", "child39", ""), std::string(200, 'c'));
+}
+
+// A write that runs out of space fails with an error and leaves the previous file and no temporary
+// file behind. The child's file size limit stands in for a full disk.
+TEST(RegIniFile, FailedWriteLeavesThePreviousFile) {
+    TTemporaryConfigHome Home;
+    TRegIniFile Ini("App");
+    Ini.WriteString("s", "k", "before");
+    const std::string Before = FileText(Ini.Path());
+
+    const int Result = InChild([&] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit Limit{4096, 4096};
+        ::setrlimit(RLIMIT_FSIZE, &Limit);
+        try {
+            Ini.WriteString("s", "k", std::string(100000, 'x'));
+        } catch (const ERegistryException&) {
+            return true;
+        }
+        return false;
+    });
+    EXPECT_EQ(Result, 0);
+    EXPECT_EQ(FileText(Ini.Path()), Before);
+    EXPECT_EQ(FolderEntries(Ini.Path().parent_path()), (std::vector<std::string>{"App.ini", "App.ini.lock"}));
+}
+
+} // namespace
+} // namespace quorda
