@@ -84,8 +84,7 @@ TEST(IniDocument, ReadsWhatItCanOfAnyText) {
         {"escapes", "[s]\nk=\\x20a\\\\b\\x0Ac\\x20\n", "s", "k", " a\\b\nc "},
         {"unknown escapes read literally", "[s]\nk=C:\\dir\\x4\n", "s", "k", "C:\\dir\\x4"},
         {"value with '='", "[s]\nk=a=b\n", "s", "k", "a=b"},
-        {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k",
-         std::string("\0v", 2)},
+        {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)},
     };
     for (const TReadCase& Case : Cases) {
         SCOPED_TRACE(Case.Name);
@@ -101,8 +100,8 @@ TEST(IniDocument, ReadsWhatItCanOfAnyText) {
 // Names and values of any bytes survive a write and a read; lines the reader did not understand
 // are written back unchanged.
 TEST(IniDocument, WrittenTextReadsBackExactlyAndKeepsForeignLines) {
-    const std::string Awkward[] = {"",   " lead", "trail ", "a=b",    "[x]", ";c",   "#c",
-                                   "\\", "\\x41", "l1\nl2", "cr\r",   "]",   "\x01", std::string("z\0z", 3)};
+    const std::string Awkward[] = {"",   " lead", "trail ", "a=b",  "[x]", ";c",   "#c",
+                                   "\\", "\\x41", "l1\nl2", "cr\r", "]",   "\x01", std::string("z\0z", 3)};
     TIniDocument Document = TIniDocument::Parse("; kept comment\n[keep]\ngarbage line\nk=v\n");
     for (const std::string& Name : Awkward) {
         if (!Name.empty()) {
@@ -164,8 +163,8 @@ TEST(RegIniFile, TypedReadsFallBackToTheirDefaults) {
     const struct {
         const char* Ident;
         std::int32_t Expected;
-    } Integers[] = {{"dec", 42}, {"neg", -7}, {"dollar", 31}, {"hex", 16},
-                    {"text", -1}, {"big", -1}, {"empty", -1}, {"missing", -1}};
+    } Integers[] = {{"dec", 42},  {"neg", -7}, {"dollar", 31}, {"hex", 16},
+                    {"text", -1}, {"big", -1}, {"empty", -1},  {"missing", -1}};
     for (const auto& Case : Integers) {
         SCOPED_TRACE(Case.Ident);
         EXPECT_EQ(Ini.ReadInteger("n", Case.Ident, -1), Case.Expected);
