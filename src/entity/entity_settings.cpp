@@ -12,11 +12,12 @@ constexpr char kFindOption[] = "FindOption";
 constexpr char kFindDown[] = "FindDown";
 
 // The settings text of a find or filter value; false for values that are not kept (Null, empty
-// strings, anything neither a string, a number nor a date).
+// strings, anything neither a string, a number nor a date). The absent marker a missing filter key
+// leaves in a field is not kept either: read back, a missing key gives the same marker.
 bool SettingText(const Variant& Value, std::string& Text) {
     if (VarIsStr(Value)) {
         Text = Value.AsString();
-        return !Text.empty();
+        return !Text.empty() && Text != EntityAbsentMarker;
     }
     if (Value.VarType() == varDate) {
         Text = DateTimeToStr(Value.AsDateTime());

@@ -1,0 +1,186 @@
+#include "entity_test_support.h"
+#include "quorda/rtl/application.h"
+#include "quorda/rtl/reg_ini_file.h"
+#include "quorda_test/config_home.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace quorda {
+namespace {
+
+namespace fs = std::filesystem;
+using entitytest::TOrdersEntity;
+using testing_support::TTemporaryConfigHome;
+
+constexpr char kKeyPath[] = "Software\\Quorda Tests\\Entities";
+
+// A temporary configuration folder and the entities' key path in it.
+class EntitySettings : public ::testing::Test {
+protected:
+    void SetUp() override { EntityINIFileName = kKeyPath; }
+    void TearDown() override { EntityINIFileName.clear(); }
+
+    static fs::path SettingsPath() { return TRegIniFile::PathOfKey(kKeyPath); }
+    static std::string SettingsText() {
+        std::ifstream File(SettingsPath(), std::ios::binary);
+        std::stringstream Text;
+        Text << File.rdbuf();
+        return Text.str();
+    }
+    static void WriteSettings(const std::string& Text) {
+        fs::create_directories(SettingsPath().parent_path());
+        std::ofstream(SettingsPath(), std::ios::binary) << Text;
+    }
+
+    TTemporaryConfigHome Home;
+};
+
+// What one process leaves at destruction, a new entity in another process reads back.
+TEST_F(EntitySettings, ValuesWrittenAtDestructionReachANewProcess) {
+    const pid_t Child = ::fork();
+    if (Child == 0) {
+        {
+            TOrdersEntity Orders("orders");
+            Orders.SetFindSensitive(true);
+            Orders.SetFindOption(efoSubConCur);
+            Orders.SetFindDown(dfPrior);
+            Orders.SetFieldFind("custname", "Smi");
+            Orders.SetFieldFilter("customer", 42);
+            Orders.SetFieldFind("total", Variant::FromDateTime(EncodeDateTime(2024, 2, 29, 13, 5, 0, 0)));
+            Orders.SetFieldFilter("total", "");
+        }
+        ::_exit(0);
+    }
+    int Status = 0;
+    ::waitpid(Child, &Status, 0);
+    ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0);
+
+    TOrdersEntity Orders("orders");
+    EXPECT_TRUE(Orders.FindSensitive());
+    EXPECT_EQ(Orders.FindOption(), efoSubConCur);
+    EXPECT_EQ(Orders.FindDown(), dfPrior);
+    EXPECT_EQ(Orders.FieldByName("custname")->findStr(), Variant("Smi"));
+    // Numbers and dates come back as their text.
+    EXPECT_EQ(Orders.FieldByName("customer")->filterStr(), Variant("42"));
+    EXPECT_EQ(Orders.FieldByName("total")->findStr(),
+              Variant(DateTimeToStr(EncodeDateTime(2024, 2, 29, 13, 5, 0, 0))));
+    EXPECT_TRUE(Orders.FieldByName("id")->findStr().IsNull());
+}
+
+// The section is erased before the current values are written: keys of removed fields and of
+// values cleared since never survive, other sections stay.
+TEST_F(EntitySettings, DestructionLeavesExactlyTheCurrentValues) {
+    WriteSettings("[other]\nk=v\n[orders]\ngone-find=x\nid-find=5\ntotal-filter=9\nFindOption=0\n");
+    {
+        TOrdersEntity Orders("orders");
+        EXPECT_EQ(Orders.FieldByName("id")->findStr(), Variant("5"));
+        Orders.SetFieldFind("id", NullValue);
+        Orders.SetFieldFind("custname", "A");
+    }
+    EXPECT_EQ(SettingsText(), "[other]\nk=v\n[orders]\ncustname-find=A\ntotal-filter=9\n"
+                              "FindSensitive=0\nFindOption=0\nFindDown=0\n");
+}
+
+// An entity without a section name reads, erases and writes nothing.
+TEST_F(EntitySettings, EmptyViewFullTouchesNothing) {
+    {
+        TOrdersEntity Orders;
+        Orders.SetFieldFind("id", "1");
+        Orders.SetFindSensitive(true);
+    }
+    EXPECT_FALSE(fs::exists(SettingsPath()));
+
+    WriteSettings("[]\nid-find=1\nFindSensitive=1\n");
+    {
+        TOrdersEntity Orders;
+        EXPECT_TRUE(Orders.FieldByName("id")->findStr().IsNull());
+        EXPECT_FALSE(Orders.FindSensitive());
+    }
+    EXPECT_EQ(SettingsText(), "[]\nid-find=1\nFindSensitive=1\n");
+}
+
+// A missing find key gives Null, a missing filter key leaves the absent marker in the filter slot:
+// the filter is cleared only when the find value is still the marker.
+TEST_F(EntitySettings, AbsentKeysFindAndFilterAsymmetry) {
+    WriteSettings("[orders]\nid-find=7\ncustname-filter=B\n");
+    const Variant Marker(EntityAbsentMarker);
+    const struct {
+        const char* Field;
+        bool SaveFind;
+        bool SaveFilter;
+        Variant Find;
+        Variant Filter;
+    } Cases[] = {
+        {"customer", true, true, NullValue, Marker},       {"id", true, true, Variant("7"), Marker},
+        {"custname", true, true, NullValue, Variant("B")}, {"id", false, true, NullValue, Marker},
+        {"custname", true, false, NullValue, NullValue},
+    };
+    for (const auto& Case : Cases) {
+        SCOPED_TRACE(std::string(Case.Field) + (Case.SaveFind ? " find" : "") +
+                     (Case.SaveFilter ? " filter" : ""));
+        TOrdersEntity Orders;
+        Orders.SetViewFull("orders");
+        Orders.SetSaveFindIni(Case.SaveFind);
+        Orders.SetSaveFilterIni(Case.SaveFilter);
+        TFieldItem* Field = Orders.FieldByName(Case.Field);
+        Orders.ReadFromINIField(Field, Case.Field);
+        EXPECT_EQ(Field->findStr(), Case.Find);
+        EXPECT_EQ(Field->filterStr(), Case.Filter);
+        Orders.SetViewFull({});
+    }
+}
+
+// Without SaveFindIni no find key is written; options are written regardless of both flags.
+TEST_F(EntitySettings, SaveFlagsLimitFieldValuesNotOptions) {
+    {
+        TOrdersEntity Orders("orders");
+        Orders.SetSaveFindIni(false);
+        Orders.SetSaveFilterIni(false);
+        Orders.SetFieldFind("id", "1");
+        Orders.SetFieldFilter("id", "2");
+        Orders.SetFindDown(dfPrior);
+    }
+    EXPECT_EQ(SettingsText(), "[orders]\nFindSensitive=0\nFindOption=1\nFindDown=1\n");
+}
+
+// Damaged settings give defaults; options no enumerator has are defaults too.
+TEST_F(EntitySettings, GarbageSettingsGiveDefaults) {
+    const std::string Damaged[] = {
+        std::string("\0\x01\xff[orders\n=\n\x80", 9),
+        "[orders]\nFindOption=7\nFindDown=-1\nFindSensitive=yes\nid-find",
+        "[orders]\nFindOption=\nFindDown=0x\n[orders\n",
+    };
+    for (const std::string& Text : Damaged) {
+        WriteSettings(Text);
+        TOrdersEntity Orders("orders");
+        EXPECT_EQ(Orders.FindOption(), efoFirstConCur);
+        EXPECT_EQ(Orders.FindDown(), dfNext);
+        EXPECT_FALSE(Orders.FindSensitive());
+        EXPECT_TRUE(Orders.FieldByName("id")->findStr().IsNull());
+    }
+}
+
+// A destruction whose settings cannot be written shows the error and leaves the file as it was.
+TEST_F(EntitySettings, FailedWriteAtDestructionIsShownNotThrown) {
+    const std::string TooLarge = "[orders]\n" + std::string(17 * 1024 * 1024, ';');
+    WriteSettings(TooLarge);
+    std::vector<std::string> Shown;
+    const TExceptionHandler Saved =
+        Application::SetExceptionHandler([&](const std::exception& E) { Shown.push_back(E.what()); });
+    {
+        TOrdersEntity Orders("orders");
+        Orders.SetFieldFind("id", "1");
+    }
+    Application::SetExceptionHandler(Saved);
+    ASSERT_EQ(Shown.size(), 1u);
+    EXPECT_NE(Shown[0].find("Cannot write settings file"), std::string::npos);
+    EXPECT_EQ(fs::file_size(SettingsPath()), TooLarge.size());
+}
+
+} // namespace
+} // namespace quorda
