@@ -3,6 +3,7 @@
 #include "quorda/rtl/string_utils.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace quorda {
 
@@ -62,17 +63,11 @@ std::string Escape(std::string_view S, TTextKind Kind) {
     return Result;
 }
 
-int HexDigit(char C) {
-    if (C >= '0' && C <= '9') {
-        return C - '0';
-    }
-    if (C >= 'a' && C <= 'f') {
-        return C - 'a' + 10;
-    }
-    if (C >= 'A' && C <= 'F') {
-        return C - 'A' + 10;
-    }
-    return -1;
+// The byte of two hexadecimal digits at Text, or -1.
+int HexByte(std::string_view Text) {
+    unsigned Value = 0;
+    const auto [End, Error] = std::from_chars(Text.data(), Text.data() + 2, Value, 16);
+    return Error == std::errc() && End == Text.data() + 2 ? static_cast<int>(Value) : -1;
 }
 
 std::string Unescape(std::string_view S) {
@@ -86,10 +81,8 @@ std::string Unescape(std::string_view S) {
                 continue;
             }
             if (S[I + 1] == 'x' && I + 3 < S.size()) {
-                const int High = HexDigit(S[I + 2]);
-                const int Low = HexDigit(S[I + 3]);
-                if (High >= 0 && Low >= 0) {
-                    Result += static_cast<char>(High * 16 + Low);
+                if (const int Byte = HexByte(S.substr(I + 2, 2)); Byte >= 0) {
+                    Result += static_cast<char>(Byte);
                     I += 3;
                     continue;
                 }

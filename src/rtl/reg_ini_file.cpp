@@ -5,6 +5,7 @@
 #include "quorda/rtl/strings.h"
 
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -245,17 +246,21 @@ std::string TRegIniFile::ReadString(const std::string& Section, const std::strin
 std::int32_t TRegIniFile::ReadInteger(const std::string& Section, const std::string& Ident,
                                       std::int32_t Default) const {
     const std::string Text = Trim(ReadString(Section, Ident, ""));
-    std::string Hex;
+    std::string_view Hex;
     if (Text.starts_with('$')) {
-        Hex = Text.substr(1);
+        Hex = std::string_view(Text).substr(1);
     } else if (Text.starts_with("0x") || Text.starts_with("0X")) {
-        Hex = Text.substr(2);
-    }
-    if (Hex.empty() || Hex.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos ||
-        Hex.size() > 8) {
+        Hex = std::string_view(Text).substr(2);
+    } else {
         return StrToIntDef(Text, Default);
     }
-    return static_cast<std::int32_t>(std::strtoul(Hex.c_str(), nullptr, 16));
+    // Up to eight digits, the bits of the 32-bit value ($FFFFFFFF is -1).
+    std::uint32_t Value = 0;
+    const auto [End, Error] = std::from_chars(Hex.data(), Hex.data() + Hex.size(), Value, 16);
+    if (Hex.empty() || Error != std::errc() || End != Hex.data() + Hex.size()) {
+        return Default;
+    }
+    return static_cast<std::int32_t>(Value);
 }
 
 bool TRegIniFile::ReadBool(const std::string& Section, const std::string& Ident, bool Default) const {
