@@ -2,8 +2,6 @@
 
 namespace quorda {
 
-void DatabaseError(const std::string& message) {
-    throw EDatabaseError(message);
-}
+void DatabaseError(const std::string& message) { throw EDatabaseError(message); }
 
 } // namespace quorda
