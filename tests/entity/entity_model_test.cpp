@@ -31,21 +31,5 @@ TEST(EntityModel, FieldNamesAndSlots) {
     EXPECT_TRUE(Field->Value().IsNull());
 }
 
-// A new entity orders by nothing, runs no procedure and is registered under its (empty) name.
-TEST(EntityModel, NewEntityDefaults) {
-    TTestEntity Entity;
-    EXPECT_EQ(Entity.Ordering(), -1);
-    EXPECT_EQ(Entity.FindOption(), efoFirstConCur);
-    EXPECT_TRUE(Entity.flgReread());
-    for (int Type = fetSelect; Type <= fetClose; ++Type) {
-        EXPECT_EQ(Entity.GetSP(static_cast<TExecType>(Type)), "");
-        EXPECT_FALSE(Entity.GetSPOpen(static_cast<TExecType>(Type)));
-    }
-    const TStringList& Open = lstOpenEntity();
-    const int Index = Open.IndexOfObject(&Entity);
-    ASSERT_GE(Index, 0);
-    EXPECT_EQ(Open[Index], "");
-}
-
 } // namespace
 } // namespace quorda

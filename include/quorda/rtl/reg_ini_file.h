@@ -28,7 +28,8 @@ public:
 // Every write locks the file (an advisory lock on "<file>.lock" beside it), re-reads it, applies
 // the change and replaces it atomically (temporary file in the same folder, flush, rename), so a
 // crash, a full disk or a second writer never leaves a half-written or mixed file. Between
-// BeginUpdate and EndUpdate the lock is held and the writes of the batch replace the file once.
+// BeginUpdate and EndUpdate the lock is held and the writes of the batch replace the file once; any
+// other object writing the same file meanwhile waits for EndUpdate, also in the same thread.
 class TRegIniFile {
 public:
     explicit TRegIniFile(std::string FileName);
