@@ -131,6 +131,23 @@ errors)
     grep -q s3cret "$err" && fail "the password was printed"
     run nonzero -d QuordaDemo -c "Driver=SQLite3" tables
     ;;
+pgsql)
+    # The private cluster by data source name, user and password; a table of this run's own.
+    # shellcheck disable=SC1091
+    source "$QUORDA_TEST_ENV_DIR/pg/pg.env"
+    pg() { run "$1" -d "$QUORDA_PG_DSN_ANSI" -u "$QUORDA_PG_USER" -P quorda "${@:2}"; }
+    t=cli_$$_$RANDOM
+    pg 0 exec "create table $t (id bigint primary key, name text, at date)"
+    pg 0 exec "insert into $t values (9007199254740993, 'x, ''y''', '2024-02-29'), (2, NULL, NULL)"
+    pg 0 export "$t" "$work/t.txt"
+    pg 0 exec "delete from $t where id = 2"
+    pg 0 import "$work/t.txt" "$t" --key "where id = :id" --update
+    pg 0 query "select id, name, at from $t order by id" --csv
+    same "$(cat "$out")" "$(printf 'id,name,at\r\n2,,\r\n9007199254740993,"x, '"'y'"'",2024-02-29\r')"
+    pg 1 query "select * from $t where"
+    expect_err "SQLSTATE 42601"
+    pg 0 exec "drop table $t"
+    ;;
 *)
     echo "unknown case $case" >&2
     exit 2
