@@ -91,8 +91,11 @@ void AssignToken(TODBCParam& Param, TFieldType Column, const std::string& Token)
         return;
     }
     if (Token.front() == '\'') {
-        const std::string inner = Token.size() >= 2 ? Token.substr(1, Token.size() - 2) : std::string();
-        const std::string value = ConverString(inner, false);
+        // Stripping the last character of a value whose closing quote is missing would lose data.
+        if (Token.size() < 2 || Token.back() != '\'') {
+            DatabaseErrorFmt("Unterminated quoted value %s", Token);
+        }
+        const std::string value = ConverString(Token.substr(1, Token.size() - 2), false);
         if (longColumn) {
             SetLongValue(Param, Column, value);
         } else {

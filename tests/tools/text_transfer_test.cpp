@@ -140,6 +140,36 @@ TEST_P(TextTransfer, ABadNumberOnLine5000LeavesTheTableAsItWas) {
     EXPECT_EQ(Contents(t).size(), 1u);
 }
 
+TEST_P(TextTransfer, ImportTakesEveryShapeOfFileOrRefusesItWhole) {
+    struct Case {
+        std::string Text;
+        std::vector<quorda_test::Row> Rows; // after the import, the table held row 1 before
+        bool Refused = false;
+    };
+    const quorda_test::Row one{"1", "one"};
+    const std::vector<Case> cases{
+        {"", {one}},
+        {"id,name\r\n", {one}},
+        {"id,name\n3,'unix'\n4,''\r\n5,'no end'", {one, {"3", "unix"}, {"4", std::nullopt}, {"5", "no end"}}},
+        {"id,name\r\n6,'a',7\r\n", {one}, true},
+        {"id,name\r\n6,'a'\r\n7,'b\r\n", {one}, true},
+    };
+    for (const Case& c : cases) {
+        const std::string t = Table("id integer primary key, name varchar(20)");
+        Raw.Exec("insert into " + t + " values (1, 'one')");
+        const auto file = TempPath();
+        WriteFile(file, c.Text);
+        if (c.Refused) {
+            EXPECT_THROW(ImportDataSet(file.string(), t, "where id = :id", itIgnoreExists), Exception)
+                << c.Text;
+        } else {
+            ImportDataSet(file.string(), t, "where id = :id", itIgnoreExists);
+        }
+        EXPECT_EQ(Contents(t), c.Rows) << c.Text;
+        EXPECT_FALSE(DataBase->InTransaction()) << c.Text;
+    }
+}
+
 TEST_P(TextTransfer, FileErrorsAreClear) {
     const std::string t = Table("id integer");
     EXPECT_THROW(ImportDataSet("/nonexistent/quorda/in.txt", t, "", itIgnoreExists), EInOutError);
