@@ -123,14 +123,11 @@ TEST_P(TextTransfer, ABadNumberOnLine5000LeavesTheTableAsItWas) {
     EXPECT_EQ(Contents(t), (std::vector<quorda_test::Row>{{"1", "1.5", "kept"}}));
     EXPECT_FALSE(DataBase->InTransaction());
 
+    // An empty condition counts the whole table: every line is skipped.
+    WriteFile(file, "id,amount,name\r\n7,1,'a'\r\n7,2,'b'\r\n");
+    ImportDataSet(file.string(), t, "", itIgnoreExists);
+    EXPECT_EQ(Contents(t).size(), 1u);
     // A statement error is passed on as the driver reported it, with its line.
-    WriteFile(file, "id,amount,name\r\n7,1,'a'\r\n7,2,'b'\r\n");
-    try {
-        ImportDataSet(file.string(), t, "", itIgnoreExists);
-    } catch (const EODBCError&) {
-        ADD_FAILURE() << "an empty condition counts the whole table: every line is skipped";
-    }
-    WriteFile(file, "id,amount,name\r\n7,1,'a'\r\n7,2,'b'\r\n");
     try {
         ImportDataSet(file.string(), t, "where id = :id and amount = :amount", itIgnoreExists);
         FAIL() << "duplicate key imported";
