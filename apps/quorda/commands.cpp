@@ -53,9 +53,13 @@ std::unique_ptr<TODBCQuery> Statement(const QueryOptions& Options, bool ForwardO
     query->SQL().SetText(Options.Sql);
     // The cursor type is a statement attribute: it is set before the statement is prepared.
     query->SetUniDirectional(ForwardOnly);
-    if (!Options.Params.empty()) {
-        PrepareQry(query.get());
-        BindParams(*query, Options.Params);
+    PrepareQry(query.get());
+    BindParams(*query, Options.Params);
+    for (int i = 0; i < query->GetParamsCount(); ++i) {
+        if (const TODBCParam* param = query->Params()[i]; !param->Bound()) {
+            DatabaseErrorFmt("Parameter :%s has no value: give it with -p %s=VALUE", param->Name(),
+                             param->Name());
+        }
     }
     return query;
 }
@@ -102,6 +106,9 @@ void ListColumns(TODBCDatabase& Db, const std::string& Table) {
 
 void RunQuery(TODBCDatabase& Db, const QueryOptions& Options) {
     const auto query = Statement(Options, true);
+    if (!query->IsDataSet()) {
+        DatabaseError("The statement returns no rows: run it with quorda exec");
+    }
     OpenQry(query.get());
     std::vector<std::string> header;
     Row names;

@@ -81,6 +81,10 @@ query)
     expect_err "native error"
     run nonzero query "select * from people where id = :id" -p bad
     expect_err "is not name=value"
+    run 1 query "select * from people where id = :id"
+    expect_err "Parameter :id has no value: give it with -p id=VALUE"
+    run 1 query "delete from people"
+    expect_err "returns no rows: run it with quorda exec"
     ;;
 transfer)
     people
