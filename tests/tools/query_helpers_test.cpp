@@ -82,8 +82,8 @@ TEST_P(QueryHelpers, FindAnyRecordMatchesAPrefixOfAnyFieldFromTheNextRecord) {
 
 TEST_P(QueryHelpers, WaitCursorIsShownAndRestoredAfterEveryFailingHelper) {
     const std::string bad = "select nothing from no_such_table_here";
-    // psqlODBC leaks a little when a forward-only statement fails to prepare: there the forward-only
-    // form fails when it executes instead.
+    // psqlODBC leaks a little when the server refuses a forward-only statement before running it
+    // (docs/odbc-quirks.md): there the forward-only form fails while running instead.
     const std::string badUni = IsSqlite() ? bad : "select 1 / (b - b) from " + T;
     const std::vector<std::pair<std::string, std::function<void()>>> helpers{
         {"ExecuteQuery", [&] { ExecuteQuery(bad); }},
