@@ -13,6 +13,10 @@ struct EscapeCase {
     std::string Escaped;
 };
 
+void PrintTo(const EscapeCase& Case, std::ostream* Out) {
+    *Out << ::testing::PrintToString(Case.Plain) << " <-> " << ::testing::PrintToString(Case.Escaped);
+}
+
 class ConverStringPairs : public ::testing::TestWithParam<EscapeCase> {};
 
 TEST_P(ConverStringPairs, EscapesAndUnescapesBackToTheSameBytes) {
@@ -26,7 +30,8 @@ INSTANTIATE_TEST_SUITE_P(
                       EscapeCase{"a\r\nb", "a\\x0D\\x0Ab"}, EscapeCase{"\0z\0"s, "\\x00z\\x00"},
                       // A backslash before x stays distinguishable from an escape it resembles.
                       EscapeCase{"\\x0D", "\\\\x0D"}, EscapeCase{"''", "''''"},
-                      EscapeCase{"Grüße, 東京", "Grüße, 東京"}, EscapeCase{"", ""}));
+                      EscapeCase{"Grüße, 東京", "Grüße, 東京"}, EscapeCase{"", ""}),
+    [](const ::testing::TestParamInfo<EscapeCase>& param) { return std::to_string(param.index); });
 
 TEST(ConverString, KeepsBackslashSequencesOutsideTheTableWhenDecoding) {
     for (const std::string text : {"\\x41", "\\x0d", "\\n", "\\", "'", "\\x0"}) {
