@@ -8,7 +8,7 @@ setup:
 
 demo: setup
 	@cmake --preset dev >/dev/null
-	@cmake --build --preset dev --target quorda_demo -j $(JOBS)
+	@cmake --build --preset dev --target quorda_demo quorda -j $(JOBS)
 	@bash scripts/run-demo build/dev
 
 test: setup

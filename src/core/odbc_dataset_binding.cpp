@@ -89,6 +89,11 @@ SQLLEN TODBCDataSet::ConvertData(TODBCParam* Param, TParamValueItem& Item) {
         Item.SqlType = SQL_INTEGER;
         StoreValue(Item, static_cast<SQLINTEGER>(Param->AsInteger()));
         return 4;
+    case ftLargeint:
+        Item.CType = SQL_C_SBIGINT;
+        Item.SqlType = SQL_BIGINT;
+        StoreValue(Item, static_cast<SQLBIGINT>(Param->GetAsVariant().AsInt64()));
+        return 8;
     case ftFloat:
         Item.CType = SQL_C_DOUBLE;
         Item.SqlType = SQL_DOUBLE;

@@ -139,6 +139,12 @@ void TODBCParam::SetAsInteger(std::int32_t Value) {
     FValue = Value;
 }
 
+void TODBCParam::SetAsLargeInt(std::int64_t Value) {
+    InitValue();
+    SetDataType(ftLargeint);
+    FValue = Value;
+}
+
 void TODBCParam::SetAsSmallInt(std::int32_t Value) {
     SetAsInteger(Value);
     FDataType = ftSmallint;

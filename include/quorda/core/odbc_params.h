@@ -96,6 +96,8 @@ public:
 
     void SetAsBoolean(bool Value);
     void SetAsInteger(std::int32_t Value);
+    // A 64-bit integer, bound as SQL_BIGINT.
+    void SetAsLargeInt(std::int64_t Value);
     void SetAsSmallInt(std::int32_t Value);
     void SetAsWord(std::int32_t Value);
     void SetAsFloat(double Value);

@@ -1,0 +1,54 @@
+// One-call query functions over the application's default connection.
+#pragma once
+
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_query.h"
+#include "quorda/rtl/application.h"
+#include "quorda/rtl/variant.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorda {
+
+class TDataSet;
+
+// The connection of every query CreateQuery makes, and whose transaction ImportDataSet uses. Not
+// owned: the application creates, assigns and frees it.
+extern TODBCDatabase* DataBase;
+// The screen cursor shown while a helper executes or opens a statement.
+extern TCursor ExecCursor;
+
+// A query without owner on DataBase, BlobBufferSize 250, MaxBlobBuffer 1000. The caller owns it.
+std::unique_ptr<TODBCQuery> CreateQuery();
+
+// ExecSQL under the wait cursor; the cursor is restored also when ExecSQL raises.
+void ExecQry(TODBCDataSet* Query);
+// Open under the wait cursor, with the dataset's controls disabled meanwhile.
+void OpenQry(TODBCDataSet* Query);
+// Prepare, so that the parameter list is parsed.
+void PrepareQry(TODBCDataSet* Query);
+
+// Executes SQL on a query of its own and returns RowsAffected; the query is freed in all cases.
+std::int32_t ExecuteQuery(const std::string& SQL);
+// Opens SQL; the caller owns the open query. On an error the query is freed and the error passes on.
+std::unique_ptr<TODBCQuery> OpenQuery(const std::string& SQL);
+
+// Executes SQL with parameter i set to Values[i] (a Null value gives a null typed as a string), then
+// clears the parameters whose indexes ClearIndexes lists, unless its first element is -1. Returns
+// RowsAffected; the query is freed in all cases.
+std::int32_t ExecQueryLong(const std::string& SQL, const std::vector<Variant>& Values,
+                           const std::vector<std::int32_t>& ClearIndexes = {-1});
+// Opens SQL with parameter i set to Values[i]; the caller owns the open query.
+std::unique_ptr<TODBCQuery> OpenQueryLong(const std::string& SQL, const std::vector<Variant>& Values);
+// As OpenQueryLong on a forward-only cursor.
+std::unique_ptr<TODBCQuery> OpenQueryLongUni(const std::string& SQL, const std::vector<Variant>& Values);
+
+// Moves to the next record after the current one in which some non-blob field starts with Text
+// (upper-cased on both sides unless CaseSensitive). Without a match the dataset returns to where it
+// stood. Returns whether it stands on a match.
+bool FindAnyRecord(TDataSet* DataSet, bool CaseSensitive, const std::string& Text);
+
+} // namespace quorda
