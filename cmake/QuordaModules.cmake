@@ -7,6 +7,12 @@ if(QUORDA_WERROR)
   target_compile_options(quorda_warnings INTERFACE -Werror)
 endif()
 
+# Private headers (src/<module>/*_p.h) are included as "<module>/<name>_p.h" by the library's own
+# modules, through their PRIVATE include path, and by in-tree tests and the benchmark, which link
+# quorda_private_headers. Neither is ever installed or exported.
+add_library(quorda_private_headers INTERFACE)
+target_include_directories(quorda_private_headers INTERFACE ${PROJECT_SOURCE_DIR}/src)
+
 # quorda_add_module(<name> [DEPS <public targets>...] [PRIVATE_DEPS <targets>...])
 # Builds src/<name>/*.cpp into the static library quorda_<name> (alias quorda::<name>).
 # Public headers live in include/quorda/<name>/; private headers (*_p.h) beside the sources.
@@ -17,6 +23,6 @@ function(quorda_add_module name)
   add_library(quorda::${name} ALIAS quorda_${name})
   target_include_directories(quorda_${name}
     PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-    PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+    PRIVATE ${CMAKE_CURRENT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(quorda_${name} PUBLIC ${M_DEPS} PRIVATE quorda_warnings ${M_PRIVATE_DEPS})
 endfunction()

@@ -3,6 +3,10 @@
 #include "quorda/core/session.h"
 #include "quorda/odbc.h"
 
+// The demo calls ODBC itself for its raw statements.
+#include <sql.h>
+#include <sqlext.h>
+
 namespace quorda::demo {
 namespace {
 

@@ -1,6 +1,7 @@
 // Translation between ODBC SQL data types and field types: the type of a result column, the C type
 // it is bound as, and the SQL type of a parameter.
 
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_error.h"
 

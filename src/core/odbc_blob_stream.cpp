@@ -3,6 +3,7 @@
 
 #include "quorda/core/odbc_blob_stream.h"
 
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/core/session.h"
@@ -98,7 +99,7 @@ bool TODBCBlobStream::ReadFromRowset(bool Text) {
 
 void TODBCBlobStream::ReadWithGetData(bool Text) {
     const SQLSMALLINT cType = Text ? SQL_C_CHAR : SQL_C_BINARY;
-    SQLHSTMT stmt = FDataSet->FStmt.Get();
+    SQLHSTMT stmt = FDataSet->FEngine->Stmt.Get();
     const auto column = static_cast<SQLUSMALLINT>(FField->Index() + 1);
     auto raise = [&] { throw CreateODBCError(odbcEnv(), FDataSet->GetDBC(), stmt); };
     if (FDataSet->BlockMode() && FDataSet->FRowsFetched > 1) {

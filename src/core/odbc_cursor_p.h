@@ -2,7 +2,7 @@
 // and bytes, so that copying a row allocates nothing and builds no text.
 #pragma once
 
-#include "quorda/odbc/odbc_api.h"
+#include "odbc/odbc_api_p.h"
 #include "quorda/rtl/datetime.h"
 
 #include <cstddef>

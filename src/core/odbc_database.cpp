@@ -1,5 +1,6 @@
 #include "quorda/core/odbc_database.h"
 
+#include "odbc/odbc_api_p.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_check.h"
 #include "quorda/odbc/odbc_error.h"
@@ -9,6 +10,17 @@
 #include <algorithm>
 
 namespace quorda {
+
+// The public option tables carry the driver manager's codes.
+static_assert(ODBCDriverConnectOption == std::array<std::int32_t, 4>{SQL_DRIVER_NOPROMPT, SQL_DRIVER_COMPLETE,
+                                                                     SQL_DRIVER_PROMPT,
+                                                                     SQL_DRIVER_COMPLETE_REQUIRED});
+static_assert(ODBCAutoCommitOption == std::array<std::int32_t, 3>{-1, SQL_AUTOCOMMIT_OFF, SQL_AUTOCOMMIT_ON});
+static_assert(ODBCIsolationLevel ==
+              std::array<std::int32_t, 6>{-1, SQL_TXN_READ_UNCOMMITTED, SQL_TXN_READ_COMMITTED,
+                                          SQL_TXN_REPEATABLE_READ, SQL_TXN_SERIALIZABLE, kSqlTxnVersioning});
+static_assert(ODBCSQLCursorOption ==
+              std::array<std::int32_t, 3>{SQL_CUR_USE_IF_NEEDED, SQL_CUR_USE_ODBC, SQL_CUR_USE_DRIVER});
 
 TODBCDatabase::TODBCDatabase(TComponent* AOwner) : TComponent(AOwner), FSession(ODBCSession()) {
     FSession->AddDatabase(this);

@@ -1,3 +1,4 @@
+#include "odbc/odbc_api_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_check.h"

@@ -2,6 +2,7 @@
 
 #include "quorda/core/odbc_dataset.h"
 
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/odbc/odbc_check.h"
 #include "quorda/odbc/odbc_error.h"
@@ -11,20 +12,34 @@
 namespace quorda {
 
 TODBCDataSet::TODBCDataSet(TComponent* AOwner)
-    : TDataSet(AOwner), FSQL(std::make_unique<TStringList>()), FParams(std::make_unique<TODBCParams>()) {
-    FRowStatus.assign(static_cast<std::size_t>(FRowSetSize), 0);
+    : TDataSet(AOwner), FCurrentRow(kRowNotNumbered), FEngine(std::make_unique<TODBCDataSetEngine>()),
+      FSQL(std::make_unique<TStringList>()), FParams(std::make_unique<TODBCParams>()),
+      FRecordDataSize(static_cast<std::int32_t>(kRecordHeaderSize)) {
+    FEngine->RowStatus.assign(static_cast<std::size_t>(FRowSetSize), 0);
     SetBookmarkSize(sizeof(TODBCBookmark));
     FSQL->OnChange = [this](TObject* Sender) { QueryChanged(Sender); };
+}
+
+SQLHSTMT TODBCDataSet::StatementHandle() const {
+    return FEngine->Stmt.Get();
+}
+
+bool TODBCDataSet::HoldsStatement() const {
+    return static_cast<bool>(FEngine->Stmt);
+}
+
+bool TODBCDataSet::IsCursorOpen() {
+    return static_cast<bool>(FEngine->Stmt);
 }
 
 TODBCDataSet::~TODBCDataSet() {
     // The framework part closes first, while the overrides of this class are still in place.
     CloseForDestroy();
     FSQL->OnChange = nullptr;
-    if (FStmt) {
-        TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
-        TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
-        FStmt.Reset();
+    if (FEngine->Stmt) {
+        TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
+        TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
+        FEngine->Stmt.Reset();
     }
     // No binding refers to the value items any more.
     FParamValues.clear();
@@ -47,7 +62,7 @@ void TODBCDataSet::SetODBCDatabase(TODBCDatabase* Value) {
     if (Active()) {
         Close();
     }
-    if (FStmt) {
+    if (FEngine->Stmt) {
         InternalClose();
     }
     if (FODBCDatabase != nullptr) {
@@ -69,7 +84,7 @@ void TODBCDataSet::Notification(TComponent* AComponent, TOperation Operation) {
     if (AComponent->ComponentState().Contains(csDestroying)) {
         // Only the component part of the database is left: nothing of it may be called. Its
         // connection (and with it the statement) is gone, so the handle is given up, not freed.
-        FStmt.Detach();
+        FEngine->Stmt.Detach();
         FODBCDatabase = nullptr;
         return;
     }
@@ -112,8 +127,8 @@ void TODBCDataSet::SetUniDirectional(bool Value) {
         return;
     }
     FUniDirectional = Value;
-    if (FStmt) {
-        CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_CURSOR_TYPE,
+    if (FEngine->Stmt) {
+        CheckCall(SQLSetStmtOption(FEngine->Stmt.Get(), SQL_CURSOR_TYPE,
                                    Value ? SQL_CURSOR_FORWARD_ONLY : SQL_CURSOR_KEYSET_DRIVEN),
                   "SQLSetStmtOption(SQL_CURSOR_TYPE)");
     }
@@ -136,7 +151,7 @@ void TODBCDataSet::SetRowSetSize(std::int32_t Value) {
     if (Value >= 0) {
         FRowSetSize = Value;
     }
-    FRowStatus.assign(static_cast<std::size_t>(FRowSetSize), 0);
+    FEngine->RowStatus.assign(static_cast<std::size_t>(FRowSetSize), 0);
 }
 
 } // namespace quorda

@@ -1,6 +1,7 @@
 // TODBCDataSet, parameter binding: each parameter's value converted into a buffer of its own and
 // bound with SQLBindParameter, inline or to be sent at execution time.
 
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_error.h"
@@ -189,16 +190,16 @@ void TODBCDataSet::BindAllParam() {
                 columnSize *= 2;
             }
             // The value pointer is the token SQLParamData hands back: the item's own index.
-            ret = SQLBindParameter(FStmt.Get(), number, SQL_PARAM_INPUT, item.CType, item.SqlType, columnSize,
-                                   0, &item.ParamIndex, 0, &item.LengthIndicator);
+            ret = SQLBindParameter(FEngine->Stmt.Get(), number, SQL_PARAM_INPUT, item.CType, item.SqlType,
+                                   columnSize, 0, &item.ParamIndex, 0, &item.LengthIndicator);
         } else {
             if (!param->IsNull() && (item.SqlType == SQL_LONGVARCHAR || item.SqlType == SQL_CHAR ||
                                      item.SqlType == SQL_VARCHAR)) {
                 item.LengthIndicator = SQL_NTS;
             }
-            ret =
-                SQLBindParameter(FStmt.Get(), number, SQL_PARAM_INPUT, item.CType, item.SqlType, columnSize,
-                                 0, item.Data.data(), static_cast<SQLLEN>(columnSize), &item.LengthIndicator);
+            ret = SQLBindParameter(FEngine->Stmt.Get(), number, SQL_PARAM_INPUT, item.CType, item.SqlType,
+                                   columnSize, 0, item.Data.data(), static_cast<SQLLEN>(columnSize),
+                                   &item.LengthIndicator);
         }
         CheckStmtCall(ret, "SQLBindParameter");
     }

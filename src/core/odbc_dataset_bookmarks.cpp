@@ -5,6 +5,7 @@
 // its number relative to the numbering origin (first or last row), and every repositioning is a fetch
 // to that origin followed by a relative fetch.
 
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/rtl/messages.h"
 
@@ -155,7 +156,7 @@ bool TODBCDataSet::IsDataSet() {
     CheckDBOpenError();
     CreateHandle();
     SQLSMALLINT columns = 0;
-    CheckCall(SQLNumResultCols(FStmt.Get(), &columns), "SQLNumResultCols");
+    CheckCall(SQLNumResultCols(FEngine->Stmt.Get(), &columns), "SQLNumResultCols");
     return columns > 0;
 }
 

@@ -8,6 +8,7 @@
 // so that a step back in the other direction finds the same number again.
 
 #include "odbc_cursor_p.h"
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_check.h"
@@ -109,7 +110,7 @@ void TODBCDataSet::ImmediatelyOpen() {
 
 TBookmark TODBCDataSet::SilentClose() {
     TBookmark bookmark = GetBookmark();
-    CheckCall(SQLFreeStmt(FStmt.Get(), SQL_CLOSE), "SQLFreeStmt(SQL_CLOSE)");
+    CheckCall(SQLFreeStmt(FEngine->Stmt.Get(), SQL_CLOSE), "SQLFreeStmt(SQL_CLOSE)");
     return bookmark;
 }
 
@@ -136,11 +137,11 @@ void TODBCDataSet::InternalHandleException() {
 SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
     SQLULEN fetched = 0;
     // A rowset cursor writes one status cell per row of the rowset.
-    SQLUSMALLINT* status = &FSingleRowStatus;
-    if (BlockMode() && FRowStatus.size() >= static_cast<std::size_t>(FRowSetSize)) {
-        status = FRowStatus.data();
+    SQLUSMALLINT* status = &FEngine->SingleRowStatus;
+    if (BlockMode() && FEngine->RowStatus.size() >= static_cast<std::size_t>(FRowSetSize)) {
+        status = FEngine->RowStatus.data();
     }
-    return CheckCall(SQLExtendedFetch(FStmt.Get(), Orientation, Offset, &fetched, status),
+    return CheckCall(SQLExtendedFetch(FEngine->Stmt.Get(), Orientation, Offset, &fetched, status),
                      "SQLExtendedFetch");
 }
 
@@ -165,16 +166,16 @@ TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientatio
             // A driver that finds no more rows need not touch the counter: a stale count would replay
             // the last rowset.
             FRowsFetched = 0;
-            ret =
-                CheckCall(SQLExtendedFetch(FStmt.Get(), SQL_FETCH_NEXT, 0, &FRowsFetched, FRowStatus.data()),
-                          "SQLExtendedFetch");
+            ret = CheckCall(SQLExtendedFetch(FEngine->Stmt.Get(), SQL_FETCH_NEXT, 0, &FRowsFetched,
+                                             FEngine->RowStatus.data()),
+                            "SQLExtendedFetch");
             FRowsetIndex = 0;
         }
     } else if (!FUniDirectional) {
         ret = ExtendedFetch(Orientation, 0);
     } else {
         // Forward-only: a step back moves forward as well.
-        ret = CheckCall(SQLFetch(FStmt.Get()), "SQLFetch");
+        ret = CheckCall(SQLFetch(FEngine->Stmt.Get()), "SQLFetch");
     }
     if (ret == SQL_NO_DATA_FOUND) {
         if (Orientation != SQL_FETCH_NEXT) {

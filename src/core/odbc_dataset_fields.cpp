@@ -2,6 +2,7 @@
 // definition, the record buffers laid out from them, and where each field's values come from.
 
 #include "odbc_cursor_p.h"
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_check.h"
@@ -76,7 +77,7 @@ int TODBCDataSet::GetDefDataSize(const TFieldDef& FieldDef) const {
 void TODBCDataSet::InternalInitFieldDefs() {
     FRecordDataSize = static_cast<std::int32_t>(kRecordHeaderSize);
     SQLSMALLINT columnCount = 0;
-    CheckCall(SQLNumResultCols(FStmt.Get(), &columnCount), "SQLNumResultCols");
+    CheckCall(SQLNumResultCols(FEngine->Stmt.Get(), &columnCount), "SQLNumResultCols");
     FieldDefs().Clear();
     FFieldValues.clear();
     if (columnCount <= 0) {
@@ -87,10 +88,10 @@ void TODBCDataSet::InternalInitFieldDefs() {
     // A statement keeps the rowset size its handle was made with. Prepared under other settings, it
     // would fetch more rows than the buffers below hold: bring it down to what they hold.
     SQLULEN statementRows = 0; // zeroed: some drivers write only 32 bits of it
-    if (SQL_SUCCEEDED(TraceODBC(SQLGetStmtOption(FStmt.Get(), SQL_ROWSET_SIZE, &statementRows),
+    if (SQL_SUCCEEDED(TraceODBC(SQLGetStmtOption(FEngine->Stmt.Get(), SQL_ROWSET_SIZE, &statementRows),
                                 "SQLGetStmtOption(SQL_ROWSET_SIZE)")) &&
         statementRows > rows) {
-        CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_ROWSET_SIZE, static_cast<SQLULEN>(rows)),
+        CheckCall(SQLSetStmtOption(FEngine->Stmt.Get(), SQL_ROWSET_SIZE, static_cast<SQLULEN>(rows)),
                   "SQLSetStmtOption(SQL_ROWSET_SIZE)");
     }
     const auto blobCap = static_cast<SQLULEN>(FBlobBufferSize);
@@ -102,7 +103,7 @@ void TODBCDataSet::InternalInitFieldDefs() {
         SQLULEN columnSize = 0;
         SQLSMALLINT digits = 0;
         SQLSMALLINT nullable = 0;
-        CheckCall(SQLDescribeCol(FStmt.Get(), column, nameBuffer.data(),
+        CheckCall(SQLDescribeCol(FEngine->Stmt.Get(), column, nameBuffer.data(),
                                  static_cast<SQLSMALLINT>(nameBuffer.size()), &nameLength, &sqlType,
                                  &columnSize, &digits, &nullable),
                   "SQLDescribeCol");
@@ -161,7 +162,7 @@ void TODBCDataSet::InternalInitFieldDefs() {
         }
         recordOffset += 1 + item.DataSize;
         FFieldValues.push_back(std::move(owned));
-        CheckCall(SQLBindCol(FStmt.Get(), column, cType, item.Data.data(), bindLength, indicator),
+        CheckCall(SQLBindCol(FEngine->Stmt.Get(), column, cType, item.Data.data(), bindLength, indicator),
                   "SQLBindCol");
     }
 }
@@ -197,7 +198,7 @@ void TODBCDataSet::SetOrigin() {
         SQLSMALLINT length = 0;
         SQLLEN numeric = 0;
         const SQLRETURN ret =
-            TraceODBC(SQLColAttributes(FStmt.Get(), Column, Attribute, text.data(),
+            TraceODBC(SQLColAttributes(FEngine->Stmt.Get(), Column, Attribute, text.data(),
                                        static_cast<SQLSMALLINT>(text.size()), &length, &numeric),
                       "SQLColAttributes");
         if (!RetCodeIsSuccessful(ret) || ret == SQL_NO_DATA_FOUND) {

@@ -1,6 +1,7 @@
 // TODBCDataSet, searching: Locate and FindRecordByValues scan the rows in order, comparing field
 // values, and return to where they started when nothing matches.
 
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/db/locate_match.h"
 #include "quorda/rtl/messages.h"

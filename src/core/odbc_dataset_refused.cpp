@@ -2,6 +2,7 @@
 // prefix before the common message. The prefixes are kept exactly as they have always read,
 // irregular spacing included, because applications match on them.
 
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/rtl/messages.h"
 

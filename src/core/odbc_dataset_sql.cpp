@@ -1,6 +1,7 @@
 // TODBCDataSet, the SQL text: its lines, the rewritten text with "?" markers, the parameter
 // collection rebuilt on every change, and both stored with the component.
 
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/core/param_markers.h"
 #include "quorda/rtl/filer.h"

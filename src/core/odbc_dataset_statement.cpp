@@ -1,6 +1,7 @@
 // TODBCDataSet, statement side: the handle, preparation, execution (with data sent at execution
 // time), cursor names, the row count and releasing the statement.
 
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/core/session.h"
@@ -22,7 +23,7 @@ bool TODBCDataSet::RetCodeIsSuccessful(SQLRETURN RetCode) {
 SQLRETURN TODBCDataSet::CheckCall(SQLRETURN Ret, std::string_view Call) {
     TraceODBC(Ret, Call);
     if (!RetCodeIsSuccessful(Ret)) {
-        throw CreateODBCError(odbcEnv(), GetDBC(), FStmt.Get());
+        throw CreateODBCError(odbcEnv(), GetDBC(), FEngine->Stmt.Get());
     }
     return Ret;
 }
@@ -30,7 +31,7 @@ SQLRETURN TODBCDataSet::CheckCall(SQLRETURN Ret, std::string_view Call) {
 SQLRETURN TODBCDataSet::CheckStmtCall(SQLRETURN Ret, std::string_view Call) {
     TraceODBC(Ret, Call);
     if (!RetCodeIsSuccessful(Ret)) {
-        throw CreateODBCError(nullptr, nullptr, FStmt.Get());
+        throw CreateODBCError(nullptr, nullptr, FEngine->Stmt.Get());
     }
     return Ret;
 }
@@ -50,31 +51,32 @@ void TODBCDataSet::CheckDBOpenError() const {
 // ---- the handle
 
 void TODBCDataSet::CreateHandle() {
-    if (FStmt) {
+    if (FEngine->Stmt) {
         return;
     }
     CheckDBOpenError();
     SQLHSTMT handle = SQL_NULL_HSTMT;
     CheckCall(SQLAllocStmt(GetDBC(), &handle), "SQLAllocStmt");
-    FStmt.Reset(handle);
+    FEngine->Stmt.Reset(handle);
     try {
         if (!FUniDirectional) {
-            CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_CURSOR_TYPE, SQL_CURSOR_KEYSET_DRIVEN),
+            CheckCall(SQLSetStmtOption(FEngine->Stmt.Get(), SQL_CURSOR_TYPE, SQL_CURSOR_KEYSET_DRIVEN),
                       "SQLSetStmtOption(SQL_CURSOR_TYPE)");
         }
         if (FBlockCursor && FUniDirectional) {
-            CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_ROWSET_SIZE, static_cast<SQLULEN>(FRowSetSize)),
-                      "SQLSetStmtOption(SQL_ROWSET_SIZE)");
+            CheckCall(
+                SQLSetStmtOption(FEngine->Stmt.Get(), SQL_ROWSET_SIZE, static_cast<SQLULEN>(FRowSetSize)),
+                "SQLSetStmtOption(SQL_ROWSET_SIZE)");
             // The driver may grant fewer rows per block than asked.
             SQLULEN granted = 0;
-            CheckCall(SQLGetStmtOption(FStmt.Get(), SQL_ROWSET_SIZE, &granted),
+            CheckCall(SQLGetStmtOption(FEngine->Stmt.Get(), SQL_ROWSET_SIZE, &granted),
                       "SQLGetStmtOption(SQL_ROWSET_SIZE)");
             FRowSetSize = static_cast<std::int32_t>(granted);
-            FRowStatus.assign(static_cast<std::size_t>(FRowSetSize), 0);
+            FEngine->RowStatus.assign(static_cast<std::size_t>(FRowSetSize), 0);
         }
     } catch (...) {
         // Without its options the handle is not the one asked for: the next attempt starts afresh.
-        FStmt.Reset();
+        FEngine->Stmt.Reset();
         throw;
     }
 }
@@ -82,17 +84,17 @@ void TODBCDataSet::CreateHandle() {
 void TODBCDataSet::InternalFreeStmt(SQLUSMALLINT Option) {
     if (Option == SQL_DROP) {
         // A dropped handle must not stay in the wrapper; Free keeps it only when the driver refuses.
-        CheckCall(FStmt.Free(), "SQLFreeStmt(SQL_DROP)");
+        CheckCall(FEngine->Stmt.Free(), "SQLFreeStmt(SQL_DROP)");
         return;
     }
-    CheckCall(SQLFreeStmt(FStmt.Get(), Option), "SQLFreeStmt");
+    CheckCall(SQLFreeStmt(FEngine->Stmt.Get(), Option), "SQLFreeStmt");
 }
 
 void TODBCDataSet::DropStatement() {
     // Reset and unbind may fail on a statement in a bad state; dropping it settles everything.
-    TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
-    TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
-    CheckCall(FStmt.Free(), "SQLFreeStmt(SQL_DROP)");
+    TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
+    TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
+    CheckCall(FEngine->Stmt.Free(), "SQLFreeStmt(SQL_DROP)");
     // Nothing is bound any more.
     FParamValues.clear();
 }
@@ -103,7 +105,7 @@ void TODBCDataSet::InternalClose() {
     if (DefaultFields()) {
         DestroyFields();
     }
-    if (FStmt) {
+    if (FEngine->Stmt) {
         DropStatement();
     }
 }
@@ -111,7 +113,7 @@ void TODBCDataSet::InternalClose() {
 void TODBCDataSet::Disconnect() {
     Close();
     // Prepared or executed without opening: the statement is still held.
-    if (FStmt) {
+    if (FEngine->Stmt) {
         InternalClose();
     }
 }
@@ -129,7 +131,7 @@ void TODBCDataSet::SetPrepared(bool Value) {
             DatabaseError(LoadStr(SODBCEmptySQLStatement));
         }
         PrepareSQL(FRealSQL);
-    } else if (FStmt) {
+    } else if (FEngine->Stmt) {
         InternalFreeStmt(SQL_RESET_PARAMS);
     }
     FPrepared = Value;
@@ -137,7 +139,8 @@ void TODBCDataSet::SetPrepared(bool Value) {
 
 void TODBCDataSet::PrepareSQL(const std::string& Text) {
     std::string text = Text;
-    CheckCall(SQLPrepare(FStmt.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS), "SQLPrepare");
+    CheckCall(SQLPrepare(FEngine->Stmt.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS),
+              "SQLPrepare");
 }
 
 // ---- cursor names
@@ -145,15 +148,16 @@ void TODBCDataSet::PrepareSQL(const std::string& Text) {
 std::string TODBCDataSet::GetCursorName() {
     std::array<SQLCHAR, 256> name{};
     SQLSMALLINT length = 0;
-    CheckCall(SQLGetCursorName(FStmt.Get(), name.data(), static_cast<SQLSMALLINT>(name.size()), &length),
-              "SQLGetCursorName");
+    CheckCall(
+        SQLGetCursorName(FEngine->Stmt.Get(), name.data(), static_cast<SQLSMALLINT>(name.size()), &length),
+        "SQLGetCursorName");
     name.back() = 0;
     return std::string(reinterpret_cast<const char*>(name.data()));
 }
 
 void TODBCDataSet::SetCursorName(const std::string& Name) {
     std::string name = Name;
-    CheckCall(SQLSetCursorName(FStmt.Get(), reinterpret_cast<SQLCHAR*>(name.data()), SQL_NTS),
+    CheckCall(SQLSetCursorName(FEngine->Stmt.Get(), reinterpret_cast<SQLCHAR*>(name.data()), SQL_NTS),
               "SQLSetCursorName");
 }
 
@@ -181,12 +185,12 @@ void TODBCDataSet::InternalExecSQL() {
     }
     if (FPrepared) {
         BindAllParam();
-        if (CheckCall(SQLExecute(FStmt.Get()), "SQLExecute") == SQL_NEED_DATA) {
+        if (CheckCall(SQLExecute(FEngine->Stmt.Get()), "SQLExecute") == SQL_NEED_DATA) {
             SendDataAtExecution();
         }
     } else {
         std::string text = FRealSQL;
-        CheckCall(SQLExecDirect(FStmt.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS),
+        CheckCall(SQLExecDirect(FEngine->Stmt.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS),
                   "SQLExecDirect");
     }
     FRowsetIndex = -1;
@@ -198,7 +202,7 @@ void TODBCDataSet::SendDataAtExecution() {
         SQLRETURN ret = SQL_NEED_DATA;
         while (ret == SQL_NEED_DATA) {
             SQLPOINTER token = nullptr;
-            ret = CheckStmtCall(SQLParamData(FStmt.Get(), &token), "SQLParamData");
+            ret = CheckStmtCall(SQLParamData(FEngine->Stmt.Get(), &token), "SQLParamData");
             if (ret != SQL_NEED_DATA) {
                 break;
             }
@@ -214,9 +218,9 @@ void TODBCDataSet::SendDataAtExecution() {
             const SQLLEN total = static_cast<SQLLEN>(item.Data.size());
             if (item.CType != SQL_C_CHAR && item.CType != SQL_C_BINARY) {
                 // Values of fixed size cannot be sent in pieces: the driver reads the whole value.
-                if (SQLRETURN put = TraceODBC(SQLPutData(FStmt.Get(), data, total), "SQLPutData");
+                if (SQLRETURN put = TraceODBC(SQLPutData(FEngine->Stmt.Get(), data, total), "SQLPutData");
                     put != SQL_SUCCESS) {
-                    throw CreateODBCError(nullptr, nullptr, FStmt.Get());
+                    throw CreateODBCError(nullptr, nullptr, FEngine->Stmt.Get());
                 }
                 continue;
             }
@@ -232,22 +236,23 @@ void TODBCDataSet::SendDataAtExecution() {
                     continue;
                 }
                 // Unlike every other call, a warning here fails the execution as well.
-                if (SQLRETURN put = TraceODBC(SQLPutData(FStmt.Get(), data + offset, length), "SQLPutData");
+                if (SQLRETURN put =
+                        TraceODBC(SQLPutData(FEngine->Stmt.Get(), data + offset, length), "SQLPutData");
                     put != SQL_SUCCESS) {
-                    throw CreateODBCError(nullptr, nullptr, FStmt.Get());
+                    throw CreateODBCError(nullptr, nullptr, FEngine->Stmt.Get());
                 }
             }
         }
     } catch (...) {
         // Leave the statement ready for the next execution instead of stuck waiting for data.
-        TraceODBC(SQLCancel(FStmt.Get()), "SQLCancel");
+        TraceODBC(SQLCancel(FEngine->Stmt.Get()), "SQLCancel");
         throw;
     }
 }
 
 int TODBCDataSet::GetRowsAffected() {
     SQLLEN count = 0;
-    if (!RetCodeIsSuccessful(TraceODBC(SQLRowCount(FStmt.Get(), &count), "SQLRowCount"))) {
+    if (!RetCodeIsSuccessful(TraceODBC(SQLRowCount(FEngine->Stmt.Get(), &count), "SQLRowCount"))) {
         return -1;
     }
     return static_cast<int>(count);

@@ -1,5 +1,6 @@
 #include "quorda/core/session.h"
 
+#include "odbc/odbc_api_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/odbc/odbc_check.h"
 #include "quorda/rtl/strings.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "odbc/odbc_api_p.h"
 #include "quorda/odbc/odbc_error.h"
 
 #include <functional>

@@ -1,5 +1,6 @@
 #include "quorda/odbc/odbc_check.h"
 
+#include "odbc/odbc_api_p.h"
 #include "quorda/odbc/odbc_error.h"
 
 #include <atomic>

@@ -1,6 +1,7 @@
 #include "quorda/odbc/odbc_error.h"
 
 #include "diagnostics_p.h"
+#include "odbc/odbc_api_p.h"
 
 #include <cstring>
 #include <string_view>

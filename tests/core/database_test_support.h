@@ -1,5 +1,6 @@
 #pragma once
 
+#include "odbc/odbc_api_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/odbc.h"
 

@@ -2,6 +2,7 @@
 // oversized columns, column types that cannot be opened, statements without rows, and reopening
 // the cursor under an open dataset.
 
+#include "core/odbc_dataset_p.h"
 #include "odbc_cursor_fixture.h"
 #include "quorda/rtl/string_utils.h"
 

@@ -2,6 +2,7 @@
 // fetch calls behind First, Last, bookmarks and the probing record count, rowsets the driver grants
 // smaller than asked, and time-stamp fractions.
 
+#include "core/odbc_dataset_p.h"
 #include "odbc_cursor_fixture.h"
 #include "quorda/odbc/odbc_error.h"
 

@@ -2,6 +2,7 @@
 // plain ODBC connection for setting up tables, and the text a field's value reads as.
 #pragma once
 
+#include "core/odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_query.h"
 #include "quorda/db/blob_field.h"

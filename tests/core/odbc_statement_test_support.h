@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_query.h"
 #include "quorda/rtl/exception.h"

@@ -1,3 +1,4 @@
+#include "odbc/odbc_api_p.h"
 #include "quorda/odbc.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #include "diagnostics_p.h"
+#include "odbc/odbc_api_p.h"
 #include "quorda/odbc.h"
 
 #include <cstring>

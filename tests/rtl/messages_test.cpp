@@ -2,6 +2,7 @@
 #include "quorda/rtl/messages.h"
 
 #include <gtest/gtest.h>
+#include <string_view>
 
 namespace quorda {
 namespace {
@@ -44,6 +45,17 @@ TEST(DatabaseErrors, RaiseEDatabaseErrorWithTheFormattedText) {
     }
     // A format the arguments do not fit keeps its raw text instead of failing differently.
     EXPECT_EQ(FormatMessage("value %d", std::string("text")), "value %d");
+}
+
+// The arguments travel to the compiled formatter packed; each keeps the width and signedness that
+// its conversion depends on, as a direct printf call would see it.
+TEST(DatabaseErrors, FormattedArgumentsKeepTheirOwnTypes) {
+    EXPECT_EQ(FormatMessage("%x|%d|%u", -5, -5, 7u), "fffffffb|-5|7");
+    EXPECT_EQ(FormatMessage("%x %lx", -5L, 5LL), "fffffffffffffffb 5");
+    EXPECT_EQ(FormatMessage("%d %d", static_cast<short>(-3), static_cast<unsigned char>(250)), "-3 250");
+    EXPECT_EQ(FormatMessage("%c%c %d %s", 'a', 66, true, false), "aB 1 false");
+    EXPECT_EQ(FormatMessage("%f %g %s", 1.5, 2.25f, std::string_view("view")), "1.500000 2.25 view");
+    EXPECT_EQ(FormatMessage("[%s]", static_cast<const char*>(nullptr)), "[(null)]");
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "quorda/core/database_client.h"
-#include "quorda/odbc/odbc_api.h"
 #include "quorda/odbc/odbc_handle.h"
+#include "quorda/odbc/odbc_types.h"
 #include "quorda/rtl/component.h"
 
 #include <array>
@@ -37,17 +37,12 @@ enum TSQLCursorOption { curUseIfNeeded, curUsesODBC, curUseDriver };
 inline constexpr std::int32_t kSqlTxnVersioning = 16;
 
 // ODBC values of the enumerations, indexed by ordinal; -1 means "leave the connection as it is".
-inline constexpr std::array<std::int32_t, 4> ODBCDriverConnectOption{
-    SQL_DRIVER_NOPROMPT, SQL_DRIVER_COMPLETE, SQL_DRIVER_PROMPT, SQL_DRIVER_COMPLETE_REQUIRED};
-inline constexpr std::array<std::int32_t, 3> ODBCAutoCommitOption{-1, SQL_AUTOCOMMIT_OFF, SQL_AUTOCOMMIT_ON};
-inline constexpr std::array<std::int32_t, 6> ODBCIsolationLevel{-1,
-                                                                SQL_TXN_READ_UNCOMMITTED,
-                                                                SQL_TXN_READ_COMMITTED,
-                                                                SQL_TXN_REPEATABLE_READ,
-                                                                SQL_TXN_SERIALIZABLE,
-                                                                kSqlTxnVersioning};
-inline constexpr std::array<std::int32_t, 3> ODBCSQLCursorOption{SQL_CUR_USE_IF_NEEDED, SQL_CUR_USE_ODBC,
-                                                                 SQL_CUR_USE_DRIVER};
+// The values are the driver manager's SQL_DRIVER_*, SQL_AUTOCOMMIT_*, SQL_TXN_* and SQL_CUR_*
+// codes, checked against its headers in the library.
+inline constexpr std::array<std::int32_t, 4> ODBCDriverConnectOption{0, 1, 2, 3};
+inline constexpr std::array<std::int32_t, 3> ODBCAutoCommitOption{-1, 0, 1};
+inline constexpr std::array<std::int32_t, 6> ODBCIsolationLevel{-1, 1, 2, 4, 8, kSqlTxnVersioning};
+inline constexpr std::array<std::int32_t, 3> ODBCSQLCursorOption{0, 1, 2};
 
 // One ODBC connection: opened from a data source name with user and password (csConnect) or from a
 // driver connection string (csDriverConnect), with the cursor-library, isolation and autocommit

@@ -3,8 +3,7 @@
 #include "quorda/core/database_client.h"
 #include "quorda/core/odbc_params.h"
 #include "quorda/db/dataset.h"
-#include "quorda/odbc/odbc_api.h"
-#include "quorda/odbc/odbc_handle.h"
+#include "quorda/odbc/odbc_types.h"
 #include "quorda/rtl/strings.h"
 
 #include <cstddef>
@@ -18,68 +17,13 @@ namespace quorda {
 
 class TODBCDatabase;
 
-// One bound parameter, built by BindAllParam and kept alive while the statement may still ask for
-// its data (data at execution). Items are heap-allocated so the address of ParamIndex, which is the
-// token SQLParamData hands back, stays valid and unique per parameter.
-struct TParamValueItem {
-    // The converted value (owned).
-    std::vector<std::byte> Data;
-    // The length/indicator passed to SQLBindParameter.
-    SQLLEN LengthIndicator = 0;
-    SQLSMALLINT CType = 0;
-    SQLSMALLINT SqlType = 0;
-    std::int32_t ParamIndex = 0;
-};
-
-// One result column bound with SQLBindCol. In single-row mode Data holds one slot of Length bytes
-// and Length doubles as the length/indicator cell after each fetch; in block mode Data holds
-// RowSetSize slots and Indicators one SQLLEN cell per row.
-struct TFieldValueItem {
-    std::vector<std::byte> Data;
-    SQLLEN Length = 0;
-    // Carried along when a block-mode row is copied.
-    std::int32_t Value1 = 0;
-    std::int32_t Value2 = 0;
-    std::vector<SQLLEN> Indicators;
-
-    // Precomputed once at bind time so the per-row copy does not walk the definitions.
-    SQLSMALLINT CType = 0;
-    // Bytes between rows of this column in block mode (the bound buffer length for character and
-    // binary data, the size of the C type for fixed-size types).
-    std::size_t RowStride = 0;
-    // Offset of the column's null indicator byte in a record buffer (its data slot follows).
-    std::size_t RecordOffset = 0;
-    // The definition's data size (GetDefDataSize).
-    std::size_t DataSize = 0;
-    // The definition's field type: selects the conversion of the per-row copy.
-    TFieldType FieldType = ftUnknown;
-    // The field bound to this column at open, and how a read of it copies the slot: ReadCount value
-    // bytes, then ReadClear zero bytes up to the field's data size. Any other field reading the
-    // column works the sizes out per read.
-    const TField* ReadField = nullptr;
-    std::size_t ReadCount = 0;
-    std::size_t ReadClear = 0;
-};
-
-// The 8-byte bookmark: the numbering origin in force when it was taken and the row number.
-struct TODBCBookmark {
-    std::int32_t Origin;
-    std::int32_t RowNumber;
-};
-static_assert(sizeof(TODBCBookmark) == 8);
-
-// Layout of an engine record buffer: row number, bookmark flag, then per field definition one null
-// indicator byte ('1' when the column has a value) followed by its data slot.
-inline constexpr std::size_t kRecordRowNumberOffset = 0;
-inline constexpr std::size_t kRecordFlagOffset = 4;
-inline constexpr std::size_t kRecordHeaderSize = 5;
-// The row number of a row that has not been numbered yet.
-inline constexpr std::int32_t kRowNotNumbered = 4095;
+// The engine's binding records and statement state (src/core/odbc_dataset_p.h).
+struct TParamValueItem;
+struct TFieldValueItem;
+struct TODBCDataSetEngine;
 
 // ODBC SQL type to field type, and field type to the SQL type of a parameter.
 TFieldType ConvertSQLToBDE(int SQLType);
-// The C type a result column of SQLType is bound as (SQL_C_DEFAULT for the unmapped types).
-SQLSMALLINT BindCTypeFor(int SQLType);
 // Raises EODBCDatabaseError "Parameter type not supported" for a type it does not map.
 int ConvertBDEToSQL(TFieldType FieldType);
 
@@ -119,7 +63,7 @@ public:
     int RowsAffected() { return GetRowsAffected(); }
     // The connection handle of the database, or null without one.
     SQLHDBC GetDBC() const;
-    SQLHSTMT StatementHandle() const { return FStmt.Get(); }
+    SQLHSTMT StatementHandle() const;
     // Raises SODBCDataBaseNotOpen when there is no open database.
     void CheckDBOpenError() const;
     // Allocates the statement handle (cursor type and rowset size applied) when there is none.
@@ -187,7 +131,7 @@ public:
     // --- IODBCDatabaseClient
     TODBCDataSet* ClientDataSet() override { return this; }
     void CloseForDatabase() override;
-    bool HoldsStatement() const override { return static_cast<bool>(FStmt); }
+    bool HoldsStatement() const override;
     void ReleaseStatement() override;
     void DetachFromDatabase() override;
 
@@ -235,7 +179,7 @@ protected:
     void InternalHandleException() override;
     void InternalInitFieldDefs() override;
     void InternalOpen() override;
-    bool IsCursorOpen() override { return static_cast<bool>(FStmt); }
+    bool IsCursorOpen() override;
 
     // --- statement side
     void BindAllParam();
@@ -272,7 +216,7 @@ protected:
     void ResetNumbering(std::int32_t Origin, std::int32_t Crack);
 
     // Numbering state of the cursor (see docs/dataset-framework.md for the crack rules).
-    std::int32_t FCurrentRow = kRowNotNumbered;
+    std::int32_t FCurrentRow;
     // Whether FCurrentRow holds a real number: row 4095 of a long result is a row like any other.
     bool FRowNumbered = false;
     std::int32_t FOrigin = 1;
@@ -293,7 +237,8 @@ private:
     // SQLFreeStmt with SQL_RESET_PARAMS, SQL_UNBIND and SQL_DROP; only the drop is checked.
     void DropStatement();
 
-    TODBCStatementHandle FStmt;
+    // The statement handle and the row-status cells it fills.
+    std::unique_ptr<TODBCDataSetEngine> FEngine;
     TODBCDatabase* FODBCDatabase = nullptr;
     std::unique_ptr<TStringList> FSQL;
     std::unique_ptr<TODBCParams> FParams;
@@ -303,13 +248,11 @@ private:
     std::int32_t FBlobBufferSize = 8192;
     std::int32_t FMaxBlobBuffer = 100000;
     bool FBlockCursor = false;
-    std::vector<SQLUSMALLINT> FRowStatus;
-    SQLUSMALLINT FSingleRowStatus = 0;
     std::int32_t FRowSetSize = 100;
     bool FUniDirectional = false;
     bool FTranslate = false;
     // Header plus one indicator byte and one data slot per definition.
-    std::int32_t FRecordDataSize = static_cast<std::int32_t>(kRecordHeaderSize);
+    std::int32_t FRecordDataSize;
 };
 
 } // namespace quorda

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quorda/odbc/odbc_api.h"
+#include "quorda/odbc/odbc_types.h"
 
 #include <functional>
 #include <string_view>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "quorda/odbc/odbc_api.h"
+#include "quorda/odbc/odbc_types.h"
 #include "quorda/rtl/exception.h"
 
 #include <string>
@@ -10,7 +10,7 @@ namespace quorda {
 // False exactly for SQL_ERROR, SQL_INVALID_HANDLE and SQL_STILL_EXECUTING. SQL_NEED_DATA and
 // SQL_NO_DATA count as success: callers that must tell the end of a result set test for it.
 constexpr bool RetCodeIsSuccessful(SQLRETURN RetCode) noexcept {
-    return RetCode != SQL_ERROR && RetCode != SQL_INVALID_HANDLE && RetCode != SQL_STILL_EXECUTING;
+    return RetCode != kSQLError && RetCode != kSQLInvalidHandle && RetCode != kSQLStillExecuting;
 }
 
 // A failed ODBC call, with the diagnostics the driver manager reported for its handles.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "quorda/odbc/odbc_api.h"
 #include "quorda/odbc/odbc_check.h"
+#include "quorda/odbc/odbc_types.h"
 
 #include <utility>
 
@@ -39,10 +39,10 @@ public:
     // when empty) without raising or tracing: the caller passes it to CheckODBC.
     SQLRETURN Free() noexcept {
         if (FHandle == nullptr) {
-            return SQL_SUCCESS;
+            return kSQLSuccess;
         }
         const SQLRETURN ret = Traits::Free(FHandle);
-        if (ret == SQL_SUCCESS || ret == SQL_SUCCESS_WITH_INFO) {
+        if (ret == kSQLSuccess || ret == kSQLSuccessWithInfo) {
             FHandle = nullptr;
         }
         return ret;
@@ -66,13 +66,13 @@ private:
 struct TODBCConnectionTraits {
     using Handle = SQLHDBC;
     static constexpr const char* FreeCall = "SQLFreeConnect";
-    static SQLRETURN Free(SQLHDBC handle) noexcept { return SQLFreeConnect(handle); }
+    static SQLRETURN Free(SQLHDBC handle) noexcept;
 };
 
 struct TODBCStatementTraits {
     using Handle = SQLHSTMT;
     static constexpr const char* FreeCall = "SQLFreeStmt(SQL_DROP)";
-    static SQLRETURN Free(SQLHSTMT handle) noexcept { return SQLFreeStmt(handle, SQL_DROP); }
+    static SQLRETURN Free(SQLHSTMT handle) noexcept;
 };
 
 using TODBCConnectionHandle = TODBCHandle<TODBCConnectionTraits>;

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <exception>
+#include <span>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <utility>
-
-#include <fmt/printf.h>
+#include <variant>
 
 namespace quorda {
 
@@ -31,18 +35,52 @@ public:
     using Exception::Exception;
 };
 
-// Formats a classic printf-style message (%s %d %x ...). A mismatch between the format and the
-// arguments never throws a different exception type: the raw format text is returned instead.
+// One argument of a printf-style message. Each integer keeps its own width and signedness so that
+// the conversions of the format (%d, %x, %u ...) see what the caller passed.
+using TFormatArg = std::variant<bool, char, int, unsigned, long, unsigned long, long long, unsigned long long,
+                                double, long double, const char*, std::string_view, const void*>;
+
+// Formats a classic printf-style message (%s %d %x ...) from arguments already packed. A mismatch
+// between the format and the arguments never throws a different exception type: the raw format
+// text is returned instead.
+std::string FormatMessageArgs(const std::string& format, std::span<const TFormatArg> args);
+
+namespace detail {
+// The argument kind a value is passed as: small integers widen as in a variadic call, enumerations
+// pass their underlying value, strings pass as views of the caller's text.
+template <typename T>
+TFormatArg ToFormatArg(const T& value) {
+    if constexpr (std::is_enum_v<T>) {
+        return ToFormatArg(static_cast<std::underlying_type_t<T>>(value));
+    } else if constexpr (std::is_same_v<T, bool> || std::is_same_v<T, char>) {
+        return value;
+    } else if constexpr (std::is_integral_v<T> && sizeof(T) < sizeof(int)) {
+        if constexpr (std::is_signed_v<T>) {
+            return static_cast<int>(value);
+        } else {
+            return static_cast<unsigned>(value);
+        }
+    } else if constexpr (std::is_same_v<T, float>) {
+        return static_cast<double>(value);
+    } else if constexpr (std::is_convertible_v<const T&, const char*>) {
+        return static_cast<const char*>(value);
+    } else if constexpr (std::is_convertible_v<const T&, std::string_view>) {
+        return std::string_view(value);
+    } else if constexpr (std::is_pointer_v<T>) {
+        return static_cast<const void*>(value);
+    } else {
+        return value;
+    }
+}
+} // namespace detail
+
 template <typename... Args>
 std::string FormatMessage(const std::string& format, const Args&... args) {
     if constexpr (sizeof...(Args) == 0) {
         return format;
     } else {
-        try {
-            return fmt::sprintf(format, args...);
-        } catch (const fmt::format_error&) {
-            return format;
-        }
+        const std::array<TFormatArg, sizeof...(Args)> packed{detail::ToFormatArg(args)...};
+        return FormatMessageArgs(format, packed);
     }
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
-// The ODBC declarations of the driver manager. This header (through include/quorda/odbc.h) is the
-// only public place where ODBC types enter Quorda; modules above odbc take them from here.
+// The ODBC declarations of the driver manager, for the library's own sources. Public headers name
+// the types through quorda/odbc/odbc_types.h only; this header brings the functions and macros.
+#include "quorda/odbc/odbc_types.h"
+
 #include <sql.h>
 #include <sqlext.h>
 

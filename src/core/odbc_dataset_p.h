@@ -1,0 +1,84 @@
+#pragma once
+
+// The engine behind TODBCDataSet: binding records, record layout and statement state. Private to
+// the library: its own modules (and in-tree tests) include it as "core/odbc_dataset_p.h".
+#include "odbc/odbc_api_p.h"
+#include "quorda/core/odbc_dataset.h"
+#include "quorda/odbc/odbc_handle.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace quorda {
+
+// One bound parameter, built by BindAllParam and kept alive while the statement may still ask for
+// its data (data at execution). Items are heap-allocated so the address of ParamIndex, which is the
+// token SQLParamData hands back, stays valid and unique per parameter.
+struct TParamValueItem {
+    // The converted value (owned).
+    std::vector<std::byte> Data;
+    // The length/indicator passed to SQLBindParameter.
+    SQLLEN LengthIndicator = 0;
+    SQLSMALLINT CType = 0;
+    SQLSMALLINT SqlType = 0;
+    std::int32_t ParamIndex = 0;
+};
+
+// One result column bound with SQLBindCol. In single-row mode Data holds one slot of Length bytes
+// and Length doubles as the length/indicator cell after each fetch; in block mode Data holds
+// RowSetSize slots and Indicators one SQLLEN cell per row.
+struct TFieldValueItem {
+    std::vector<std::byte> Data;
+    SQLLEN Length = 0;
+    // Carried along when a block-mode row is copied.
+    std::int32_t Value1 = 0;
+    std::int32_t Value2 = 0;
+    std::vector<SQLLEN> Indicators;
+
+    // Precomputed once at bind time so the per-row copy does not walk the definitions.
+    SQLSMALLINT CType = 0;
+    // Bytes between rows of this column in block mode (the bound buffer length for character and
+    // binary data, the size of the C type for fixed-size types).
+    std::size_t RowStride = 0;
+    // Offset of the column's null indicator byte in a record buffer (its data slot follows).
+    std::size_t RecordOffset = 0;
+    // The definition's data size (GetDefDataSize).
+    std::size_t DataSize = 0;
+    // The definition's field type: selects the conversion of the per-row copy.
+    TFieldType FieldType = ftUnknown;
+    // The field bound to this column at open, and how a read of it copies the slot: ReadCount value
+    // bytes, then ReadClear zero bytes up to the field's data size. Any other field reading the
+    // column works the sizes out per read.
+    const TField* ReadField = nullptr;
+    std::size_t ReadCount = 0;
+    std::size_t ReadClear = 0;
+};
+
+// The 8-byte bookmark: the numbering origin in force when it was taken and the row number.
+struct TODBCBookmark {
+    std::int32_t Origin;
+    std::int32_t RowNumber;
+};
+static_assert(sizeof(TODBCBookmark) == 8);
+
+// Layout of an engine record buffer: row number, bookmark flag, then per field definition one null
+// indicator byte ('1' when the column has a value) followed by its data slot.
+inline constexpr std::size_t kRecordRowNumberOffset = 0;
+inline constexpr std::size_t kRecordFlagOffset = 4;
+inline constexpr std::size_t kRecordHeaderSize = 5;
+// The row number of a row that has not been numbered yet.
+inline constexpr std::int32_t kRowNotNumbered = 4095;
+
+// The C type a result column of SQLType is bound as (SQL_C_DEFAULT for the unmapped types).
+SQLSMALLINT BindCTypeFor(int SQLType);
+
+// The statement handle of a dataset and the row-status cells its fetches fill.
+struct TODBCDataSetEngine {
+    TODBCStatementHandle Stmt;
+    std::vector<SQLUSMALLINT> RowStatus;
+    SQLUSMALLINT SingleRowStatus = 0;
+};
+
+} // namespace quorda
