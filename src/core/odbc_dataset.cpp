@@ -24,6 +24,7 @@ TODBCDataSet::~TODBCDataSet() {
     if (FStmt) {
         TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
         TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
+        const std::lock_guard guard(FStmtLock);
         FStmt.Reset();
     }
     // No binding refers to the value items any more.

@@ -10,6 +10,7 @@
 #include "odbc_cursor_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
+#include "quorda/rtl/messages.h"
 #include "quorda/odbc/odbc_check.h"
 
 #include <algorithm>
@@ -82,6 +83,10 @@ void TODBCDataSet::InternalOpen() {
     ResetNumbering(1, -1);
     InternalExecSQL();
     InternalInitFieldDefs();
+    // Checked before the first fetch, whose error would not say what is wrong.
+    if (FieldDefs().Count() == 0) {
+        DatabaseError(LoadStr(SODBCNoResultSet));
+    }
     if (DefaultFields()) {
         CreateFields();
     }

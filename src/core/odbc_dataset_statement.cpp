@@ -56,11 +56,18 @@ void TODBCDataSet::CreateHandle() {
     CheckDBOpenError();
     SQLHSTMT handle = SQL_NULL_HSTMT;
     CheckCall(SQLAllocStmt(GetDBC(), &handle), "SQLAllocStmt");
-    FStmt.Reset(handle);
+    {
+        const std::lock_guard guard(FStmtLock);
+        FStmt.Reset(handle);
+    }
     try {
         if (!FUniDirectional) {
             CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_CURSOR_TYPE, SQL_CURSOR_KEYSET_DRIVEN),
                       "SQLSetStmtOption(SQL_CURSOR_TYPE)");
+        }
+        if (FQueryTimeout > 0) {
+            CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_QUERY_TIMEOUT, static_cast<SQLULEN>(FQueryTimeout)),
+                      "SQLSetStmtOption(SQL_QUERY_TIMEOUT)");
         }
         if (FBlockCursor && FUniDirectional) {
             CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_ROWSET_SIZE, static_cast<SQLULEN>(FRowSetSize)),
@@ -74,6 +81,7 @@ void TODBCDataSet::CreateHandle() {
         }
     } catch (...) {
         // Without its options the handle is not the one asked for: the next attempt starts afresh.
+        const std::lock_guard guard(FStmtLock);
         FStmt.Reset();
         throw;
     }
@@ -82,7 +90,12 @@ void TODBCDataSet::CreateHandle() {
 void TODBCDataSet::InternalFreeStmt(SQLUSMALLINT Option) {
     if (Option == SQL_DROP) {
         // A dropped handle must not stay in the wrapper; Free keeps it only when the driver refuses.
-        CheckCall(FStmt.Free(), "SQLFreeStmt(SQL_DROP)");
+        SQLRETURN ret = SQL_SUCCESS;
+        {
+            const std::lock_guard guard(FStmtLock);
+            ret = FStmt.Free();
+        }
+        CheckCall(ret, "SQLFreeStmt(SQL_DROP)");
         return;
     }
     CheckCall(SQLFreeStmt(FStmt.Get(), Option), "SQLFreeStmt");
@@ -92,7 +105,12 @@ void TODBCDataSet::DropStatement() {
     // Reset and unbind may fail on a statement in a bad state; dropping it settles everything.
     TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
     TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
-    CheckCall(FStmt.Free(), "SQLFreeStmt(SQL_DROP)");
+    SQLRETURN ret = SQL_SUCCESS;
+    {
+        const std::lock_guard guard(FStmtLock);
+        ret = FStmt.Free();
+    }
+    CheckCall(ret, "SQLFreeStmt(SQL_DROP)");
     // Nothing is bound any more.
     FParamValues.clear();
 }
@@ -143,6 +161,9 @@ void TODBCDataSet::PrepareSQL(const std::string& Text) {
 // ---- cursor names
 
 std::string TODBCDataSet::GetCursorName() {
+    if (!FStmt) {
+        DatabaseError(LoadStr(SODBCNoStatement));
+    }
     std::array<SQLCHAR, 256> name{};
     SQLSMALLINT length = 0;
     CheckCall(SQLGetCursorName(FStmt.Get(), name.data(), static_cast<SQLSMALLINT>(name.size()), &length),
@@ -152,6 +173,9 @@ std::string TODBCDataSet::GetCursorName() {
 }
 
 void TODBCDataSet::SetCursorName(const std::string& Name) {
+    if (!FStmt) {
+        DatabaseError(LoadStr(SODBCNoStatement));
+    }
     std::string name = Name;
     CheckCall(SQLSetCursorName(FStmt.Get(), reinterpret_cast<SQLCHAR*>(name.data()), SQL_NTS),
               "SQLSetCursorName");
@@ -172,6 +196,11 @@ void TODBCDataSet::ExecSQL() {
 }
 
 void TODBCDataSet::InternalExecSQL() {
+    // Drivers answer an empty statement with unrelated errors (SQLite: "out of memory").
+    if (FRealSQL.find_first_not_of(" \t\r\n") == std::string::npos) {
+        DatabaseError(LoadStr(SODBCEmptySQLStatement));
+    }
+    CheckParamCount();
     CreateHandle();
     // The designer always prepares (so that it can describe the statement); at run time only a
     // statement with parameters needs it.
@@ -242,6 +271,17 @@ void TODBCDataSet::SendDataAtExecution() {
         // Leave the statement ready for the next execution instead of stuck waiting for data.
         TraceODBC(SQLCancel(FStmt.Get()), "SQLCancel");
         throw;
+    }
+}
+
+void TODBCDataSet::Cancel() {
+    const std::lock_guard guard(FStmtLock);
+    if (!FStmt) {
+        return;
+    }
+    // Only the statement's own diagnostics: the connection is in use by the thread that runs it.
+    if (!quorda::RetCodeIsSuccessful(TraceODBC(SQLCancel(FStmt.Get()), "SQLCancel"))) {
+        throw CreateODBCError(nullptr, nullptr, FStmt.Get());
     }
 }
 
