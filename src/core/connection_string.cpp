@@ -51,7 +51,8 @@ std::size_t ValueEnd(std::string_view Text, std::size_t Pos) {
 
 bool SameConnectionKey(std::string_view A, std::string_view B) {
     return A.size() == B.size() && std::equal(A.begin(), A.end(), B.begin(), [](char x, char y) {
-               return std::toupper(static_cast<unsigned char>(x)) == std::toupper(static_cast<unsigned char>(y));
+               return std::toupper(static_cast<unsigned char>(x)) ==
+                      std::toupper(static_cast<unsigned char>(y));
            });
 }
 
@@ -122,7 +123,8 @@ std::string MaskConnectionPassword(std::string_view Text) {
     std::string masked;
     std::size_t copied = 0;
     ForEachConnectionAttribute(Text, [&](const TConnectionAttribute& a) {
-        if ((SameConnectionKey(a.Key, "PWD") || SameConnectionKey(a.Key, "PASSWORD")) && !a.RawValue.empty()) {
+        if ((SameConnectionKey(a.Key, "PWD") || SameConnectionKey(a.Key, "PASSWORD")) &&
+            !a.RawValue.empty()) {
             masked.append(Text.substr(copied, a.ValueOffset - copied));
             masked += "****";
             copied = a.ValueOffset + a.RawValue.size();

@@ -1,5 +1,4 @@
 #include "driver_quirks_p.h"
-
 #include "quorda/odbc/odbc_check.h"
 
 #include <array>
@@ -11,6 +10,10 @@ TDriverQuirks DriverQuirksFor(std::string_view DriverName) {
     // psqlodbca.so and psqlodbcw.so, the ANSI and Unicode builds.
     if (DriverName.find("psqlodbc") != std::string_view::npos) {
         quirks.MaxParams = kSmallestKnownMaxParams;
+        quirks.TextRejectsNul = true;
+    }
+    // SQLite ODBC stores text parameters up to their first NUL byte, inline and sent at execution.
+    if (DriverName.find("sqlite3odbc") != std::string_view::npos) {
         quirks.TextRejectsNul = true;
     }
     return quirks;

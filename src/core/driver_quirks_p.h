@@ -19,7 +19,8 @@ struct TDriverQuirks {
     // The most parameters one statement may bind. psqlODBC counts them in a signed 16-bit word and
     // corrupts its heap beyond 32767.
     std::int32_t MaxParams = kODBCMaxParams;
-    // Text parameters cannot carry a NUL byte: PostgreSQL refuses one in any text value.
+    // Text parameters cannot carry a NUL byte: PostgreSQL refuses one in any text value, SQLite ODBC
+    // cuts the value at it.
     bool TextRejectsNul = false;
 };
 

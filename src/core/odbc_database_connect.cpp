@@ -89,11 +89,11 @@ bool TODBCDatabase::DataSourceConnect(SQLHDBC Handle) {
     std::vector<SQLCHAR> dsn = InputBuffer(FDSNName);
     std::vector<SQLCHAR> user = InputBuffer(FUserID);
     std::vector<SQLCHAR> password = InputBuffer(FPassword);
-    const SQLRETURN ret =
-        CheckODBC(SQLConnect(Handle, dsn.data(), SQL_NTS, user.data(), SQL_NTS, password.data(), SQL_NTS),
-                  odbcEnv(), Handle, nullptr,
-                  ODBCTraceEnabled() ? "SQLConnect " + FDSNName + " " + FUserID + (FPassword.empty() ? "" : " ****")
-                                     : std::string("SQLConnect"));
+    const SQLRETURN ret = CheckODBC(
+        SQLConnect(Handle, dsn.data(), SQL_NTS, user.data(), SQL_NTS, password.data(), SQL_NTS), odbcEnv(),
+        Handle, nullptr,
+        ODBCTraceEnabled() ? "SQLConnect " + FDSNName + " " + FUserID + (FPassword.empty() ? "" : " ****")
+                           : std::string("SQLConnect"));
     return ret != SQL_NO_DATA_FOUND;
 }
 

@@ -156,7 +156,7 @@ void TODBCDataSet::CheckParamCount() {
         return;
     }
     std::int32_t limit = kODBCMaxParams;
-    if (count <= kODBCMaxParams && GetDBC() != nullptr) {
+    if (count <= kODBCMaxParams && FODBCDatabase != nullptr && FODBCDatabase->Connected()) {
         limit = DriverQuirksOf(GetDBC()).MaxParams;
     }
     if (count > limit) {

@@ -10,8 +10,8 @@
 #include "odbc_cursor_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
-#include "quorda/rtl/messages.h"
 #include "quorda/odbc/odbc_check.h"
+#include "quorda/rtl/messages.h"
 
 #include <algorithm>
 #include <cstring>

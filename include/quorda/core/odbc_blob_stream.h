@@ -11,8 +11,8 @@ class TBlobField;
 class TField;
 class TODBCDataSet;
 
-// Reads a memo, blob or string column of the current row whole, with SQLGetData, when it is created, so values
-// longer than the bound column buffer arrive complete. Writes stay in memory: the plain dataset is
+// Reads a memo, blob or string column of the current row whole, with SQLGetData, when it is created, so
+// values longer than the bound column buffer arrive complete. Writes stay in memory: the plain dataset is
 // read-only, editable descendants store what was written.
 class TODBCBlobStream : public TMemoryStream {
 public:
