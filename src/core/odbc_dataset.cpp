@@ -24,8 +24,7 @@ TODBCDataSet::~TODBCDataSet() {
     if (FStmt) {
         TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
         TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
-        const std::lock_guard guard(FStmtLock);
-        FStmt.Reset();
+        ResetStmtHandle(SQL_NULL_HSTMT);
     }
     // No binding refers to the value items any more.
     FParamValues.clear();

@@ -56,10 +56,7 @@ void TODBCDataSet::CreateHandle() {
     CheckDBOpenError();
     SQLHSTMT handle = SQL_NULL_HSTMT;
     CheckCall(SQLAllocStmt(GetDBC(), &handle), "SQLAllocStmt");
-    {
-        const std::lock_guard guard(FStmtLock);
-        FStmt.Reset(handle);
-    }
+    ResetStmtHandle(handle);
     try {
         if (!FUniDirectional) {
             CheckCall(SQLSetStmtOption(FStmt.Get(), SQL_CURSOR_TYPE, SQL_CURSOR_KEYSET_DRIVEN),
@@ -81,21 +78,25 @@ void TODBCDataSet::CreateHandle() {
         }
     } catch (...) {
         // Without its options the handle is not the one asked for: the next attempt starts afresh.
-        const std::lock_guard guard(FStmtLock);
-        FStmt.Reset();
+        ResetStmtHandle(SQL_NULL_HSTMT);
         throw;
     }
+}
+
+void TODBCDataSet::ResetStmtHandle(SQLHSTMT Handle) {
+    const std::lock_guard guard(FStmtLock);
+    FStmt.Reset(Handle);
+}
+
+SQLRETURN TODBCDataSet::FreeStmtHandle() {
+    const std::lock_guard guard(FStmtLock);
+    return FStmt.Free();
 }
 
 void TODBCDataSet::InternalFreeStmt(SQLUSMALLINT Option) {
     if (Option == SQL_DROP) {
         // A dropped handle must not stay in the wrapper; Free keeps it only when the driver refuses.
-        SQLRETURN ret = SQL_SUCCESS;
-        {
-            const std::lock_guard guard(FStmtLock);
-            ret = FStmt.Free();
-        }
-        CheckCall(ret, "SQLFreeStmt(SQL_DROP)");
+        CheckCall(FreeStmtHandle(), "SQLFreeStmt(SQL_DROP)");
         return;
     }
     CheckCall(SQLFreeStmt(FStmt.Get(), Option), "SQLFreeStmt");
@@ -105,12 +106,7 @@ void TODBCDataSet::DropStatement() {
     // Reset and unbind may fail on a statement in a bad state; dropping it settles everything.
     TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
     TraceODBC(SQLFreeStmt(FStmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
-    SQLRETURN ret = SQL_SUCCESS;
-    {
-        const std::lock_guard guard(FStmtLock);
-        ret = FStmt.Free();
-    }
-    CheckCall(ret, "SQLFreeStmt(SQL_DROP)");
+    CheckCall(FreeStmtHandle(), "SQLFreeStmt(SQL_DROP)");
     // Nothing is bound any more.
     FParamValues.clear();
 }

@@ -304,6 +304,9 @@ private:
     void DropStatement();
     // Refuses more parameters than the driver takes, before anything is bound.
     void CheckParamCount();
+    // Set and free the statement handle under FStmtLock; Free returns the driver's code.
+    void ResetStmtHandle(SQLHSTMT Handle);
+    SQLRETURN FreeStmtHandle();
 
     TODBCStatementHandle FStmt;
     // Held while the statement handle is set or freed, and by Cancel, so that a cancel from another
