@@ -115,11 +115,11 @@ bool TODBCDatabase::DriverConnect(SQLHDBC Handle) {
     // The completed string replaces the input only when it can reopen the same connection: not when
     // the buffer could not hold it whole, and not when it names no driver and no data source (SQLite
     // ODBC answers "DSN=;Database=..."), which would send the next Open to the driver manager's
-    // default data source.
+    // default data source; nor when it holds an empty DRIVER= or DSN=, which the next Open refuses.
     if (completedLength >= 0 && completedLength < kCompletedBufferSize) {
         std::string text(reinterpret_cast<const char*>(completed.data()),
                          static_cast<size_t>(completedLength));
-        if (NamesDataSource(text) || !NamesDataSource(FConnectStr)) {
+        if ((NamesDataSource(text) && BlankDataSourceKey(text).empty()) || !NamesDataSource(FConnectStr)) {
             FConnectStr = std::move(text);
         }
     }
