@@ -22,6 +22,7 @@ bool TODBCDataSet::RetCodeIsSuccessful(SQLRETURN RetCode) {
 SQLRETURN TODBCDataSet::CheckCall(SQLRETURN Ret, std::string_view Call) {
     TraceODBC(Ret, Call);
     if (!RetCodeIsSuccessful(Ret)) {
+        RefuseMissingStatement(Ret);
         throw CreateODBCError(odbcEnv(), GetDBC(), FStmt.Get());
     }
     return Ret;
@@ -30,9 +31,18 @@ SQLRETURN TODBCDataSet::CheckCall(SQLRETURN Ret, std::string_view Call) {
 SQLRETURN TODBCDataSet::CheckStmtCall(SQLRETURN Ret, std::string_view Call) {
     TraceODBC(Ret, Call);
     if (!RetCodeIsSuccessful(Ret)) {
+        RefuseMissingStatement(Ret);
         throw CreateODBCError(nullptr, nullptr, FStmt.Get());
     }
     return Ret;
+}
+
+void TODBCDataSet::RefuseMissingStatement(SQLRETURN Ret) const {
+    // A call on a statement that does not exist leaves no diagnostics: say what is missing instead of
+    // raising an error without a message.
+    if (Ret == SQL_INVALID_HANDLE && !FStmt) {
+        DatabaseError(LoadStr(SODBCNoStatement));
+    }
 }
 
 // ---- the database side
@@ -157,9 +167,6 @@ void TODBCDataSet::PrepareSQL(const std::string& Text) {
 // ---- cursor names
 
 std::string TODBCDataSet::GetCursorName() {
-    if (!FStmt) {
-        DatabaseError(LoadStr(SODBCNoStatement));
-    }
     std::array<SQLCHAR, 256> name{};
     SQLSMALLINT length = 0;
     CheckCall(SQLGetCursorName(FStmt.Get(), name.data(), static_cast<SQLSMALLINT>(name.size()), &length),
@@ -169,9 +176,6 @@ std::string TODBCDataSet::GetCursorName() {
 }
 
 void TODBCDataSet::SetCursorName(const std::string& Name) {
-    if (!FStmt) {
-        DatabaseError(LoadStr(SODBCNoStatement));
-    }
     std::string name = Name;
     CheckCall(SQLSetCursorName(FStmt.Get(), reinterpret_cast<SQLCHAR*>(name.data()), SQL_NTS),
               "SQLSetCursorName");

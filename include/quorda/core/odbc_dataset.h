@@ -125,7 +125,7 @@ public:
     void CheckDBOpenError() const;
     // Allocates the statement handle (cursor type and rowset size applied) when there is none.
     void CreateHandle();
-    // Both raise SODBCNoStatement before the dataset holds a statement.
+    // Both raise SODBCNoStatement before the dataset holds a statement (as does any call that needs one).
     std::string GetCursorName();
     void SetCursorName(const std::string& Name);
     std::string CursorName() { return GetCursorName(); }
@@ -304,6 +304,8 @@ private:
     void DropStatement();
     // Refuses more parameters than the driver takes, before anything is bound.
     void CheckParamCount();
+    // Raises SODBCNoStatement for a call that failed because there is no statement.
+    void RefuseMissingStatement(SQLRETURN Ret) const;
     // Set and free the statement handle under FStmtLock; Free returns the driver's code.
     void ResetStmtHandle(SQLHSTMT Handle);
     SQLRETURN FreeStmtHandle();
