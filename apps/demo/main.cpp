@@ -9,6 +9,7 @@
 #include "demo_cursor.h"
 #include "demo_schema.h"
 #include "demo_sql.h"
+#include "quorda/core/connection_string.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_query.h"
 #include "quorda/core/session.h"
@@ -197,7 +198,7 @@ int Run(const std::string& file, bool fresh) {
     db.OnAfterConnect = [](TObject*) { std::cout << "Connected.\n"; };
     std::cout << "Quorda demo\nDatabase file: " << file << '\n';
     db.Open();
-    std::cout << "Connection string after connecting: " << db.ConnectStr() << '\n';
+    std::cout << "Connection string after connecting: " << MaskConnectionPassword(db.ConnectStr()) << '\n';
 
     if (!demo::SchemaExists(db)) {
         demo::CreateSchema(db);

@@ -19,14 +19,14 @@
 namespace quorda {
 
 std::unique_ptr<TStream> TODBCDataSet::CreateBlobStream(TField* Field, TBlobStreamMode Mode) {
-    auto* blob = dynamic_cast<TBlobField*>(Field);
-    if (blob == nullptr) {
+    // Memo and blob fields, and string fields, whose value the stream reads as text.
+    if (dynamic_cast<TBlobField*>(Field) == nullptr && (Field == nullptr || Field->DataType() != ftString)) {
         DatabaseError(LoadStr(SODBCInvalidBLOB));
     }
-    return std::make_unique<TODBCBlobStream>(blob, Mode);
+    return std::make_unique<TODBCBlobStream>(Field, Mode);
 }
 
-TODBCBlobStream::TODBCBlobStream(TBlobField* Field, TBlobStreamMode Mode)
+TODBCBlobStream::TODBCBlobStream(TField* Field, TBlobStreamMode Mode)
     : FField(Field), FDataSet(dynamic_cast<TODBCDataSet*>(Field->DataSet())), FFieldNo(Field->FieldNo()) {
     if (FDataSet == nullptr) {
         DatabaseError(LoadStr(SODBCInvalidBLOB));
@@ -52,7 +52,9 @@ std::int64_t TODBCBlobStream::Write(const void* Buffer, std::int64_t Count) {
 void TODBCBlobStream::Truncate() {
     Clear();
     FModified = true;
-    FField->SetModified(true);
+    if (auto* blob = dynamic_cast<TBlobField*>(FField)) {
+        blob->SetModified(true);
+    }
 }
 
 void TODBCBlobStream::ReadBlobData() {

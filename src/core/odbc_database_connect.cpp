@@ -1,12 +1,15 @@
+#include "connection_string_p.h"
 #include "odbc/odbc_api_p.h"
+#include "quorda/core/connection_string.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_check.h"
 #include "quorda/rtl/application.h"
+#include "quorda/rtl/exception.h"
+#include "quorda/rtl/messages.h"
 
-#include <algorithm>
-#include <cctype>
 #include <climits>
+#include <exception>
 #include <string_view>
 #include <vector>
 
@@ -25,44 +28,12 @@ std::vector<SQLCHAR> InputBuffer(const std::string& text) {
 // SQLDriverConnect cannot be asked twice, so the buffer takes the longest length ODBC can report.
 constexpr SQLSMALLINT kCompletedBufferSize = SHRT_MAX;
 
-bool SameKeyword(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-               return std::toupper(static_cast<unsigned char>(x)) ==
-                      std::toupper(static_cast<unsigned char>(y));
-           });
-}
-
-// True when the connection string names a driver or a data source (DRIVER, DSN or FILEDSN with a
-// value). Values may be braced ({...}) and then hold semicolons.
-bool NamesDataSource(std::string_view text) {
-    size_t pos = 0;
-    while (pos < text.size()) {
-        const size_t equals = text.find('=', pos);
-        if (equals == std::string_view::npos) {
-            break;
-        }
-        std::string_view key = text.substr(pos, equals - pos);
-        while (!key.empty() && key.front() == ' ') {
-            key.remove_prefix(1);
-        }
-        while (!key.empty() && key.back() == ' ') {
-            key.remove_suffix(1);
-        }
-        size_t end = equals + 1;
-        if (end < text.size() && text[end] == '{') {
-            end = text.find('}', end);
-            end = end == std::string_view::npos ? text.size() : end;
-        }
-        end = text.find(';', end);
-        end = end == std::string_view::npos ? text.size() : end;
-        const std::string_view value = text.substr(equals + 1, end - equals - 1);
-        if ((SameKeyword(key, "DRIVER") || SameKeyword(key, "DSN") || SameKeyword(key, "FILEDSN")) &&
-            value.find_first_not_of(' ') != std::string_view::npos) {
-            return true;
-        }
-        pos = end + 1;
+// Connection inputs go to the driver manager zero-terminated: a NUL byte would silently cut them (a
+// password "secret\0x" logging in as "secret"), so such input is refused before any call.
+void RefuseNulByte(const std::string& Value, const char* What) {
+    if (Value.find('\0') != std::string::npos) {
+        DatabaseErrorFmt(LoadStr(SODBCConnectInputNul), std::string(What));
     }
-    return false;
 }
 
 } // namespace
@@ -74,8 +45,17 @@ void TODBCDatabase::Open() {
     if (OnBeforeConnect) {
         OnBeforeConnect(this);
     }
+    CheckConnectInputs();
     SetConnectOption(SQL_ODBC_CURSORS, ODBCSQLCursorOption[FSQLCursorOption],
                      "SQLSetConnectOption(SQL_ODBC_CURSORS)");
+    // Only set when asked for: 0 is every driver's default already.
+    if (FLoginTimeout > 0) {
+        SetConnectOption(SQL_LOGIN_TIMEOUT, FLoginTimeout, "SQLSetConnectOption(SQL_LOGIN_TIMEOUT)");
+    }
+    if (FConnectionTimeout > 0) {
+        SetConnectOption(SQL_ATTR_CONNECTION_TIMEOUT, FConnectionTimeout,
+                         "SQLSetConnectOption(SQL_ATTR_CONNECTION_TIMEOUT)");
+    }
 
     SQLHDBC handle = GetDBC();
     const bool connected = FConnectStyle == csConnect ? DataSourceConnect(handle) : DriverConnect(handle);
@@ -92,13 +72,29 @@ void TODBCDatabase::Open() {
     }
 }
 
+void TODBCDatabase::CheckConnectInputs() const {
+    if (FConnectStyle == csConnect) {
+        RefuseNulByte(FDSNName, "Data source name");
+        RefuseNulByte(FUserID, "User");
+        RefuseNulByte(FPassword, "Password");
+        return;
+    }
+    RefuseNulByte(FConnectStr, "Connection string");
+    // An empty DRIVER= or DSN= makes the driver manager pick a driver or data source of its own.
+    if (const std::string_view key = BlankDataSourceKey(FConnectStr); !key.empty()) {
+        DatabaseErrorFmt(LoadStr(SODBCEmptyConnectValue), std::string(key) + "=");
+    }
+}
+
 bool TODBCDatabase::DataSourceConnect(SQLHDBC Handle) {
     std::vector<SQLCHAR> dsn = InputBuffer(FDSNName);
     std::vector<SQLCHAR> user = InputBuffer(FUserID);
     std::vector<SQLCHAR> password = InputBuffer(FPassword);
-    const SQLRETURN ret =
-        CheckODBC(SQLConnect(Handle, dsn.data(), SQL_NTS, user.data(), SQL_NTS, password.data(), SQL_NTS),
-                  odbcEnv(), Handle, nullptr, "SQLConnect");
+    const SQLRETURN ret = CheckODBC(
+        SQLConnect(Handle, dsn.data(), SQL_NTS, user.data(), SQL_NTS, password.data(), SQL_NTS), odbcEnv(),
+        Handle, nullptr,
+        ODBCTraceEnabled() ? "SQLConnect " + FDSNName + " " + FUserID + (FPassword.empty() ? "" : " ****")
+                           : std::string("SQLConnect"));
     return ret != SQL_NO_DATA_FOUND;
 }
 
@@ -111,18 +107,20 @@ bool TODBCDatabase::DriverConnect(SQLHDBC Handle) {
         CheckODBC(SQLDriverConnect(Handle, window, input.data(), SQL_NTS, completed.data(),
                                    kCompletedBufferSize, &completedLength,
                                    static_cast<SQLUSMALLINT>(ODBCDriverConnectOption[FDriverConnectOption])),
-                  odbcEnv(), Handle, nullptr, "SQLDriverConnect");
+                  odbcEnv(), Handle, nullptr,
+                  ODBCTraceEnabled() ? "SQLDriverConnect " + MaskConnectionPassword(FConnectStr)
+                                     : std::string("SQLDriverConnect"));
     if (ret == SQL_NO_DATA_FOUND) {
         return false;
     }
     // The completed string replaces the input only when it can reopen the same connection: not when
     // the buffer could not hold it whole, and not when it names no driver and no data source (SQLite
     // ODBC answers "DSN=;Database=..."), which would send the next Open to the driver manager's
-    // default data source.
+    // default data source; nor when it holds an empty DRIVER= or DSN=, which the next Open refuses.
     if (completedLength >= 0 && completedLength < kCompletedBufferSize) {
         std::string text(reinterpret_cast<const char*>(completed.data()),
                          static_cast<size_t>(completedLength));
-        if (NamesDataSource(text) || !NamesDataSource(FConnectStr)) {
+        if ((NamesDataSource(text) && BlankDataSourceKey(text).empty()) || !NamesDataSource(FConnectStr)) {
             FConnectStr = std::move(text);
         }
     }
@@ -134,13 +132,24 @@ void TODBCDatabase::Close() {
     if (!FConnected) {
         return; // an allocated handle is kept for the next Open
     }
+    std::exception_ptr rollbackError;
     if (FInTransaction) {
-        Rollback();
+        try {
+            Rollback();
+        } catch (...) {
+            // Disconnect all the same (the server ends the transaction with the connection), else
+            // a connection whose rollback keeps failing could be neither closed nor opened again.
+            rollbackError = std::current_exception();
+        }
     }
     SQLHDBC handle = FHandle.Get();
     CheckODBC(SQLDisconnect(handle), odbcEnv(), handle, nullptr, "SQLDisconnect");
     FConnected = false;
+    FInTransaction = false;
     CheckODBC(FHandle.Free(), odbcEnv(), handle, nullptr, "SQLFreeConnect");
+    if (rollbackError) {
+        std::rethrow_exception(rollbackError);
+    }
 }
 
 void TODBCDatabase::StartTransaction() {

@@ -39,7 +39,7 @@ TODBCDataSet::~TODBCDataSet() {
     if (FEngine->Stmt) {
         TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
         TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
-        FEngine->Stmt.Reset();
+        ResetStmtHandle(SQL_NULL_HSTMT);
     }
     // No binding refers to the value items any more.
     FParamValues.clear();

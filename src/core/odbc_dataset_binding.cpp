@@ -1,11 +1,13 @@
 // TODBCDataSet, parameter binding: each parameter's value converted into a buffer of its own and
 // bound with SQLBindParameter, inline or to be sent at execution time.
 
+#include "driver_quirks_p.h"
 #include "odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/datetime.h"
+#include "quorda/rtl/messages.h"
 
 #include <cstring>
 #include <string>
@@ -153,16 +155,46 @@ SQLLEN TODBCDataSet::ConvertData(TODBCParam* Param, TParamValueItem& Item) {
     }
 }
 
+void TODBCDataSet::CheckParamCount() {
+    const int count = GetParamsCount();
+    // Only a statement beyond the smallest known driver limit costs the question to the driver.
+    if (count <= kSmallestKnownMaxParams) {
+        return;
+    }
+    std::int32_t limit = kODBCMaxParams;
+    if (count <= kODBCMaxParams && FODBCDatabase != nullptr && FODBCDatabase->Connected()) {
+        limit = DriverQuirksOf(GetDBC()).MaxParams;
+    }
+    if (count > limit) {
+        DatabaseErrorFmt(LoadStr(SODBCTooManyParams), count, limit);
+    }
+}
+
 void TODBCDataSet::BindAllParam() {
+    CheckParamCount();
     InternalFreeStmt(SQL_RESET_PARAMS);
     FParamValues.clear();
     const SQLLEN atExecSize = FODBCDatabase != nullptr ? FODBCDatabase->ParamAtExecSize() : 8192;
+    bool textNulChecked = false;
+    bool textRejectsNul = false;
     for (int i = 0; i < GetParamsCount(); ++i) {
         TODBCParam* param = Params().Items(i);
         auto owned = std::make_unique<TParamValueItem>();
         TParamValueItem& item = *owned;
         const SQLLEN length = ConvertData(param, item);
         FParamValues.push_back(std::move(owned));
+        // Text is bound with its byte length, so a NUL byte inside arrives; a driver that cannot
+        // take one gets a clear refusal instead of a cut or rejected value.
+        if (item.CType == SQL_C_CHAR && !param->IsNull() && length > 0 &&
+            std::memchr(item.Data.data(), 0, static_cast<std::size_t>(length)) != nullptr) {
+            if (!textNulChecked) {
+                textRejectsNul = DriverQuirksOf(GetDBC()).TextRejectsNul;
+                textNulChecked = true;
+            }
+            if (textRejectsNul) {
+                DatabaseErrorFmt(LoadStr(SODBCParamHoldsNul), param->Name());
+            }
+        }
         // Drivers are handed a valid address even for an empty value.
         if (item.Data.empty()) {
             item.Data.push_back(std::byte{0});
@@ -193,10 +225,6 @@ void TODBCDataSet::BindAllParam() {
             ret = SQLBindParameter(FEngine->Stmt.Get(), number, SQL_PARAM_INPUT, item.CType, item.SqlType,
                                    columnSize, 0, &item.ParamIndex, 0, &item.LengthIndicator);
         } else {
-            if (!param->IsNull() && (item.SqlType == SQL_LONGVARCHAR || item.SqlType == SQL_CHAR ||
-                                     item.SqlType == SQL_VARCHAR)) {
-                item.LengthIndicator = SQL_NTS;
-            }
             ret = SQLBindParameter(FEngine->Stmt.Get(), number, SQL_PARAM_INPUT, item.CType, item.SqlType,
                                    columnSize, 0, item.Data.data(), static_cast<SQLLEN>(columnSize),
                                    &item.LengthIndicator);

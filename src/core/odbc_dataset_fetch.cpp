@@ -12,6 +12,7 @@
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_check.h"
+#include "quorda/rtl/messages.h"
 
 #include <algorithm>
 #include <cstring>
@@ -83,6 +84,10 @@ void TODBCDataSet::InternalOpen() {
     ResetNumbering(1, -1);
     InternalExecSQL();
     InternalInitFieldDefs();
+    // Checked before the first fetch, whose error would not say what is wrong.
+    if (FieldDefs().Count() == 0) {
+        DatabaseError(LoadStr(SODBCNoResultSet));
+    }
     if (DefaultFields()) {
         CreateFields();
     }

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace quorda {
@@ -79,6 +80,9 @@ struct TODBCDataSetEngine {
     TODBCStatementHandle Stmt;
     std::vector<SQLUSMALLINT> RowStatus;
     SQLUSMALLINT SingleRowStatus = 0;
+    // Held while the statement handle is set or freed, and by Cancel, so that a cancel from another
+    // thread never reaches a freed handle.
+    std::mutex StmtLock;
 };
 
 } // namespace quorda

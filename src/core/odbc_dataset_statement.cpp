@@ -23,6 +23,7 @@ bool TODBCDataSet::RetCodeIsSuccessful(SQLRETURN RetCode) {
 SQLRETURN TODBCDataSet::CheckCall(SQLRETURN Ret, std::string_view Call) {
     TraceODBC(Ret, Call);
     if (!RetCodeIsSuccessful(Ret)) {
+        RefuseMissingStatement(Ret);
         throw CreateODBCError(odbcEnv(), GetDBC(), FEngine->Stmt.Get());
     }
     return Ret;
@@ -31,9 +32,18 @@ SQLRETURN TODBCDataSet::CheckCall(SQLRETURN Ret, std::string_view Call) {
 SQLRETURN TODBCDataSet::CheckStmtCall(SQLRETURN Ret, std::string_view Call) {
     TraceODBC(Ret, Call);
     if (!RetCodeIsSuccessful(Ret)) {
+        RefuseMissingStatement(Ret);
         throw CreateODBCError(nullptr, nullptr, FEngine->Stmt.Get());
     }
     return Ret;
+}
+
+void TODBCDataSet::RefuseMissingStatement(SQLRETURN Ret) const {
+    // A call on a statement that does not exist leaves no diagnostics: say what is missing instead of
+    // raising an error without a message.
+    if (Ret == SQL_INVALID_HANDLE && !FEngine->Stmt) {
+        DatabaseError(LoadStr(SODBCNoStatement));
+    }
 }
 
 // ---- the database side
@@ -57,11 +67,16 @@ void TODBCDataSet::CreateHandle() {
     CheckDBOpenError();
     SQLHSTMT handle = SQL_NULL_HSTMT;
     CheckCall(SQLAllocStmt(GetDBC(), &handle), "SQLAllocStmt");
-    FEngine->Stmt.Reset(handle);
+    ResetStmtHandle(handle);
     try {
         if (!FUniDirectional) {
             CheckCall(SQLSetStmtOption(FEngine->Stmt.Get(), SQL_CURSOR_TYPE, SQL_CURSOR_KEYSET_DRIVEN),
                       "SQLSetStmtOption(SQL_CURSOR_TYPE)");
+        }
+        if (FQueryTimeout > 0) {
+            CheckCall(
+                SQLSetStmtOption(FEngine->Stmt.Get(), SQL_QUERY_TIMEOUT, static_cast<SQLULEN>(FQueryTimeout)),
+                "SQLSetStmtOption(SQL_QUERY_TIMEOUT)");
         }
         if (FBlockCursor && FUniDirectional) {
             CheckCall(
@@ -76,15 +91,25 @@ void TODBCDataSet::CreateHandle() {
         }
     } catch (...) {
         // Without its options the handle is not the one asked for: the next attempt starts afresh.
-        FEngine->Stmt.Reset();
+        ResetStmtHandle(SQL_NULL_HSTMT);
         throw;
     }
+}
+
+void TODBCDataSet::ResetStmtHandle(SQLHSTMT Handle) {
+    const std::lock_guard guard(FEngine->StmtLock);
+    FEngine->Stmt.Reset(Handle);
+}
+
+SQLRETURN TODBCDataSet::FreeStmtHandle() {
+    const std::lock_guard guard(FEngine->StmtLock);
+    return FEngine->Stmt.Free();
 }
 
 void TODBCDataSet::InternalFreeStmt(SQLUSMALLINT Option) {
     if (Option == SQL_DROP) {
         // A dropped handle must not stay in the wrapper; Free keeps it only when the driver refuses.
-        CheckCall(FEngine->Stmt.Free(), "SQLFreeStmt(SQL_DROP)");
+        CheckCall(FreeStmtHandle(), "SQLFreeStmt(SQL_DROP)");
         return;
     }
     CheckCall(SQLFreeStmt(FEngine->Stmt.Get(), Option), "SQLFreeStmt");
@@ -94,7 +119,7 @@ void TODBCDataSet::DropStatement() {
     // Reset and unbind may fail on a statement in a bad state; dropping it settles everything.
     TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
     TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
-    CheckCall(FEngine->Stmt.Free(), "SQLFreeStmt(SQL_DROP)");
+    CheckCall(FreeStmtHandle(), "SQLFreeStmt(SQL_DROP)");
     // Nothing is bound any more.
     FParamValues.clear();
 }
@@ -176,6 +201,11 @@ void TODBCDataSet::ExecSQL() {
 }
 
 void TODBCDataSet::InternalExecSQL() {
+    // Drivers answer an empty statement with unrelated errors (SQLite: "out of memory").
+    if (FRealSQL.find_first_not_of(" \t\r\n") == std::string::npos) {
+        DatabaseError(LoadStr(SODBCEmptySQLStatement));
+    }
+    CheckParamCount();
     CreateHandle();
     // The designer always prepares (so that it can describe the statement); at run time only a
     // statement with parameters needs it.
@@ -247,6 +277,17 @@ void TODBCDataSet::SendDataAtExecution() {
         // Leave the statement ready for the next execution instead of stuck waiting for data.
         TraceODBC(SQLCancel(FEngine->Stmt.Get()), "SQLCancel");
         throw;
+    }
+}
+
+void TODBCDataSet::Cancel() {
+    const std::lock_guard guard(FEngine->StmtLock);
+    if (!FEngine->Stmt) {
+        return;
+    }
+    // Only the statement's own diagnostics: the connection is in use by the thread that runs it.
+    if (!quorda::RetCodeIsSuccessful(TraceODBC(SQLCancel(FEngine->Stmt.Get()), "SQLCancel"))) {
+        throw CreateODBCError(nullptr, nullptr, FEngine->Stmt.Get());
     }
 }
 

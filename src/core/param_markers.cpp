@@ -73,6 +73,21 @@ void ScanParamMarkers(std::string& Text, const TParamMarkerHandler& OnMarker) {
                 // "::" outside a literal stands for one literal colon.
                 Text[out++] = ':';
                 in += 2;
+            } else if (!literal && c == '-' && at(in + 1) == '-') {
+                // A line comment is copied as it is, up to its line feed: no marker, no literal.
+                while (at(in) != '\0' && at(in) != '\n') {
+                    Text[out++] = Text[in++];
+                }
+            } else if (!literal && c == '/' && at(in + 1) == '*') {
+                // So is a block comment, up to and including its "*/".
+                std::size_t end = in + 2;
+                while (at(end) != '\0' && !(at(end) == '*' && at(end + 1) == '/')) {
+                    ++end;
+                }
+                end = at(end) == '\0' ? end : end + 2;
+                while (in < end) {
+                    Text[out++] = Text[in++];
+                }
             } else {
                 if (IsLiteral(c)) {
                     literal = !literal;

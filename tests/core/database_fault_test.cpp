@@ -202,6 +202,7 @@ TEST(FaultConnect, TheCompletedStringArrivesWholeOrTheInputIsKept) {
     // longer than any length ODBC can report arrives cut. Both leave the input in place.
     for (const auto& [completed, kept] : {std::pair<std::string, bool>{longOut, false},
                                           {"DSN=%3BDatabase=elsewhere.db", true},
+                                          {"DSN=%3BDriver=QuordaFault", true},
                                           {"Driver=QuordaFault;X=" + std::string(40000, 'x'), true}}) {
         FaultDriver fault("connout:" + completed);
         auto db = FaultDatabase(fault);

@@ -4,6 +4,7 @@
 
 #include "odbc_cursor_fixture.h"
 #include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/messages.h"
 
 namespace quorda {
 namespace {
@@ -98,6 +99,18 @@ TEST_P(BlobStream, RecordsOfALinkWindowReadTheirOwnRows) {
 TEST_P(BlobStream, StringTrimRightCutsTrailingBlanksOfMemos) {
     Db.SetStringTrimRight(true);
     EXPECT_EQ(StreamText(Opened("select memo from " + Table + " where id = 4"), "memo"), "tail");
+}
+
+// String fields read through the stream as text; other fields are no blobs.
+TEST_P(BlobStream, StringFieldsReadAsTextOthersAreRefused) {
+    const std::string table = MakeTable("blob_strings", "id integer, name varchar(40)", "(1, 'Grüße   ')");
+    TODBCQuery& query = Opened("select name, id from " + table);
+    ASSERT_EQ(query.Fields()[0]->DataType(), ftString);
+    EXPECT_EQ(StreamText(query, "name"), "Grüße   ");
+    Db.SetStringTrimRight(true);
+    EXPECT_EQ(StreamText(query, "name"), "Grüße");
+    EXPECT_EQ(ErrorOf([&] { query.CreateBlobStream(query.FieldByName("id"), bmRead); }),
+              LoadStr(SODBCInvalidBLOB));
 }
 
 TEST_P(BlobStream, WritingIsRefusedOnTheReadOnlyDataset) {

@@ -4,6 +4,7 @@
 #include "odbc_statement_test_support.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/datetime.h"
+#include "quorda/rtl/messages.h"
 #include "quorda/rtl/string_utils.h"
 
 #include <algorithm>
@@ -186,8 +187,75 @@ TEST_P(StatementOnDrivers, SyntaxErrorCarriesTheDriversDiagnostics) {
     EXPECT_EQ(query->State(), dsInactive);
 }
 
+// Neither driver takes a NUL byte in text: psqlODBC sent the value cut at it (PostgreSQL refuses NUL
+// in text), SQLite ODBC stores it cut, inline and sent at execution alike. Both are refused clearly
+// before anything runs; the fault driver shows the bytes of a text value arriving whole.
+TEST_P(StatementOnDrivers, TextWithANulByteIsRefusedInsteadOfCut) {
+    const std::string value("abc\0def", 7);
+    for (const std::string& text : {value, std::string(9000, 'x') + value}) {
+        auto insert = Insert("id,m");
+        insert->ParamByName("id")->SetAsInteger(20);
+        insert->ParamByName("m")->SetAsMemo(text);
+        EXPECT_EQ(testing::ErrorOf([&] { insert->ExecSQL(); }),
+                  FormatMessage(LoadStr(SODBCParamHoldsNul), std::string("m")));
+        EXPECT_TRUE(Read("m", 20).empty());
+    }
+}
+
+// A marker inside a comment is no marker: psqlODBC does not count the "?" there, so the values
+// shifted and the statement found the row of the wrong id.
+TEST_P(StatementOnDrivers, MarkersInsideCommentsAreLeftAlone) {
+    Exec("insert into " + Table + " (id, s) values (1, 'one'), (7, 'seven')");
+    auto query = MakeQuery(Db.get(), "select s from " + Table +
+                                         " where /* owner = :owner and */ id = :id -- it's :owner's\n"
+                                         "and s <> :skip");
+    ASSERT_EQ(query->GetParamsCount(), 2);
+    query->ParamByName("id")->SetAsInteger(1);
+    query->ParamByName("skip")->SetAsString("none");
+    query->Open();
+    EXPECT_EQ(query->Fields()[0]->AsString(), "one");
+    EXPECT_EQ(query->RecordCount(), 1);
+}
+
+// Where the driver's own error would mislead, the dataset checks first.
+TEST_P(StatementOnDrivers, EmptyTextStatementsWithoutRowsAndMissingStatementsAreNamed) {
+    for (const std::string& text : {std::string(), std::string(" \n\t")}) {
+        auto query = MakeQuery(Db.get(), text);
+        EXPECT_EQ(testing::ErrorOf([&] { query->Open(); }), LoadStr(SODBCEmptySQLStatement));
+        EXPECT_EQ(testing::ErrorOf([&] { query->ExecSQL(); }), LoadStr(SODBCEmptySQLStatement));
+        EXPECT_EQ(query->StatementHandle(), nullptr);
+    }
+    auto update = MakeQuery(Db.get(), "update " + Table + " set i = 1 where id = -1");
+    EXPECT_EQ(testing::ErrorOf([&] { update->GetCursorName(); }), LoadStr(SODBCNoStatement));
+    EXPECT_EQ(testing::ErrorOf([&] { update->SetCursorName("c1"); }), LoadStr(SODBCNoStatement));
+    EXPECT_EQ(testing::ErrorOf([&] { update->Open(); }), LoadStr(SODBCNoResultSet));
+    EXPECT_FALSE(update->Active());
+    update->SQL().SetText("select id from " + Table);
+    update->Open();
+    EXPECT_TRUE(update->IsEmpty());
+    EXPECT_FALSE(update->GetCursorName().empty());
+}
+
 INSTANTIATE_TEST_SUITE_P(Drivers, StatementOnDrivers, ::testing::ValuesIn(quorda_test::AllProfiles()),
                          quorda_test::ProfileTestName);
+
+// psqlODBC counts parameters in a signed 16-bit word and corrupted its heap beyond 32767.
+TEST(StatementParameterLimit, MoreParametersThanPsqlODBCTakesAreRefusedBeforeBinding) {
+    for (bool unicode : {false, true}) {
+        auto db = OpenDatabase(quorda_test::PostgresProfile(unicode).ConnectionString);
+        std::string text = "select 1 where 1 in (:p0";
+        for (int i = 1; i <= 32767; ++i) {
+            text += ",:p" + std::to_string(i);
+        }
+        auto query = MakeQuery(db.get(), text + ")");
+        for (int i = 0; i < query->GetParamsCount(); ++i) {
+            query->Params().Items(i)->SetAsInteger(i);
+        }
+        EXPECT_EQ(testing::ErrorOf([&] { query->Open(); }),
+                  FormatMessage(LoadStr(SODBCTooManyParams), 32768, 32767));
+        EXPECT_EQ(query->StatementHandle(), nullptr);
+    }
+}
 
 } // namespace
 } // namespace quorda

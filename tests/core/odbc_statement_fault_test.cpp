@@ -6,6 +6,7 @@
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/datetime.h"
+#include "quorda/rtl/messages.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -83,18 +84,18 @@ TEST(StatementExecution, EveryParameterTypeIsBoundAsConverted) {
     query->ExecSQL();
     // <n> <C type> <SQL type> <column size> <indicator> <value as the driver read it>
     EXPECT_EQ(CallsOf(fault, {"param"}), (Lines{
-                                             "param 1 1 1 13 -3 13:O'Brien %C3%A9t%C3%A9",
+                                             "param 1 1 1 13 13 13:O'Brien %C3%A9t%C3%A9",
                                              "param 2 4 4 4 4 -42",
                                              "param 3 8 8 8 8 2.5",
-                                             "param 4 1 1 5 -3 5:12.34",
+                                             "param 4 1 1 5 5 5:12.34",
                                              "param 5 9 9 6 6 2024-02-29",
                                              "param 6 10 10 6 6 13:45:10",
                                              "param 7 11 11 23 16 2024-02-29 13:45:10.7000000",
                                              "param 8 4 4 4 4 -1",
-                                             "param 9 1 -1 9 -3 9:memo text",
+                                             "param 9 1 -1 9 9 9:memo text",
                                              "param 10 -2 -4 4 4 4:blob",
                                              "param 11 4 4 4 4 7",
-                                             "param 12 1 -1 9 -3 9:formatted",
+                                             "param 12 1 -1 9 9 9:formatted",
                                          }));
 }
 
@@ -108,7 +109,8 @@ TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
         blob[i] = static_cast<char>('a' + i % 26);
     }
     query->ParamByName("long")->SetAsString(text);
-    query->ParamByName("short")->SetAsString("short");
+    // Text goes with its byte length, a NUL byte included.
+    query->ParamByName("short")->SetAsString(std::string("sh\0rt", 5));
     query->ParamByName("blob")->SetBlobData(blob.data(), blob.size());
     query->ExecSQL();
     // A string beyond ParamAtExecSize becomes long text with twice its length as column size; the
@@ -125,7 +127,7 @@ TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
     ASSERT_EQ(params.size(), 3u);
     EXPECT_EQ(params[0].substr(0, 29), "param 1 1 -1 18000 -9100 9000");
     EXPECT_EQ(params[0].substr(params[0].size() - 4), "xxxx"); // the log shows the first 200 bytes
-    EXPECT_EQ(params[1], "param 2 1 1 5 -3 5:short");
+    EXPECT_EQ(params[1], "param 2 1 1 5 5 5:sh%00rt");
     EXPECT_EQ(params[2].substr(0, 33), "param 3 -2 -4 10000 -10100 10000:");
 
     // A smaller piece size and a lower threshold: every piece arrives, in order, at its parameter.
@@ -133,14 +135,14 @@ TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
     fault.ClearLog();
     db->SetParamAtExecSize(3);
     query->SetBlobBufferSize(3000);
-    query->ParamByName("short")->SetAsString("abcdefg");
+    query->ParamByName("short")->SetAsString(std::string("abc\0efg", 7));
     query->ExecSQL();
     EXPECT_EQ(CallsOf(fault, {"SQLPutData"}),
               (Lines{"SQLPutData 3000", "SQLPutData 3000", "SQLPutData 3000", "SQLPutData 7",
                      "SQLPutData 3000", "SQLPutData 3000", "SQLPutData 3000", "SQLPutData 1000"}));
     const Lines again = CallsOf(fault, {"param"});
     ASSERT_EQ(again.size(), 3u);
-    EXPECT_EQ(again[1], "param 2 1 -1 14 -107 7:abcdefg");
+    EXPECT_EQ(again[1], "param 2 1 -1 14 -107 7:abc%00efg");
 }
 
 TEST(StatementExecution, AnyWarningFromSQLPutDataFailsTheExecution) {
@@ -182,6 +184,40 @@ TEST(StatementExecution, RefusedValuesAndTextsFailBeforeAnythingRuns) {
     // The refused values were found while binding, after preparing; nothing was executed.
     EXPECT_EQ(CallsOf(fault, {"SQLExecute", "SQLExecDirect"}), Lines{});
     EXPECT_TRUE(fault.Received("SQLPrepare xy"));
+}
+
+// Parameter numbers are 16-bit in ODBC: the 65536th would have been bound as number 0, the next
+// over the first.
+TEST(StatementExecution, ParameterNumbersBeyondODBCsRangeAreRefusedNotWrapped) {
+    FaultDriver fault;
+    auto db = OpenDatabase(fault.ConnectionString());
+    std::string text = "insert into t values (:p0";
+    for (int i = 1; i < 65536; ++i) {
+        text += ",:p" + std::to_string(i);
+    }
+    auto query = MakeQuery(db.get(), text + ")");
+    for (int i = 0; i < query->GetParamsCount(); ++i) {
+        query->Params().Items(i)->SetAsInteger(i);
+    }
+    EXPECT_EQ(DatabaseErrorOf([&] { query->ExecSQL(); }),
+              FormatMessage(LoadStr(SODBCTooManyParams), 65536, 65535));
+    EXPECT_EQ(CallsOf(fault, {"SQLPrepare", "SQLBindParameter"}), Lines{});
+}
+
+// The timeout reaches every statement the dataset makes, and only when one is set.
+TEST(StatementHandle, QueryTimeoutIsSetOnEveryStatement) {
+    FaultDriver fault;
+    auto db = OpenDatabase(fault.ConnectionString());
+    auto query = MakeQuery(db.get(), "update t set a = 1");
+    query->ExecSQL();
+    query->SetQueryTimeout(5);
+    query->SQL().SetText("update t set a = 2");
+    query->ExecSQL();
+    query->SQL().SetText("update t set a = :a");
+    query->ParamByName("a")->SetAsInteger(3);
+    query->ExecSQL();
+    EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption 0"}),
+              (Lines{"SQLSetStmtOption 0 5", "SQLSetStmtOption 0 5"}));
 }
 
 TEST(StatementExecution, AFailedExecutionIsRepeatedFromScratch) {

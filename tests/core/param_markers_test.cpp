@@ -62,6 +62,27 @@ TEST(ParamMarkers, NamesAndQuotes) {
     });
 }
 
+TEST(ParamMarkers, CommentsAreKeptAsTheyAreAndHoldNoMarkers) {
+    ExpectScans({
+        {"where /* owner = :owner and */ id = :id", "where /* owner = :owner and */ id = ?", {"id"}},
+        // An apostrophe or a double colon inside a comment changes nothing after it.
+        {"select a -- it's :x::y\n, :b", "select a -- it's :x::y\n, ?", {"b"}},
+        {"/* it's */ :a /* \" */ :b", "/* it's */ ? /* \" */ ?", {"a", "b"}},
+        // A line comment ends at its line feed, a block comment at the first "*/" (no nesting).
+        {"-- :a\r\n:b", "-- :a\r\n?", {"b"}},
+        {"/* /* :a */ :b */", "/* /* :a */ ? */", {"b"}},
+        // Unterminated comments run to the end of the text, or to a zero byte.
+        {"x /* :a", "x /* :a", {}},
+        {"x -- :a", "x -- :a", {}},
+        {std::string("/* :a\0*/ :b", 11), std::string("/* :a\0*/ :b", 11), {}},
+        // Inside a literal the comment marks are text; a single "-" or "/" starts nothing.
+        {"select '--', '/*', :a", "select '--', '/*', ?", {"a"}},
+        {"a - :b / :c", "a - ? / ?", {"b", "c"}},
+        // A name swallows "-" and "/" as it always did.
+        {":a--b :c/*d", "? ?", {"a--b", "c/*d"}},
+    });
+}
+
 TEST(ParamMarkers, ColonsAndEnds) {
     ExpectScans({
         // A colon at the very end is a marker with an empty name; nothing is read past the text.

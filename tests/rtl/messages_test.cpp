@@ -17,6 +17,10 @@ TEST(MessageTable, TextsAreFoundByIdAndFormatWithTheirPlaceholders) {
     // The unnamed twin of SDataTypes carries the same list.
     EXPECT_EQ(LoadStr(SDataTypesEntity), LoadStr(SDataTypes));
     EXPECT_TRUE(MessageName(SDataTypesEntity).empty());
+    // The library's own refusals sit below the classic table.
+    EXPECT_EQ(FormatMessage(LoadStr(SODBCTooManyParams), 32768, 32767),
+              "ODBC The statement has 32768 parameters, more than the 32767 the driver takes");
+    EXPECT_EQ(MessageName(SODBCConnectInputNul), "SODBCConnectInputNul");
 }
 
 TEST(MessageTable, IdsWithoutMessageAreEmptyAndCannotBeTranslated) {

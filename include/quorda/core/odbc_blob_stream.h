@@ -8,15 +8,17 @@
 namespace quorda {
 
 class TBlobField;
+class TField;
 class TODBCDataSet;
 
-// Reads a memo or blob column of the current row whole, with SQLGetData, when it is created, so values
-// longer than the bound column buffer arrive complete. Writes stay in memory: the plain dataset is
+// Reads a memo, blob or string column of the current row whole, with SQLGetData, when it is created, so
+// values longer than the bound column buffer arrive complete. Writes stay in memory: the plain dataset is
 // read-only, editable descendants store what was written.
 class TODBCBlobStream : public TMemoryStream {
 public:
     // Raises SODBCFieldReadOnly for a write mode on a read-only field or outside dsEdit/dsInsert.
-    TODBCBlobStream(TBlobField* Field, TBlobStreamMode Mode);
+    // Field is a blob field or a string field (read as text).
+    TODBCBlobStream(TField* Field, TBlobStreamMode Mode);
     ~TODBCBlobStream() override = default;
 
     std::int64_t Write(const void* Buffer, std::int64_t Count) override;
@@ -31,7 +33,7 @@ protected:
     // The value of the current row read from the driver, whole.
     void ReadWithGetData(bool Text);
 
-    TBlobField* FField;
+    TField* FField;
     TODBCDataSet* FDataSet;
     TRecordBuffer FBuffer = nullptr;
     int FFieldNo = 0;

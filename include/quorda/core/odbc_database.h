@@ -94,6 +94,12 @@ public:
     void SetStringTrimRight(bool Value) { FStringTrimRight = Value; }
     bool IgnoreOriginInfo() const { return FIgnoreOriginInfo; }
     void SetIgnoreOriginInfo(bool Value) { FIgnoreOriginInfo = Value; }
+    // Seconds to wait for a login (SQL_LOGIN_TIMEOUT) and for any other request on the connection
+    // (SQL_ATTR_CONNECTION_TIMEOUT); 0 waits without limit. Applied at the next Open.
+    std::int32_t LoginTimeout() const { return FLoginTimeout; }
+    void SetLoginTimeout(std::int32_t Value) { FLoginTimeout = Value; }
+    std::int32_t ConnectionTimeout() const { return FConnectionTimeout; }
+    void SetConnectionTimeout(std::int32_t Value) { FConnectionTimeout = Value; }
     TNotifyEvent OnBeforeConnect;
     TNotifyEvent OnAfterConnect;
     bool Connected() const { return FConnected; }
@@ -146,6 +152,8 @@ private:
     void EndTransaction(SQLUSMALLINT Type, const char* Call);
     bool DriverConnect(SQLHDBC Handle);
     bool DataSourceConnect(SQLHDBC Handle);
+    // Refuses inputs the driver manager would misread: NUL bytes, an empty DRIVER= or DSN=.
+    void CheckConnectInputs() const;
 
     TODBCSession* FSession;
     std::string FDatabaseName;
@@ -165,6 +173,8 @@ private:
     bool FStringTrimRight = false;
     bool FIgnoreOriginInfo = false;
     bool FInTransaction = false;
+    std::int32_t FLoginTimeout = 0;
+    std::int32_t FConnectionTimeout = 0;
 };
 
 } // namespace quorda

@@ -68,6 +68,7 @@ public:
     void CheckDBOpenError() const;
     // Allocates the statement handle (cursor type and rowset size applied) when there is none.
     void CreateHandle();
+    // Both raise SODBCNoStatement before the dataset holds a statement (as does any call that needs one).
     std::string GetCursorName();
     void SetCursorName(const std::string& Name);
     std::string CursorName() { return GetCursorName(); }
@@ -88,6 +89,14 @@ public:
     std::int32_t RowSetSize() const { return FRowSetSize; }
     // Refused on an open dataset; negative values are ignored.
     void SetRowSetSize(std::int32_t Value);
+    // Seconds a statement may run before the driver stops it (SQL_QUERY_TIMEOUT), applied to every
+    // statement the dataset makes from now on; 0 waits without limit.
+    std::int32_t QueryTimeout() const { return FQueryTimeout; }
+    void SetQueryTimeout(std::int32_t Value) { FQueryTimeout = Value; }
+    // Asks the driver to stop the statement that is running (SQLCancel). Callable from any thread
+    // while another one waits in an execution or a fetch, which then fails with the driver's error;
+    // without a statement it does nothing.
+    void Cancel();
     // Whether string and memo parameters go through Translate (to OEM) before binding.
     bool TranslateFlag() const { return FTranslate; }
     void SetTranslateFlag(bool Value) { FTranslate = Value; }
@@ -236,9 +245,17 @@ private:
     void SendDataAtExecution();
     // SQLFreeStmt with SQL_RESET_PARAMS, SQL_UNBIND and SQL_DROP; only the drop is checked.
     void DropStatement();
+    // Refuses more parameters than the driver takes, before anything is bound.
+    void CheckParamCount();
+    // Raises SODBCNoStatement for a call that failed because there is no statement.
+    void RefuseMissingStatement(SQLRETURN Ret) const;
+    // Set and free the statement handle under the engine's statement lock; Free returns the driver's code.
+    void ResetStmtHandle(SQLHSTMT Handle);
+    SQLRETURN FreeStmtHandle();
 
     // The statement handle and the row-status cells it fills.
     std::unique_ptr<TODBCDataSetEngine> FEngine;
+    std::int32_t FQueryTimeout = 0;
     TODBCDatabase* FODBCDatabase = nullptr;
     std::unique_ptr<TStringList> FSQL;
     std::unique_ptr<TODBCParams> FParams;

@@ -17,8 +17,10 @@ using TParamMarkerHandler = std::function<void(const std::string& Name)>;
 // Rules: a colon outside a quoted literal starts a marker unless another colon follows ("::" outside a
 // literal collapses to one literal colon). A name ends at line feed, carriage return, blank, ")", ","
 // or ";" (outside quotes) or at the end of the text; every other byte belongs to it. Single and double
-// quotes toggle one shared literal flag. The text is handled byte by byte and ends at its first zero
-// byte, if any; bytes after that zero are kept but never examined.
+// quotes toggle one shared literal flag. Outside literals, "--" line comments (up to the line feed)
+// and "/* */" block comments are kept as they are: no marker, colon or quote inside them counts. The text is
+// handled byte by byte and ends at its first zero byte, if any; bytes after that zero are kept but never
+// examined.
 void ScanParamMarkers(std::string& Text, const TParamMarkerHandler& OnMarker);
 
 // The dataset's marker scan: creates one ftUnknown parameter per marker in Params (when not null), in

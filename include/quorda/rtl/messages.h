@@ -8,6 +8,13 @@ namespace quorda {
 // Identifiers of the component message table. Texts are looked up by id so that a translation can
 // replace them at run time (SetMessageText).
 enum MessageId : int {
+    // The library's own messages (refusals the classic table has no text for).
+    SODBCNoStatement = 65498,
+    SODBCNoResultSet = 65499,
+    SODBCParamHoldsNul = 65500,
+    SODBCTooManyParams = 65501,
+    SODBCEmptyConnectValue = 65502,
+    SODBCConnectInputNul = 65503,
     SODBCMaxStringSize = 65504,
     SODBCMaxBlobBuffer = 65505,
     SODBCInvalidBLOB = 65506,

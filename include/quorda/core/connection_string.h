@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quorda {
+
+// The connection string with the value of every password attribute (PWD, Password; keys compared
+// case-insensitively, braced values with "}}" escapes included) replaced by "****", for anything that
+// shows or logs a connection string. Empty passwords stay empty.
+std::string MaskConnectionPassword(std::string_view Text);
+
+} // namespace quorda

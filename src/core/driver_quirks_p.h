@@ -1,0 +1,33 @@
+// Known limits of particular drivers that the driver cannot be asked about, in one place. Each is
+// documented in docs/odbc-quirks.md with the test that pins it down.
+#pragma once
+
+#include "odbc/odbc_api_p.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace quorda {
+
+// ODBC numbers parameters with an unsigned 16-bit word: no driver can take more.
+inline constexpr std::int32_t kODBCMaxParams = 65535;
+
+// The lowest MaxParams of the drivers below: statements with no more parameters need no question.
+inline constexpr std::int32_t kSmallestKnownMaxParams = 32767;
+
+struct TDriverQuirks {
+    // The most parameters one statement may bind. psqlODBC counts them in a signed 16-bit word and
+    // corrupts its heap beyond 32767.
+    std::int32_t MaxParams = kODBCMaxParams;
+    // Text parameters cannot carry a NUL byte: PostgreSQL refuses one in any text value, SQLite ODBC
+    // cuts the value at it.
+    bool TextRejectsNul = false;
+};
+
+// The quirks of a driver by the file name it reports for SQL_DRIVER_NAME ("psqlodbcw.so").
+TDriverQuirks DriverQuirksFor(std::string_view DriverName);
+// The quirks of the driver behind an open connection (one SQLGetInfo call; none known when the driver
+// cannot tell its name).
+TDriverQuirks DriverQuirksOf(SQLHDBC Connection);
+
+} // namespace quorda
