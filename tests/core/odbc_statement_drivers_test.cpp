@@ -178,7 +178,7 @@ TEST_P(StatementOnDrivers, SyntaxErrorCarriesTheDriversDiagnostics) {
     auto query = MakeQuery(Db.get(), "selec 1 frm nowhere");
     const auto e = testing::Raised<EODBCError>([&] { query->ExecSQL(); });
     ASSERT_TRUE(e);
-    EXPECT_EQ(e->SQLState().substr(0, 5), Profile.Traits.ServerSqlStates ? "42601" : "S1000")
+    EXPECT_EQ(e->SQLState().substr(0, 5), Profile.Traits.SyntaxErrorState)
         << e->SQLState();
     EXPECT_NE(LowerCase(e->Message()).find("syntax error"), std::string::npos) << e->Message();
     EXPECT_EQ(e->Hstmt(), query->StatementHandle());

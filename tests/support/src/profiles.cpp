@@ -7,15 +7,18 @@
 namespace quorda_test {
 namespace {
 
-// KEY=value lines of pg.env; single quotes around a value are removed.
-std::map<std::string, std::string> ReadEnvFile(const std::filesystem::path& path) {
+// KEY=value lines of the env file that scripts/<script> start writes into TestEnvDir()/<folder>;
+// single quotes around a value are removed.
+std::map<std::string, std::string> ReadEnvFile(const std::string& server, const std::string& script,
+                                               const std::string& folder, const std::string& file) {
+    const auto path = TestEnvDir() / folder / file;
     std::ifstream in(path);
     if (!in) {
-        throw std::runtime_error(
-            "the PostgreSQL test cluster is not running: " + path.string() +
-            " is missing. Run the suite through ctest (fixture pg_start) or start the cluster with "
-            "scripts/pg-cluster start " +
-            (TestEnvDir() / "pg").string() + " --odbc-ini " + (TestEnvDir() / "odbc.ini").string());
+        throw std::runtime_error("the " + server + " test server is not running: " + path.string() +
+                                 " is missing. Run the suite through ctest (fixture " + folder +
+                                 "_start) or start the server with scripts/" + script + " start " +
+                                 (TestEnvDir() / folder).string() + " --odbc-ini " +
+                                 (TestEnvDir() / "odbc.ini").string());
     }
     std::map<std::string, std::string> values;
     std::string line;
@@ -33,11 +36,10 @@ std::map<std::string, std::string> ReadEnvFile(const std::filesystem::path& path
     return values;
 }
 
-std::string Required(const std::map<std::string, std::string>& values, const std::string& key,
-                     const std::filesystem::path& path) {
+std::string Required(const std::map<std::string, std::string>& values, const std::string& key) {
     auto found = values.find(key);
     if (found == values.end() || found->second.empty()) {
-        throw std::runtime_error(path.string() + " has no " + key);
+        throw std::runtime_error("the test server's env file has no " + key);
     }
     return found->second;
 }
@@ -54,27 +56,42 @@ DataSourceProfile SqliteProfile() {
     profile.Dsn = "QuordaTestSQLite";
     profile.Traits.ConcurrentWriters = false;
     profile.Traits.KeysetCursors = false;
-    profile.Traits.ServerSqlStates = false;
     return profile;
 }
 
 DataSourceProfile PostgresProfile(bool unicode) {
-    auto path = TestEnvDir() / "pg" / "pg.env";
-    auto values = ReadEnvFile(path);
+    auto values = ReadEnvFile("PostgreSQL", "pg-cluster", "pg", "pg.env");
     DataSourceProfile profile;
     profile.Name = unicode ? "pgsql-unicode" : "pgsql";
     profile.ConnectionString =
-        Required(values, unicode ? "QUORDA_PG_CONNSTR_UNICODE" : "QUORDA_PG_CONNSTR_ANSI", path);
-    profile.Dsn = Required(values, unicode ? "QUORDA_PG_DSN_UNICODE" : "QUORDA_PG_DSN_ANSI", path);
-    profile.User = Required(values, "QUORDA_PG_USER", path);
+        Required(values, unicode ? "QUORDA_PG_CONNSTR_UNICODE" : "QUORDA_PG_CONNSTR_ANSI");
+    profile.Dsn = Required(values, unicode ? "QUORDA_PG_DSN_UNICODE" : "QUORDA_PG_DSN_ANSI");
+    profile.User = Required(values, "QUORDA_PG_USER");
     // The cluster trusts local connections: any password is accepted.
     profile.Password = "quorda";
-    profile.PasswordUser = Required(values, "QUORDA_PG_PASSWORD_USER", path);
-    profile.CheckedPassword = Required(values, "QUORDA_PG_PASSWORD", path);
+    profile.PasswordUser = Required(values, "QUORDA_PG_PASSWORD_USER");
+    profile.CheckedPassword = Required(values, "QUORDA_PG_PASSWORD");
     profile.Traits.ConcurrentWriters = true;
     profile.Traits.KeysetCursors = true;
-    profile.Traits.ServerSqlStates = true;
+    profile.Traits.SyntaxErrorState = "42601";
     profile.Traits.UnicodeDriver = unicode;
+    return profile;
+}
+
+DataSourceProfile MariaDbProfile() {
+    auto values = ReadEnvFile("MariaDB", "mariadb-cluster", "mariadb", "mariadb.env");
+    DataSourceProfile profile;
+    profile.Name = "mariadb";
+    profile.ConnectionString = Required(values, "QUORDA_MARIADB_CONNSTR");
+    profile.Dsn = Required(values, "QUORDA_MARIADB_DSN");
+    profile.User = Required(values, "QUORDA_MARIADB_USER");
+    profile.Password = Required(values, "QUORDA_MARIADB_PASSWORD");
+    profile.PasswordUser = profile.User;
+    profile.CheckedPassword = profile.Password;
+    profile.Traits.ConcurrentWriters = true;
+    profile.Traits.KeysetCursors = false;
+    profile.Traits.SyntaxErrorState = "42000";
+    profile.Traits.UnicodeDriver = true;
     return profile;
 }
 
@@ -88,11 +105,14 @@ DataSourceProfile MakeProfile(const std::string& name) {
     if (name == "pgsql-unicode") {
         return PostgresProfile(true);
     }
+    if (name == "mariadb") {
+        return MariaDbProfile();
+    }
     throw std::invalid_argument("no driver profile named '" + name + "'");
 }
 
 std::vector<std::string> AllProfiles() {
-    return {"sqlite", "pgsql", "pgsql-unicode"};
+    return {"sqlite", "pgsql", "pgsql-unicode", "mariadb"};
 }
 
 std::string ProfileTestName(const testing::TestParamInfo<std::string>& info) {
