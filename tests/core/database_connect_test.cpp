@@ -33,8 +33,9 @@ TEST_P(DatabaseConnect, DriverStringConnectsAndTheCompletedStringReopens) {
 
     // The driver's completed string replaces the input and must be usable as it stands.
     const std::string completed = db.ConnectStr();
-    if (Profile.Name == "sqlite") {
-        // SQLite ODBC completes without its driver ("DSN=;..."): the input is kept.
+    if (Profile.Name.rfind("pgsql", 0) != 0) {
+        // SQLite ODBC completes without its driver ("DSN=;..."): the input is kept. MariaDB's
+        // connector hands the input back unchanged.
         EXPECT_EQ(completed, Profile.ConnectionString);
     } else {
         EXPECT_GT(completed.size(), 250u) << completed; // psqlODBC completes far beyond 250 bytes

@@ -44,7 +44,25 @@ std::string Required(const std::map<std::string, std::string>& values, const std
     return found->second;
 }
 
+std::string Fill(const std::string& pattern, const std::string& value) {
+    std::string text = pattern;
+    const auto at = text.find("{}");
+    return at == std::string::npos ? text : text.replace(at, 2, value);
+}
+
 } // namespace
+
+std::string SqlDialect::Hex(const std::string& column) const {
+    return Fill(HexPattern, column);
+}
+
+std::string SqlDialect::BinaryLiteral(const std::string& hex) const {
+    return Fill(BinaryLiteralPattern, hex);
+}
+
+std::string SqlDialect::Milliseconds(const std::string& column) const {
+    return Fill(MillisecondsPattern, column);
+}
 
 DataSourceProfile SqliteProfile() {
     DataSourceProfile profile;
@@ -75,6 +93,11 @@ DataSourceProfile PostgresProfile(bool unicode) {
     profile.Traits.KeysetCursors = true;
     profile.Traits.SyntaxErrorState = "42601";
     profile.Traits.UnicodeDriver = unicode;
+    profile.Sql.BlobType = "bytea";
+    profile.Sql.TimestampType = "timestamp(3)";
+    profile.Sql.HexPattern = "encode({}, 'hex')";
+    profile.Sql.BinaryLiteralPattern = "'\\x{}'";
+    profile.Sql.MillisecondsPattern = "to_char({}, 'YYYY-MM-DD HH24:MI:SS.MS')";
     return profile;
 }
 
@@ -90,8 +113,14 @@ DataSourceProfile MariaDbProfile() {
     profile.CheckedPassword = profile.Password;
     profile.Traits.ConcurrentWriters = true;
     profile.Traits.KeysetCursors = false;
-    profile.Traits.SyntaxErrorState = "42000";
+    profile.Traits.SyntaxErrorState = "37000";
     profile.Traits.UnicodeDriver = true;
+    profile.Traits.PaddedChar = false;
+    // text holds 64 KB; blob and timestamp are as short, and timestamp ends in 2038.
+    profile.Sql.BlobType = "longblob";
+    profile.Sql.LongTextType = "longtext";
+    profile.Sql.TimestampType = "datetime(3)";
+    profile.Sql.MillisecondsPattern = "left(date_format({}, '%Y-%m-%d %H:%i:%s.%f'), 23)";
     return profile;
 }
 

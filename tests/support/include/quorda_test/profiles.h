@@ -27,11 +27,32 @@ struct DriverTraits {
     bool ConcurrentWriters = false;
     // A keyset-driven cursor is granted as asked (SQLite downgrades it to static with 01S02).
     bool KeysetCursors = false;
-    // The SQLSTATE of a syntax error, as an ODBC 2 application sees it: the server's 42601
-    // (PostgreSQL), 42000 (MariaDB), or S1000 (SQLite, native 1).
+    // The SQLSTATE of a syntax error, as an ODBC 2 application (the library) sees it: the server's
+    // 42601 (PostgreSQL), 37000 (MariaDB's 42000, renamed by the driver manager), or S1000 (SQLite,
+    // native 1).
     std::string SyntaxErrorState = "S1000";
     // The Unicode build of the driver: with ODBC 3 behaviour it may report the wide character types.
     bool UnicodeDriver = false;
+    // CHAR(n) values read back with their trailing blanks (MariaDB removes them when it reads).
+    bool PaddedChar = true;
+};
+
+// SQL the data sources spell differently, for tests that write their own. In the patterns "{}"
+// stands for the column or the hex digits.
+struct SqlDialect {
+    std::string BlobType = "blob";           // binary data of any length
+    std::string LongTextType = "text";       // text of a megabyte and more
+    std::string TimestampType = "timestamp"; // date and time to the millisecond
+    std::string HexPattern = "lower(hex({}))";
+    std::string BinaryLiteralPattern = "x'{}'";
+    std::string MillisecondsPattern = "strftime('%Y-%m-%d %H:%M:%f', {})";
+
+    // Lower-case hexadecimal digits of a binary column.
+    std::string Hex(const std::string& column) const;
+    // A binary literal of lower-case hexadecimal digits.
+    std::string BinaryLiteral(const std::string& hex) const;
+    // A date-time column as "yyyy-mm-dd hh:mm:ss.zzz".
+    std::string Milliseconds(const std::string& column) const;
 };
 
 struct DataSourceProfile {
@@ -45,6 +66,7 @@ struct DataSourceProfile {
     std::string PasswordUser;
     std::string CheckedPassword;
     DriverTraits Traits;
+    SqlDialect Sql;
     std::shared_ptr<TempFile> DatabaseFile; // SQLite: removed when the last copy of the profile goes
 };
 
