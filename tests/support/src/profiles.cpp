@@ -116,6 +116,7 @@ DataSourceProfile MariaDbProfile() {
     profile.Traits.SyntaxErrorState = "37000";
     profile.Traits.UnicodeDriver = true;
     profile.Traits.PaddedChar = false;
+    profile.Traits.CountsMatchedRows = false;
     // text holds 64 KB; blob and timestamp are as short, and timestamp ends in 2038.
     profile.Sql.BlobType = "longblob";
     profile.Sql.LongTextType = "longtext";

@@ -35,6 +35,9 @@ struct DriverTraits {
     bool UnicodeDriver = false;
     // CHAR(n) values read back with their trailing blanks (MariaDB removes them when it reads).
     bool PaddedChar = true;
+    // An UPDATE reports the rows it matched; MariaDB reports those it changed (unless the connection
+    // string sets OPTION=2), so setting a row to the values it holds counts 0.
+    bool CountsMatchedRows = true;
 };
 
 // SQL the data sources spell differently, for tests that write their own. In the patterns "{}"
