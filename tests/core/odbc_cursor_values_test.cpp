@@ -137,6 +137,16 @@ std::vector<ColumnCase> Columns(const quorda_test::DataSourceProfile& Profile) {
         {"ts", {"timestamp", "timestamp", Profile.Sql.TimestampType}, ftDateTime, StampText, true},
         {"bin", {"blob", "bytea", "blob"}, ftBlob, BlobHex, false, BlobLiteral},
         {"lbin", {"longvarbinary", "", "longblob"}, ftBlob, BlobHex, false, BlobLiteral},
+        // Unsigned columns read in full: as the next wider type, BIGINT UNSIGNED as its digits.
+        {"usm", {"", "", "smallint unsigned"}, ftInteger, number([](int i) {
+             return i == 1 ? 65535 : i * 60;
+         })},
+        {"uint", {"", "", "int unsigned"}, ftLargeint, number([](int i) {
+             return i == 1 ? 4294967295LL : 3000000000LL + i;
+         })},
+        {"ubig", {"", "", "bigint unsigned"}, ftString, number([](int i) {
+             return i == 1 ? UINT64_MAX : (1ULL << 63) + static_cast<unsigned>(i);
+         })},
     };
 }
 
