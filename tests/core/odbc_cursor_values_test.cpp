@@ -119,8 +119,22 @@ std::vector<ColumnCase> Columns(const quorda_test::DataSourceProfile& Profile) {
          [](int i) {
              return DoubleText(i == 3 ? 0.1 : i == 4 ? 1e300 : i * 1.5 + 0.25);
          }},
-        // REAL arrives as the text the server prints, so 0.1 reads as the double 0.1.
-        {"rl", {"", "real", ""}, ftFloat, [](int i) { return DoubleText(i == 3 ? 0.1 : i + 0.5); }},
+        // PostgreSQL's REAL arrives as the text the server prints, so 0.1 reads as the double 0.1;
+        // MariaDB's FLOAT arrives as the binary float, widened.
+        {"rl",
+         {"", "real", "float"},
+         ftFloat,
+         [&Profile](int i) {
+             return DoubleText(i == 3 ? (Profile.Name == "mariadb" ? static_cast<double>(0.1F) : 0.1)
+                                      : i + 0.5);
+         }},
+        // MariaDB's BOOLEAN is TINYINT(1), reported as TINYINT like any other.
+        {"bool",
+         {"", "", "boolean"},
+         ftSmallint,
+         [](int i) { return std::string(i % 3 ? "1" : "0"); },
+         false,
+         [](int i, const quorda_test::DataSourceProfile&) { return std::string(i % 3 ? "true" : "false"); }},
         {"num",
          {"numeric(12,2)", "numeric(12,2)", "numeric(12,2)"},
          ftFloat,
