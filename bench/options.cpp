@@ -179,9 +179,9 @@ TSourceStrings PgsqlStrings(const std::string& Base) {
 }
 
 TSourceStrings MariadbStrings(const std::string& Base) {
-    // OPTION=1048576 (no cache): a forward-only cursor reads the rows from the server as it goes
-    // instead of loading the whole result first, so memory stays flat.
-    return {Base + ";OPTION=1048576", Base};
+    // Connector/ODBC 3.1 loads every result whole at execute time; its no-cache option (OPTION=1048576,
+    // NO_CACHE=1) changes nothing there, so forward-only reads use the same string.
+    return {Base, Base};
 }
 
 std::vector<TConfig> PlanConfigs(const TOptions& Options, const TSourceStrings& Sqlite,
