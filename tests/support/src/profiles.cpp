@@ -117,7 +117,7 @@ DataSourceProfile MariaDbProfile() {
     profile.Traits.UnicodeDriver = true;
     profile.Traits.PaddedChar = false;
     profile.Traits.CountsMatchedRows = false;
-    // text holds 64 KB; blob and timestamp are as short, and timestamp ends in 2038.
+    // text and blob hold 64 KB; timestamp keeps whole seconds and ends in 2038.
     profile.Sql.BlobType = "longblob";
     profile.Sql.LongTextType = "longtext";
     profile.Sql.TimestampType = "datetime(3)";
