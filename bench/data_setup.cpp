@@ -50,15 +50,16 @@ void Fill(TRawConnection& Connection, std::int64_t Rows) {
 
 } // namespace
 
-std::string CreateTableSql(const std::string& Table) {
+std::string CreateTableSql(const std::string& Table, bool Mariadb) {
+    // MariaDB's timestamp keeps whole seconds and ends in 2038.
     return "create table " + Table +
-           " (id integer primary key, qty integer, price double precision, name varchar(40), created "
-           "timestamp)";
+           " (id integer primary key, qty integer, price double precision, name varchar(40), created " +
+           (Mariadb ? "datetime(3)" : "timestamp") + ")";
 }
 
 void RecreateTable(TRawConnection& Connection, const std::string& Table) {
     Connection.Exec("drop table if exists " + Table);
-    Connection.Exec(CreateTableSql(Table));
+    Connection.Exec(CreateTableSql(Table, Connection.IsMariadb()));
 }
 
 bool EnsureBenchTable(const std::string& ConnectString, std::int64_t Rows, std::ostream& Log) {
@@ -68,8 +69,8 @@ bool EnsureBenchTable(const std::string& ConnectString, std::int64_t Rows, std::
     const auto start = std::chrono::steady_clock::now();
     Log << "  filling bench with " << Rows << " rows ..." << std::flush;
     Fill(connection, Rows);
-    // Planner statistics for PostgreSQL; SQLite accepts the same word.
-    connection.Exec("analyze bench");
+    // Planner statistics for PostgreSQL; SQLite accepts the same word, MariaDB wants "table".
+    connection.Exec(connection.IsMariadb() ? "analyze table bench" : "analyze bench");
     if (!TableHolds(connection, Rows))
         throw TOdbcError("the bench table does not read back as written");
     Log << " " << std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() << " s\n";

@@ -20,6 +20,6 @@ bool EnsureBenchTable(const std::string& ConnectString, std::int64_t Rows, std::
 // (Re)creates an empty table with the bench table's columns, for the insert workload.
 void RecreateTable(TRawConnection& Connection, const std::string& Table);
 
-std::string CreateTableSql(const std::string& Table);
+std::string CreateTableSql(const std::string& Table, bool Mariadb = false);
 
 } // namespace quorda::bench

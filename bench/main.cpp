@@ -53,15 +53,25 @@ int RunBenchmark(TOptions& Options) {
         if (const char* env = std::getenv("QUORDA_BENCH_PG"))
             Options.PgConnect = env;
     }
+    if (Options.Mariadb && Options.MariadbConnect.empty()) {
+        if (const char* env = std::getenv("QUORDA_BENCH_MARIADB"))
+            Options.MariadbConnect = env;
+    }
     const bool needsData = Options.Only.empty() || Options.Only.size() > 1 || Options.Only[0] != "params";
     if (needsData && Options.Pgsql && Options.PgConnect.empty()) {
         std::cerr << "quorda_bench: no PostgreSQL connection string: pass --pg-connect, set QUORDA_BENCH_PG, "
                      "or use --source sqlite\n";
         return 2;
     }
+    if (needsData && Options.Mariadb && Options.MariadbConnect.empty()) {
+        std::cerr << "quorda_bench: no MariaDB connection string: pass --mariadb-connect, set "
+                     "QUORDA_BENCH_MARIADB, or use --source sqlite\n";
+        return 2;
+    }
 
     const TSourceStrings sqlite = SqliteStrings(Options.SqliteDb);
     const TSourceStrings pgsql = PgsqlStrings(Options.PgConnect);
+    const TSourceStrings mariadb = MariadbStrings(Options.MariadbConnect);
     TRunInfo info = DescribeMachine();
     info.Options = DescribeOptions(Options);
     if (needsData) {
@@ -69,9 +79,11 @@ int RunBenchmark(TOptions& Options) {
             SetUpSource("sqlite", sqlite, Options.Rows, info);
         if (Options.Pgsql)
             SetUpSource("pgsql", pgsql, Options.Rows, info);
+        if (Options.Mariadb)
+            SetUpSource("mariadb", mariadb, Options.Rows, info);
     }
 
-    const std::vector<TConfig> plan = PlanConfigs(Options, sqlite, pgsql);
+    const std::vector<TConfig> plan = PlanConfigs(Options, sqlite, pgsql, mariadb);
     std::vector<TMeasurement> results(plan.size());
     for (const std::vector<std::size_t>& members : GroupConfigs(plan)) {
         std::vector<TConfig> group;

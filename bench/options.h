@@ -17,6 +17,7 @@ struct TOptions {
     std::vector<std::string> Impls; // implementations; empty means all
     bool Sqlite = true;
     bool Pgsql = true;
+    bool Mariadb = true;
     bool Quick = false;
     std::int64_t InsertRows = 100'000;
     std::int64_t Iterations = 100'000; // params
@@ -24,8 +25,9 @@ struct TOptions {
     std::int64_t SmallScan = 100'000;  // scan is measured at this row count too, to show memory is flat
     int Jumps = 1000;
     std::string SqliteDb = "bench.db";
-    std::string PgConnect; // base driver string of the PostgreSQL source
-    std::string Results;   // markdown file to write, none when empty
+    std::string PgConnect;      // base driver string of the PostgreSQL source
+    std::string MariadbConnect; // base driver string of the MariaDB source
+    std::string Results;        // markdown file to write, none when empty
     bool List = false;
 
     // Set when this process is a child measuring one configuration.
@@ -47,10 +49,11 @@ struct TSourceStrings {
 };
 TSourceStrings SqliteStrings(const std::string& DatabaseFile);
 TSourceStrings PgsqlStrings(const std::string& Base);
+TSourceStrings MariadbStrings(const std::string& Base);
 
 // Every configuration to measure, in presentation order.
 std::vector<TConfig> PlanConfigs(const TOptions& Options, const TSourceStrings& Sqlite,
-                                 const TSourceStrings& Pgsql);
+                                 const TSourceStrings& Pgsql, const TSourceStrings& Mariadb);
 
 // The checksum every implementation of Config must produce, computed from the row generator.
 std::uint64_t ExpectedChecksum(const TConfig& Config);

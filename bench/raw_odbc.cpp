@@ -104,6 +104,15 @@ std::string TRawConnection::DriverVersion() {
     return std::string(reinterpret_cast<const char*>(name)) + " " + reinterpret_cast<const char*>(version);
 }
 
+bool TRawConnection::IsMariadb() {
+    SQLCHAR name[128] = {};
+    SQLSMALLINT length = 0;
+    CheckOdbc(SQLGetInfo(FDbc, SQL_DBMS_NAME, name, sizeof name, &length), SQL_HANDLE_DBC, FDbc,
+              "SQLGetInfo");
+    const std::string dbms(reinterpret_cast<const char*>(name));
+    return dbms.find("MariaDB") != std::string::npos || dbms.find("MySQL") != std::string::npos;
+}
+
 TRawStatement::TRawStatement(TRawConnection& Connection) {
     CheckOdbc(SQLAllocHandle(SQL_HANDLE_STMT, Connection.Handle(), &FStmt), SQL_HANDLE_DBC,
               Connection.Handle(), "SQLAllocHandle(STMT)");

@@ -41,6 +41,8 @@ public:
     void SetAutoCommit(bool On);
     void Commit();
     std::string DriverVersion();
+    // The server is MariaDB (or MySQL), whose SQL differs in places.
+    bool IsMariadb();
 
 private:
     SQLHENV FEnv = SQL_NULL_HENV;

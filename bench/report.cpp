@@ -75,7 +75,8 @@ TRunInfo DescribeMachine() {
                    FirstLineWith("/proc/meminfo", "MemTotal") + " memory";
     info.Versions =
         CommandLines("dpkg-query -W -f='${Package} ${Version}\\n' unixodbc libodbc2 libsqliteodbc "
-                     "libsqlite3-0 odbc-postgresql postgresql-15 libqt6sql6 libqt6sql6-odbc 2>/dev/null");
+                     "libsqlite3-0 odbc-postgresql postgresql-15 odbc-mariadb mariadb-server libqt6sql6 "
+                     "libqt6sql6-odbc 2>/dev/null");
     return info;
 }
 

@@ -20,6 +20,8 @@ const char* SourceName(TSource Source) {
         return "sqlite";
     case TSource::Pgsql:
         return "pgsql";
+    case TSource::Mariadb:
+        return "mariadb";
     case TSource::None:
         break;
     }

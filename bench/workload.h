@@ -11,7 +11,7 @@
 
 namespace quorda::bench {
 
-enum class TSource { Sqlite, Pgsql, None };
+enum class TSource { Sqlite, Pgsql, Mariadb, None };
 
 const char* SourceName(TSource Source);
 

@@ -2,9 +2,10 @@
 #
 # Writes ${QUORDA_ODBC_DIR}/odbcinst.ini (the drivers) and ${QUORDA_ODBC_DIR}/odbc.ini (system data
 # sources) at generate time, so that the demo and the tests never depend on /etc/odbc*.ini. Point
-# unixODBC at them with ODBCSYSINI=${QUORDA_ODBC_DIR} and ODBCINSTINI=odbcinst.ini. The PostgreSQL data
-# sources need the port of the test cluster, which is only known when it starts: scripts/pg-cluster
-# writes them into the user file ${QUORDA_TEST_ENV_DIR}/odbc.ini (ODBCINI) of the test run.
+# unixODBC at them with ODBCSYSINI=${QUORDA_ODBC_DIR} and ODBCINSTINI=odbcinst.ini. The PostgreSQL and
+# MariaDB data sources need the port of their test server, which is only known when it starts:
+# scripts/pg-cluster and scripts/mariadb-cluster write them into the user file
+# ${QUORDA_TEST_ENV_DIR}/odbc.ini (ODBCINI) of the test run.
 
 set(QUORDA_ODBC_DIR ${CMAKE_BINARY_DIR}/odbc)
 set(QUORDA_TEST_ENV_DIR ${CMAKE_BINARY_DIR}/test-env)
@@ -25,6 +26,7 @@ endfunction()
 quorda_find_odbc_driver(QUORDA_SQLITE3_ODBC_DRIVER libsqlite3odbc.so)
 quorda_find_odbc_driver(QUORDA_PSQL_ANSI_ODBC_DRIVER psqlodbca.so)
 quorda_find_odbc_driver(QUORDA_PSQL_UNICODE_ODBC_DRIVER psqlodbcw.so)
+quorda_find_odbc_driver(QUORDA_MARIADB_ODBC_DRIVER libmaodbc.so)
 
 # The fault-injection driver is a target of tests/support; it is registered only when that target
 # exists (a build without tests has none).
@@ -51,6 +53,10 @@ Driver=${QUORDA_PSQL_ANSI_ODBC_DRIVER}
 [PostgreSQL Unicode]
 Description=PostgreSQL ODBC driver (Unicode)
 Driver=${QUORDA_PSQL_UNICODE_ODBC_DRIVER}
+
+[MariaDB Unicode]
+Description=MariaDB Connector/ODBC
+Driver=${QUORDA_MARIADB_ODBC_DRIVER}
 
 $<$<TARGET_EXISTS:quorda_fault_odbc>:${_quorda_fault_driver}>")
 

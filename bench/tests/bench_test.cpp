@@ -210,7 +210,8 @@ const TRegisterRun fakeParams("params", "raw", "markers", nullptr);
 
 TEST(BenchOptions, PlanCoversBothScanSizesOnEachSourceAndParamsOnce) {
     const TOptions o = ParseOptions({"--rows", "500000", "--impl", "raw,qtsql"});
-    const auto plan = PlanConfigs(o, SqliteStrings("a.db"), PgsqlStrings("Driver=P"));
+    const auto plan =
+        PlanConfigs(o, SqliteStrings("a.db"), PgsqlStrings("Driver=P"), MariadbStrings("Driver=M"));
     std::vector<std::string> seen;
     for (const TConfig& c : plan)
         seen.push_back(c.Impl->Workload + "/" + SourceName(c.Context.Source) + "/" +
@@ -218,16 +219,19 @@ TEST(BenchOptions, PlanCoversBothScanSizesOnEachSourceAndParamsOnce) {
     EXPECT_EQ(seen, (std::vector<std::string>{
                         "scan/sqlite/100000/raw", "scan/sqlite/100000/qtsql", "scan/sqlite/500000/raw",
                         "scan/sqlite/500000/qtsql", "scan/pgsql/100000/raw", "scan/pgsql/100000/qtsql",
-                        "scan/pgsql/500000/raw", "scan/pgsql/500000/qtsql", "params/-/100000/raw"}));
+                        "scan/pgsql/500000/raw", "scan/pgsql/500000/qtsql", "scan/mariadb/100000/raw",
+                        "scan/mariadb/100000/qtsql", "scan/mariadb/500000/raw", "scan/mariadb/500000/qtsql",
+                        "params/-/100000/raw"}));
     EXPECT_EQ(plan[0].Context.StreamConnect, "Driver=SQLite3;Database=a.db;StepAPI=1");
     EXPECT_EQ(plan[0].Context.TableRows, 500000);
     // raw and QtSql of one scan size and source are measured side by side.
-    EXPECT_EQ(GroupConfigs(plan),
-              (std::vector<std::vector<std::size_t>>{{0, 1}, {2, 3}, {4, 5}, {6, 7}, {8}}));
+    EXPECT_EQ(GroupConfigs(plan), (std::vector<std::vector<std::size_t>>{
+                                      {0, 1}, {2, 3}, {4, 5}, {6, 7}, {8, 9}, {10, 11}, {12}}));
 
     // A table no larger than the small scan is scanned once.
-    const auto small = PlanConfigs(ParseOptions({"--rows", "100000", "--only", "scan", "--source", "sqlite"}),
-                                   SqliteStrings("a.db"), PgsqlStrings("Driver=P"));
+    const auto small =
+        PlanConfigs(ParseOptions({"--rows", "100000", "--only", "scan", "--source", "sqlite"}),
+                    SqliteStrings("a.db"), PgsqlStrings("Driver=P"), MariadbStrings("Driver=M"));
     EXPECT_EQ(small.size(), 2u);
 }
 

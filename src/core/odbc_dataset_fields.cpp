@@ -44,6 +44,26 @@ bool IsDateTimeType(TFieldType Type) {
     return Type == ftDate || Type == ftTime || Type == ftDateTime;
 }
 
+// Quirk WidenUnsignedIntegers (MariaDB Connector/ODBC): an UNSIGNED column is reported under the
+// signed type of its size, whose C type would wrap or clamp the upper half of its range (INT
+// UNSIGNED 4294967295 reads as -1; BIGINT UNSIGNED beyond 2^63 - 1 as 2^63 - 1 with a mere warning).
+// Such a column is read as the next wider type; BIGINT UNSIGNED, which has none, as decimal text.
+bool IsSignedIntegerType(SQLSMALLINT SqlType) {
+    return SqlType == SQL_SMALLINT || SqlType == SQL_INTEGER || SqlType == SQL_BIGINT;
+}
+
+SQLSMALLINT WidenedUnsignedType(SQLSMALLINT SqlType, SQLULEN& ColumnSize) {
+    switch (SqlType) {
+    case SQL_SMALLINT:
+        return SQL_INTEGER;
+    case SQL_INTEGER:
+        return SQL_BIGINT;
+    default:
+        ColumnSize = 20; // digits of 2^64 - 1
+        return SQL_VARCHAR;
+    }
+}
+
 } // namespace
 
 int TODBCDataSet::GetSpecialDataSize(TFieldType FieldType, int Size) {
@@ -114,6 +134,15 @@ void TODBCDataSet::InternalInitFieldDefs() {
             columnName = "unknown";
         }
 
+        if (IsSignedIntegerType(sqlType)) {
+            SQLLEN isUnsigned = SQL_FALSE;
+            const SQLRETURN ret = TraceODBC(SQLColAttributes(FEngine->Stmt.Get(), column, SQL_COLUMN_UNSIGNED,
+                                                             nullptr, 0, nullptr, &isUnsigned),
+                                            "SQLColAttributes(SQL_COLUMN_UNSIGNED)");
+            if (SQL_SUCCEEDED(ret) && isUnsigned == SQL_TRUE) {
+                sqlType = WidenedUnsignedType(sqlType, columnSize);
+            }
+        }
         const TFieldType dataType = ConvertSQLToBDE(sqlType);
         const SQLSMALLINT cType = BindCTypeFor(sqlType);
         SQLULEN size = std::min(columnSize, blobCap);

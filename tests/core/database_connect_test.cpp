@@ -4,6 +4,7 @@
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/messages.h"
 
+#include <cctype>
 #include <gtest/gtest.h>
 #include <quorda_test/profiles.h>
 #include <quorda_test/raw_odbc.h>
@@ -33,8 +34,9 @@ TEST_P(DatabaseConnect, DriverStringConnectsAndTheCompletedStringReopens) {
 
     // The driver's completed string replaces the input and must be usable as it stands.
     const std::string completed = db.ConnectStr();
-    if (Profile.Name == "sqlite") {
-        // SQLite ODBC completes without its driver ("DSN=;..."): the input is kept.
+    if (Profile.Name.rfind("pgsql", 0) != 0) {
+        // SQLite ODBC completes without its driver ("DSN=;..."): the input is kept. MariaDB's
+        // connector hands the input back unchanged.
         EXPECT_EQ(completed, Profile.ConnectionString);
     } else {
         EXPECT_GT(completed.size(), 250u) << completed; // psqlODBC completes far beyond 250 bytes
@@ -130,32 +132,41 @@ TEST_P(DatabaseConnect, CommitAndRollbackDecideWhatASecondConnectionSees) {
 INSTANTIATE_TEST_SUITE_P(Drivers, DatabaseConnect, ::testing::ValuesIn(quorda_test::AllProfiles()),
                          quorda_test::ProfileTestName);
 
-// Isolation is the server's business: PostgreSQL reports the level of the session.
-class DatabaseIsolation : public ::testing::TestWithParam<bool> {};
+// Isolation is the server's business: the servers report the level of the session.
+class DatabaseIsolation : public quorda_test::ProfileTest {
+protected:
+    // The session's level as "read committed", "repeatable read", ...
+    std::string SessionLevel(TODBCDatabase& db) {
+        const bool mariadb = Profile.Name == "mariadb";
+        std::string level = *ScalarOn(db, mariadb ? "select @@tx_isolation" : "show transaction_isolation");
+        for (char& c : level) {
+            c = c == '-' ? ' ' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
+        return level;
+    }
+};
 
 TEST_P(DatabaseIsolation, AppliedAtOnceWhenOpenAndAtTheNextOpenWhenClosed) {
-    const auto profile = quorda_test::PostgresProfile(GetParam());
     TODBCDatabase db(nullptr);
-    db.SetConnectStr(profile.ConnectionString);
+    db.SetConnectStr(Profile.ConnectionString);
     db.SetDriverConnectOption(dcoDriverNoPrompt);
-    db.SetIsolationLevel(ilRepeatableRead);
-    std::string seenByAfterConnect;
-    db.OnAfterConnect = [&](TObject*) { seenByAfterConnect = *ScalarOn(db, "show transaction_isolation"); };
-    db.Open();
-    EXPECT_EQ(seenByAfterConnect, "read committed"); // the level is set after the event
-    EXPECT_EQ(ScalarOn(db, "show transaction_isolation"), "repeatable read");
-
     db.SetIsolationLevel(ilSerializable);
-    EXPECT_EQ(ScalarOn(db, "show transaction_isolation"), "serializable");
+    std::string seenByAfterConnect;
+    db.OnAfterConnect = [&](TObject*) { seenByAfterConnect = SessionLevel(db); };
+    db.Open();
+    // The level is set after the event, which sees the server's default.
+    EXPECT_EQ(seenByAfterConnect, Profile.Name == "mariadb" ? "repeatable read" : "read committed");
+    EXPECT_EQ(SessionLevel(db), "serializable");
+
+    db.SetIsolationLevel(ilRepeatableRead);
+    EXPECT_EQ(SessionLevel(db), "repeatable read");
     db.SetIsolationLevel(ilDontCare); // stored, the connection keeps its level
-    EXPECT_EQ(ScalarOn(db, "show transaction_isolation"), "serializable");
+    EXPECT_EQ(SessionLevel(db), "repeatable read");
     db.Close();
 }
 
-INSTANTIATE_TEST_SUITE_P(PostgreSQL, DatabaseIsolation, ::testing::Values(false, true),
-                         [](const ::testing::TestParamInfo<bool>& param) {
-                             return param.param ? std::string("unicode") : std::string("ansi");
-                         });
+INSTANTIATE_TEST_SUITE_P(Servers, DatabaseIsolation, ::testing::Values("pgsql", "pgsql-unicode", "mariadb"),
+                         quorda_test::ProfileTestName);
 
 } // namespace
 } // namespace quorda

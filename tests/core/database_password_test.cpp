@@ -3,26 +3,42 @@
 
 #include <gtest/gtest.h>
 #include <quorda_test/profiles.h>
+#include <string>
+#include <tuple>
 
 namespace quorda {
 namespace {
 
-// The private cluster checks the password of one role; both connect styles must report a refused
+// How each server refuses a wrong password, and the connection-string keys of user and password.
+struct LoginCheck {
+    std::string UserKey, PasswordKey, State, Refusal;
+};
+
+LoginCheck LoginCheckOf(const std::string& Profile) {
+    // psqlODBC reports a refused login as 08001; MariaDB's connector passes the server's 28000 on.
+    if (Profile == "mariadb") {
+        return {"Uid", "Pwd", "28000", "Access denied for user"};
+    }
+    return {"Username", "Password", "08001", "password authentication failed"};
+}
+
+// The private servers check the password of one user; both connect styles must report a refused
 // login as the server's diagnostics and leave the database closed, and accept the right password.
-class DatabasePassword : public testing::TestWithParam<TConnectStyle> {
+class DatabasePassword : public testing::TestWithParam<std::tuple<std::string, TConnectStyle>> {
 protected:
-    quorda_test::DataSourceProfile Profile = quorda_test::PostgresProfile();
+    quorda_test::DataSourceProfile Profile = quorda_test::MakeProfile(std::get<0>(GetParam()));
+    LoginCheck Check = LoginCheckOf(Profile.Name);
 
     void Configure(TODBCDatabase& db, const std::string& password) {
-        db.SetConnectStyle(GetParam());
+        db.SetConnectStyle(std::get<1>(GetParam()));
         db.SetDriverConnectOption(dcoDriverNoPrompt);
         db.SetDSNName(Profile.Dsn);
         db.SetUserID(Profile.PasswordUser);
         db.SetPassword(password);
-        // The driver string names the role and password explicitly; the profile's string names
-        // the trusted superuser, which a later key overrides.
-        db.SetConnectStr(Profile.ConnectionString + ";Username=" + Profile.PasswordUser +
-                         ";Password=" + password);
+        // The driver string names the user and password explicitly; a later key overrides the
+        // profile's own.
+        db.SetConnectStr(Profile.ConnectionString + ";" + Check.UserKey + "=" + Profile.PasswordUser + ";" +
+                         Check.PasswordKey + "=" + password);
     }
 };
 
@@ -35,13 +51,12 @@ TEST_P(DatabasePassword, WrongPasswordRaisesTheServersDiagnosticsAndStaysClosed)
         db.Open();
         FAIL() << "a wrong password connected";
     } catch (const EODBCError& e) {
-        // psqlODBC reports a refused login as 08001 with the server's message, which names the role.
-        EXPECT_EQ(e.SQLState().substr(0, 5), "08001") << e.SQLState();
-        EXPECT_NE(e.NativeMessage().find("password authentication failed"), std::string::npos)
-            << e.NativeMessage();
-        EXPECT_NE(e.NativeMessage().find("quorda_pw"), std::string::npos) << e.NativeMessage();
+        // The server's message names the user.
+        EXPECT_EQ(e.SQLState().substr(0, 5), Check.State) << e.SQLState();
+        EXPECT_NE(e.NativeMessage().find(Check.Refusal), std::string::npos) << e.NativeMessage();
+        EXPECT_NE(e.NativeMessage().find(Profile.PasswordUser), std::string::npos) << e.NativeMessage();
         EXPECT_EQ(e.Message().rfind(e.NativeMessage(), 0), 0u) << e.Message();
-        EXPECT_NE(e.Message().find(" ODBC State = 08001"), std::string::npos) << e.Message();
+        EXPECT_NE(e.Message().find(" ODBC State = " + Check.State), std::string::npos) << e.Message();
         EXPECT_EQ(e.Hstmt(), nullptr);
         EXPECT_NE(e.Hdbc(), nullptr);
     }
@@ -56,10 +71,13 @@ TEST_P(DatabasePassword, WrongPasswordRaisesTheServersDiagnosticsAndStaysClosed)
     db.Close();
 }
 
-INSTANTIATE_TEST_SUITE_P(ConnectStyles, DatabasePassword, testing::Values(csConnect, csDriverConnect),
-                         [](const testing::TestParamInfo<TConnectStyle>& style) {
-                             return style.param == csConnect ? std::string("DataSourceName")
-                                                             : std::string("DriverString");
+INSTANTIATE_TEST_SUITE_P(ConnectStyles, DatabasePassword,
+                         testing::Combine(testing::Values("pgsql", "mariadb"),
+                                          testing::Values(csConnect, csDriverConnect)),
+                         [](const testing::TestParamInfo<std::tuple<std::string, TConnectStyle>>& param) {
+                             return std::get<0>(param.param) + (std::get<1>(param.param) == csConnect
+                                                                    ? "_DataSourceName"
+                                                                    : "_DriverString");
                          });
 
 } // namespace

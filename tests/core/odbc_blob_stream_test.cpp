@@ -12,7 +12,6 @@ namespace {
 using testing::CursorTest;
 using testing::ErrorOf;
 using testing::FaultDatabase;
-using testing::IsSqlite;
 
 constexpr std::size_t kLarge = 1 << 20;
 
@@ -45,12 +44,11 @@ class BlobStream : public CursorTest {
 protected:
     void SetUp() override {
         CursorTest::SetUp();
-        const bool sqlite = IsSqlite(Profile);
-        const std::string hex = testing::Hex(LargeBinary());
-        Table = MakeTable(
-            "blob_values", std::string("id integer, memo text, bin ") + (sqlite ? "blob" : "bytea"),
-            "(1, NULL, NULL), (2, '', " + std::string(sqlite ? "x''" : "''") + "), (3, '" + LargeText() +
-                "', " + (sqlite ? "x'" + hex + "'" : "'\\x" + hex + "'") + "), (4, 'tail   ', NULL)");
+        const auto& sql = Profile.Sql;
+        Table =
+            MakeTable("blob_values", "id integer, memo " + sql.LongTextType + ", bin " + sql.BlobType,
+                      "(1, NULL, NULL), (2, '', " + sql.BinaryLiteral("") + "), (3, '" + LargeText() + "', " +
+                          sql.BinaryLiteral(testing::Hex(LargeBinary())) + "), (4, 'tail   ', NULL)");
     }
 
     std::string Table;

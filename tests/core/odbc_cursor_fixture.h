@@ -28,7 +28,7 @@ namespace quorda::testing {
 // psqlODBC options that let PostgreSQL report the SQL types a table declares: booleans as BIT and
 // long VARCHAR columns as VARCHAR rather than text.
 inline std::string ConnectionFor(const quorda_test::DataSourceProfile& Profile) {
-    if (Profile.Name == "sqlite") {
+    if (Profile.Name.rfind("pgsql", 0) != 0) {
         return Profile.ConnectionString;
     }
     return Profile.ConnectionString + ";BoolsAsChar=0;MaxVarcharSize=20000;MaxLongVarcharSize=65536";

@@ -2,6 +2,7 @@
 
 #include "odbc_cursor_fixture.h"
 
+#include <array>
 #include <cstdint>
 #include <functional>
 
@@ -17,16 +18,16 @@ constexpr int kRows = 1000;
 
 struct ColumnCase {
     std::string Name;
-    std::string SqliteDecl; // empty: the column is not part of the SQLite table
-    std::string PgDecl;     // empty: not part of the PostgreSQL table
+    // The declaration on SQLite, PostgreSQL and MariaDB; empty: the column is not part of that table.
+    std::array<std::string, 3> Decls;
     TFieldType Type;
     std::function<std::string(int i)> Expected; // the value of row i as it must read back
     bool Quoted = false;                        // the SQL text of the value is Expected quoted
-    // The SQL text of the value, for PostgreSQL when Pg is set, where it is neither of the above.
-    std::function<std::string(int i, bool Pg)> Literal = nullptr;
+    // The SQL text of the value where it is neither of the above.
+    std::function<std::string(int i, const quorda_test::DataSourceProfile&)> Literal = nullptr;
 
-    std::string LiteralOf(int i, bool Pg) const {
-        return Literal ? Literal(i, Pg) : Quoted ? "'" + Expected(i) + "'" : Expected(i);
+    std::string LiteralOf(int i, const quorda_test::DataSourceProfile& Profile) const {
+        return Literal ? Literal(i, Profile) : Quoted ? "'" + Expected(i) + "'" : Expected(i);
     }
 };
 
@@ -86,35 +87,80 @@ std::string BlobHex(int i) {
     return testing::Hex(bytes);
 }
 
-std::string BlobLiteral(int i, bool Pg) {
-    return Pg ? "'\\x" + BlobHex(i) + "'" : "x'" + BlobHex(i) + "'";
+std::string BlobLiteral(int i, const quorda_test::DataSourceProfile& Profile) {
+    return Profile.Sql.BinaryLiteral(BlobHex(i));
 }
 
-std::vector<ColumnCase> Columns() {
+// MariaDB drops the trailing blanks of a CHAR value when it reads it.
+std::string FixedText(const quorda_test::DataSourceProfile& Profile) {
+    return Profile.Traits.PaddedChar ? "ab        " : "ab";
+}
+
+std::vector<ColumnCase> Columns(const quorda_test::DataSourceProfile& Profile) {
     auto number = [](auto f) { return [f](int i) { return std::to_string(f(i)); }; };
     return {
-        {"id", "integer", "integer", ftInteger, number([](int i) { return i; })},
-        {"flag", "bit", "boolean", ftBoolean, [](int i) { return std::string(i % 2 ? "1" : "0"); }, false,
-         [](int i, bool Pg) { return std::string(Pg ? (i % 2 ? "true" : "false") : (i % 2 ? "1" : "0")); }},
-        {"tiny", "tinyint", "", ftSmallint, number([](int i) { return i % 200 - 100; })},
-        {"big", "bigint", "bigint", ftLargeint, number(BigValue)},
-        {"sm", "smallint", "smallint", ftSmallint, number([](int i) { return (i * 37) % 65536 - 32768; })},
-        {"dbl", "double", "double precision", ftFloat,
+        {"id", {"integer", "integer", "integer"}, ftInteger, number([](int i) { return i; })},
+        {"flag",
+         {"bit", "boolean", "bit(1)"},
+         ftBoolean,
+         [](int i) { return std::string(i % 2 ? "1" : "0"); },
+         false,
+         [](int i, const quorda_test::DataSourceProfile& P) {
+             return std::string(IsSqlite(P) ? (i % 2 ? "1" : "0") : (i % 2 ? "true" : "false"));
+         }},
+        {"tiny", {"tinyint", "", "tinyint"}, ftSmallint, number([](int i) { return i % 200 - 100; })},
+        {"big", {"bigint", "bigint", "bigint"}, ftLargeint, number(BigValue)},
+        {"sm", {"smallint", "smallint", "smallint"}, ftSmallint, number([](int i) {
+             return (i * 37) % 65536 - 32768;
+         })},
+        {"dbl",
+         {"double", "double precision", "double"},
+         ftFloat,
          [](int i) {
              return DoubleText(i == 3 ? 0.1 : i == 4 ? 1e300 : i * 1.5 + 0.25);
          }},
-        // REAL arrives as the text the server prints, so 0.1 reads as the double 0.1.
-        {"rl", "", "real", ftFloat, [](int i) { return DoubleText(i == 3 ? 0.1 : i + 0.5); }},
-        {"num", "numeric(12,2)", "numeric(12,2)", ftFloat, [](int i) { return DoubleText(i + 0.25); }},
-        {"txt", "varchar(20)", "varchar(20)", ftString, TextValue, true},
-        {"chr", "", "char(10)", ftString, [](int) { return std::string("ab        "); }, true},
-        {"memo", "text", "text", ftMemo,
-         [](int i) { return "memo " + std::to_string(i) + " " + TextValue(i); }, true},
-        {"d", "date", "date", ftDate, DateText, true},
-        {"t", "time", "time", ftTime, [](int i) { return Clock((i * 3671) % 86400); }, true},
-        {"ts", "timestamp", "timestamp", ftDateTime, StampText, true},
-        {"bin", "blob", "bytea", ftBlob, BlobHex, false, BlobLiteral},
-        {"lbin", "longvarbinary", "", ftBlob, BlobHex, false, BlobLiteral},
+        // PostgreSQL's REAL arrives as the text the server prints, so 0.1 reads as the double 0.1;
+        // MariaDB's FLOAT arrives as the binary float, widened.
+        {"rl",
+         {"", "real", "float"},
+         ftFloat,
+         [&Profile](int i) {
+             return DoubleText(i == 3 ? (Profile.Name == "mariadb" ? static_cast<double>(0.1F) : 0.1)
+                                      : i + 0.5);
+         }},
+        // MariaDB's BOOLEAN is TINYINT(1), reported as TINYINT like any other.
+        {"bool",
+         {"", "", "boolean"},
+         ftSmallint,
+         [](int i) { return std::string(i % 3 ? "1" : "0"); },
+         false,
+         [](int i, const quorda_test::DataSourceProfile&) { return std::string(i % 3 ? "true" : "false"); }},
+        {"num",
+         {"numeric(12,2)", "numeric(12,2)", "numeric(12,2)"},
+         ftFloat,
+         [](int i) { return DoubleText(i + 0.25); }},
+        {"txt", {"varchar(20)", "varchar(20)", "varchar(20)"}, ftString, TextValue, true},
+        {"chr", {"", "char(10)", "char(10)"}, ftString, [&Profile](int) { return FixedText(Profile); }, true},
+        {"memo",
+         {"text", "text", "text"},
+         ftMemo,
+         [](int i) { return "memo " + std::to_string(i) + " " + TextValue(i); },
+         true},
+        {"d", {"date", "date", "date"}, ftDate, DateText, true},
+        {"t", {"time", "time", "time"}, ftTime, [](int i) { return Clock((i * 3671) % 86400); }, true},
+        {"ts", {"timestamp", "timestamp", Profile.Sql.TimestampType}, ftDateTime, StampText, true},
+        {"bin", {"blob", "bytea", "blob"}, ftBlob, BlobHex, false, BlobLiteral},
+        {"lbin", {"longvarbinary", "", "longblob"}, ftBlob, BlobHex, false, BlobLiteral},
+        // Unsigned columns read in full: as the next wider type, BIGINT UNSIGNED as its digits.
+        {"usm", {"", "", "smallint unsigned"}, ftInteger, number([](int i) {
+             return i == 1 ? 65535 : i * 60;
+         })},
+        {"uint", {"", "", "int unsigned"}, ftLargeint, number([](int i) {
+             return i == 1 ? 4294967295LL : 3000000000LL + i;
+         })},
+        {"ubig", {"", "", "bigint unsigned"}, ftString, number([](int i) {
+             return i == 1 ? UINT64_MAX : (1ULL << 63) + static_cast<unsigned>(i);
+         })},
     };
 }
 
@@ -127,15 +173,13 @@ class CursorValues : public CursorTest {
 protected:
     void SetUp() override {
         CursorTest::SetUp();
-        const bool pg = !IsSqlite(Profile);
-        for (const ColumnCase& column : Columns()) {
-            if (!(pg ? column.PgDecl : column.SqliteDecl).empty()) {
+        const std::size_t family = IsSqlite(Profile) ? 0 : Profile.Name == "mariadb" ? 2 : 1;
+        std::string columns;
+        for (const ColumnCase& column : Columns(Profile)) {
+            if (!column.Decls[family].empty()) {
+                columns += (Used.empty() ? "" : ", ") + column.Name + " " + column.Decls[family];
                 Used.push_back(column);
             }
-        }
-        std::string columns;
-        for (std::size_t c = 0; c < Used.size(); ++c) {
-            columns += (c ? ", " : "") + Used[c].Name + " " + (pg ? Used[c].PgDecl : Used[c].SqliteDecl);
         }
         Table = MakeTable("cursor_values", columns);
         Raw->SetAutoCommit(false);
@@ -144,8 +188,8 @@ protected:
             for (int i = start; i < start + 100; ++i) {
                 sql += i == start ? "(" : ",(";
                 for (std::size_t c = 0; c < Used.size(); ++c) {
-                    sql +=
-                        (c ? "," : "") + (IsNullCell(c, i) ? std::string("NULL") : Used[c].LiteralOf(i, pg));
+                    sql += (c ? "," : "") +
+                           (IsNullCell(c, i) ? std::string("NULL") : Used[c].LiteralOf(i, Profile));
                 }
                 sql += ")";
             }

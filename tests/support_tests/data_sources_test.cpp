@@ -3,6 +3,7 @@
 #include "quorda_test/raw_odbc.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <stdexcept>
 
 namespace quorda_test {
@@ -25,14 +26,16 @@ TEST_P(DataSources, TextNullsAndLongValuesRoundTrip) {
     db.Exec("drop table " + table);
 }
 
-TEST_P(DataSources, ServerSqlStateTraitMatchesTheDriver) {
+TEST_P(DataSources, SyntaxErrorStateTraitMatchesTheDriver) {
     try {
         RawOdbc(Profile.ConnectionString).Exec("selec 1");
         FAIL() << "no exception";
     } catch (const std::runtime_error& error) {
-        EXPECT_EQ(std::string(error.what()).find("[42601]") != std::string::npos,
-                  Profile.Traits.ServerSqlStates)
-            << error.what();
+        // RawOdbc is an ODBC 3 application: it sees the ODBC 3 names of the states.
+        const std::map<std::string, std::string> odbc3 = {{"S1000", "HY000"}, {"37000", "42000"}};
+        const std::string& ours = Profile.Traits.SyntaxErrorState;
+        const std::string state = odbc3.count(ours) ? odbc3.at(ours) : ours;
+        EXPECT_NE(std::string(error.what()).find("[" + state + "]"), std::string::npos) << error.what();
     }
 }
 

@@ -7,15 +7,18 @@
 namespace quorda_test {
 namespace {
 
-// KEY=value lines of pg.env; single quotes around a value are removed.
-std::map<std::string, std::string> ReadEnvFile(const std::filesystem::path& path) {
+// KEY=value lines of the env file that scripts/<script> start writes into TestEnvDir()/<folder>;
+// single quotes around a value are removed.
+std::map<std::string, std::string> ReadEnvFile(const std::string& server, const std::string& script,
+                                               const std::string& folder, const std::string& file) {
+    const auto path = TestEnvDir() / folder / file;
     std::ifstream in(path);
     if (!in) {
-        throw std::runtime_error(
-            "the PostgreSQL test cluster is not running: " + path.string() +
-            " is missing. Run the suite through ctest (fixture pg_start) or start the cluster with "
-            "scripts/pg-cluster start " +
-            (TestEnvDir() / "pg").string() + " --odbc-ini " + (TestEnvDir() / "odbc.ini").string());
+        throw std::runtime_error("the " + server + " test server is not running: " + path.string() +
+                                 " is missing. Run the suite through ctest (fixture " + folder +
+                                 "_start) or start the server with scripts/" + script + " start " +
+                                 (TestEnvDir() / folder).string() + " --odbc-ini " +
+                                 (TestEnvDir() / "odbc.ini").string());
     }
     std::map<std::string, std::string> values;
     std::string line;
@@ -33,16 +36,33 @@ std::map<std::string, std::string> ReadEnvFile(const std::filesystem::path& path
     return values;
 }
 
-std::string Required(const std::map<std::string, std::string>& values, const std::string& key,
-                     const std::filesystem::path& path) {
+std::string Required(const std::map<std::string, std::string>& values, const std::string& key) {
     auto found = values.find(key);
     if (found == values.end() || found->second.empty()) {
-        throw std::runtime_error(path.string() + " has no " + key);
+        throw std::runtime_error("the test server's env file has no " + key);
     }
     return found->second;
 }
 
+std::string Fill(const std::string& pattern, const std::string& value) {
+    std::string text = pattern;
+    const auto at = text.find("{}");
+    return at == std::string::npos ? text : text.replace(at, 2, value);
+}
+
 } // namespace
+
+std::string SqlDialect::Hex(const std::string& column) const {
+    return Fill(HexPattern, column);
+}
+
+std::string SqlDialect::BinaryLiteral(const std::string& hex) const {
+    return Fill(BinaryLiteralPattern, hex);
+}
+
+std::string SqlDialect::Milliseconds(const std::string& column) const {
+    return Fill(MillisecondsPattern, column);
+}
 
 DataSourceProfile SqliteProfile() {
     DataSourceProfile profile;
@@ -54,27 +74,55 @@ DataSourceProfile SqliteProfile() {
     profile.Dsn = "QuordaTestSQLite";
     profile.Traits.ConcurrentWriters = false;
     profile.Traits.KeysetCursors = false;
-    profile.Traits.ServerSqlStates = false;
     return profile;
 }
 
 DataSourceProfile PostgresProfile(bool unicode) {
-    auto path = TestEnvDir() / "pg" / "pg.env";
-    auto values = ReadEnvFile(path);
+    auto values = ReadEnvFile("PostgreSQL", "pg-cluster", "pg", "pg.env");
     DataSourceProfile profile;
     profile.Name = unicode ? "pgsql-unicode" : "pgsql";
     profile.ConnectionString =
-        Required(values, unicode ? "QUORDA_PG_CONNSTR_UNICODE" : "QUORDA_PG_CONNSTR_ANSI", path);
-    profile.Dsn = Required(values, unicode ? "QUORDA_PG_DSN_UNICODE" : "QUORDA_PG_DSN_ANSI", path);
-    profile.User = Required(values, "QUORDA_PG_USER", path);
+        Required(values, unicode ? "QUORDA_PG_CONNSTR_UNICODE" : "QUORDA_PG_CONNSTR_ANSI");
+    profile.Dsn = Required(values, unicode ? "QUORDA_PG_DSN_UNICODE" : "QUORDA_PG_DSN_ANSI");
+    profile.User = Required(values, "QUORDA_PG_USER");
     // The cluster trusts local connections: any password is accepted.
     profile.Password = "quorda";
-    profile.PasswordUser = Required(values, "QUORDA_PG_PASSWORD_USER", path);
-    profile.CheckedPassword = Required(values, "QUORDA_PG_PASSWORD", path);
+    profile.PasswordUser = Required(values, "QUORDA_PG_PASSWORD_USER");
+    profile.CheckedPassword = Required(values, "QUORDA_PG_PASSWORD");
     profile.Traits.ConcurrentWriters = true;
     profile.Traits.KeysetCursors = true;
-    profile.Traits.ServerSqlStates = true;
+    profile.Traits.SyntaxErrorState = "42601";
     profile.Traits.UnicodeDriver = unicode;
+    profile.Sql.BlobType = "bytea";
+    profile.Sql.TimestampType = "timestamp(3)";
+    profile.Sql.HexPattern = "encode({}, 'hex')";
+    profile.Sql.BinaryLiteralPattern = "'\\x{}'";
+    profile.Sql.MillisecondsPattern = "to_char({}, 'YYYY-MM-DD HH24:MI:SS.MS')";
+    return profile;
+}
+
+DataSourceProfile MariaDbProfile() {
+    auto values = ReadEnvFile("MariaDB", "mariadb-cluster", "mariadb", "mariadb.env");
+    DataSourceProfile profile;
+    profile.Name = "mariadb";
+    profile.ConnectionString = Required(values, "QUORDA_MARIADB_CONNSTR");
+    profile.Dsn = Required(values, "QUORDA_MARIADB_DSN");
+    profile.User = Required(values, "QUORDA_MARIADB_USER");
+    profile.Password = Required(values, "QUORDA_MARIADB_PASSWORD");
+    profile.PasswordUser = profile.User;
+    profile.CheckedPassword = profile.Password;
+    profile.Traits.ConcurrentWriters = true;
+    profile.Traits.KeysetCursors = false;
+    profile.Traits.SyntaxErrorState = "37000";
+    profile.Traits.UnicodeDriver = true;
+    profile.Traits.PaddedChar = false;
+    profile.Traits.CountsMatchedRows = false;
+    profile.Traits.TextKeepsNul = true;
+    // text and blob hold 64 KB; timestamp keeps whole seconds and ends in 2038.
+    profile.Sql.BlobType = "longblob";
+    profile.Sql.LongTextType = "longtext";
+    profile.Sql.TimestampType = "datetime(3)";
+    profile.Sql.MillisecondsPattern = "left(date_format({}, '%Y-%m-%d %H:%i:%s.%f'), 23)";
     return profile;
 }
 
@@ -88,11 +136,14 @@ DataSourceProfile MakeProfile(const std::string& name) {
     if (name == "pgsql-unicode") {
         return PostgresProfile(true);
     }
+    if (name == "mariadb") {
+        return MariaDbProfile();
+    }
     throw std::invalid_argument("no driver profile named '" + name + "'");
 }
 
 std::vector<std::string> AllProfiles() {
-    return {"sqlite", "pgsql", "pgsql-unicode"};
+    return {"sqlite", "pgsql", "pgsql-unicode", "mariadb"};
 }
 
 std::string ProfileTestName(const testing::TestParamInfo<std::string>& info) {
