@@ -2,6 +2,7 @@
 
 #include "quorda/multidb/multi_databases.h"
 
+#include "pooled_registry_p.h"
 #include "quorda/multidb/multi_odbc_database.h"
 #include "quorda/rtl/exception.h"
 #include "quorda/rtl/messages.h"
@@ -18,7 +19,7 @@ TMultiODBCDataBase* ChooseDataBase(const std::vector<TItem*>& List, bool& Idle) 
     TMultiODBCDataBase* best = nullptr;
     int bestCount = 0;
     for (TItem* item : List) {
-        auto* candidate = dynamic_cast<TMultiODBCDataBase*>(item);
+        TMultiODBCDataBase* candidate = multidb_detail::ReadyPooled(item);
         if (candidate == nullptr) {
             continue;
         }
