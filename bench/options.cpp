@@ -229,7 +229,9 @@ std::vector<TConfig> PlanConfigs(const TOptions& Options, const TSourceStrings& 
             } else if (workload == "insert") {
                 add(workload, s.Source, s.Strings, Options.InsertRows);
             } else if (workload == "edit") {
-                add(workload, s.Source, s.Strings, std::min(kEditMaxRows, Options.Rows));
+                // Every post commits and refreshes: a smoke run edits a tenth of the rows.
+                add(workload, s.Source, s.Strings,
+                    std::min(Options.Quick ? kEditMaxRows / 10 : kEditMaxRows, Options.Rows));
             }
         }
     }
