@@ -22,15 +22,19 @@ TEST_P(SessionThreads, DatabasesComeAndGoOnTwoThreads) {
     const std::string shared = quorda_test::UniqueTableName("shared_name");
     std::atomic<int> sharedHolds{0};
     auto work = [&](int Thread) {
-        for (int i = 0; i < 60; ++i) {
+        for (int i = 0; i < 150; ++i) {
             auto db = std::make_unique<TODBCDatabase>(nullptr);
             const std::string own = shared + "_" + std::to_string(Thread) + "_" + std::to_string(i);
             db->SetDatabaseName(own);
             db->SetDriverConnectOption(dcoDriverNoPrompt);
             db->SetConnectStr(Profile.ConnectionString);
             db->Open();
-            if (ODBCSession()->FindDatabase(own) != db.get()) {
-                throw std::runtime_error("the session lost " + own);
+            // Databases that only join and leave, while the other thread looks names up.
+            for (int k = 0; k < 20; ++k) {
+                TODBCDatabase passing(nullptr);
+                if (ODBCSession()->FindDatabase(own) != db.get()) {
+                    throw std::runtime_error("the session lost " + own);
+                }
             }
             // One name for both threads: whoever holds it keeps it until giving it back.
             try {
