@@ -1,5 +1,6 @@
 #include "options.h"
 
+#include "edit_common.h"
 #include "params_text.h"
 #include "row_generator.h"
 
@@ -53,8 +54,8 @@ std::string Usage() {
     return "usage: quorda_bench [options]\n"
            "  --rows N          rows in the bench table (default 1000000)\n"
            "  --runs N          timed runs per configuration after one warm-up (default 5)\n"
-           "  --only LIST       workloads to run: scan,scroll,count,insert,params\n"
-           "  --impl LIST       implementations to run: raw,quorda,qtsql\n"
+           "  --only LIST       workloads to run: scan,scroll,count,insert,edit,params\n"
+           "  --impl LIST       implementations to run: raw,quorda,multi,qtsql\n"
            "  --source S        sqlite, pgsql, mariadb or all (default all)\n"
            "  --quick           small row counts and one run, for a smoke test\n"
            "  --insert-rows N   rows of the insert workload (default 100000)\n"
@@ -101,7 +102,7 @@ TOptions ParseOptions(const std::vector<std::string>& Args) {
         } else if (a == "--impl") {
             o.Impls = SplitList(value());
             for (const auto& impl : o.Impls)
-                if (ImplRank(impl) > 2)
+                if (ImplRank(impl) > 3)
                     throw std::invalid_argument("unknown implementation '" + impl + "'");
         } else if (a == "--source") {
             const std::string& s = value();
@@ -246,6 +247,10 @@ std::vector<TConfig> PlanConfigs(const TOptions& Options, const TSourceStrings& 
                 add(workload, s.Source, s.Strings, Options.Rows);
             } else if (workload == "insert") {
                 add(workload, s.Source, s.Strings, Options.InsertRows);
+            } else if (workload == "edit") {
+                // Every post commits and refreshes: a smoke run edits a tenth of the rows.
+                add(workload, s.Source, s.Strings,
+                    std::min(Options.Quick ? kEditMaxRows / 10 : kEditMaxRows, Options.Rows));
             }
         }
     }
@@ -259,6 +264,8 @@ std::uint64_t ExpectedChecksum(const TConfig& Config) {
         return ExpectedRangeChecksum(1, c.Rows);
     if (w == "scroll")
         return ExpectedScrollChecksum(c.Rows, ScrollJumpTargets(c.Rows, c.Jumps));
+    if (w == "edit")
+        return ExpectedEditChecksum(c.Rows);
     if (w == "count") {
         TChecksum sum;
         sum.AddInt(c.Rows);

@@ -38,18 +38,18 @@ TRegisterRun::TRegisterRun(std::string Workload, std::string Impl, std::string M
 }
 
 const std::vector<std::string>& WorkloadNames() {
-    static const std::vector<std::string> names{"scan", "scroll", "count", "insert", "params"};
+    static const std::vector<std::string> names{"scan", "scroll", "count", "insert", "edit", "params"};
     return names;
 }
 
 int ModeRank(const std::string& Mode) {
-    static const std::vector<std::string> modes{"scrollable", "forward",  "block", "loop",
-                                                "probe",      "prepared", "array", "markers"};
+    static const std::vector<std::string> modes{"scrollable", "forward", "block",   "loop", "probe",
+                                                "prepared",   "array",   "markers", "post"};
     return RankIn(modes, Mode);
 }
 
 int ImplRank(const std::string& Impl) {
-    static const std::vector<std::string> impls{"raw", "quorda", "qtsql"};
+    static const std::vector<std::string> impls{"raw", "quorda", "multi", "qtsql"};
     return RankIn(impls, Impl);
 }
 
@@ -58,7 +58,7 @@ std::vector<const TImplementation*> SortedImplementations() {
     for (const auto& impl : Implementations())
         sorted.push_back(&impl);
     const auto key = [](const TImplementation* I) {
-        return std::make_tuple(RankIn(WorkloadNames(), I->Workload), ImplRank(I->Impl) == 2 ? 1 : 0,
+        return std::make_tuple(RankIn(WorkloadNames(), I->Workload), I->Impl == "qtsql" ? 1 : 0,
                                ModeRank(I->Mode), ImplRank(I->Impl));
     };
     std::stable_sort(sorted.begin(), sorted.end(),

@@ -27,6 +27,11 @@ std::unique_ptr<TStream> TODBCDataSet::CreateBlobStream(TField* Field, TBlobStre
 }
 
 TODBCBlobStream::TODBCBlobStream(TField* Field, TBlobStreamMode Mode)
+    : TODBCBlobStream(Field, Mode, TDeferStart{}) {
+    Start(Mode);
+}
+
+TODBCBlobStream::TODBCBlobStream(TField* Field, TBlobStreamMode Mode, TDeferStart)
     : FField(Field), FDataSet(dynamic_cast<TODBCDataSet*>(Field->DataSet())), FFieldNo(Field->FieldNo()) {
     if (FDataSet == nullptr) {
         DatabaseError(LoadStr(SODBCInvalidBLOB));
@@ -38,6 +43,9 @@ TODBCBlobStream::TODBCBlobStream(TField* Field, TBlobStreamMode Mode)
             DatabaseErrorFmt(LoadStr(SODBCFieldReadOnly), Field->DisplayName());
         }
     }
+}
+
+void TODBCBlobStream::Start(TBlobStreamMode Mode) {
     if (Mode == bmWrite) {
         Truncate();
     } else if (FBuffer != nullptr) {

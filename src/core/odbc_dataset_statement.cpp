@@ -280,7 +280,7 @@ void TODBCDataSet::SendDataAtExecution() {
     }
 }
 
-void TODBCDataSet::Cancel() {
+void TODBCDataSet::CancelStatement() {
     const std::lock_guard guard(FEngine->StmtLock);
     if (!FEngine->Stmt) {
         return;

@@ -58,7 +58,7 @@ TEST_P(StatementInterrupts, CancelFromAnotherThreadStopsARunningStatement) {
     std::thread canceller([&] {
         while (!done) {
             std::this_thread::sleep_for(std::chrono::milliseconds(200));
-            query.Cancel();
+            query.CancelStatement();
         }
     });
     const auto start = Clock::now();
@@ -72,7 +72,7 @@ TEST_P(StatementInterrupts, CancelFromAnotherThreadStopsARunningStatement) {
     query.Open();
     EXPECT_EQ(query.Fields()[0]->AsInteger(), 1);
     query.Close();
-    query.Cancel(); // without a statement: nothing to do
+    query.CancelStatement(); // without a statement: nothing to do
 }
 
 TEST_P(StatementInterrupts, QueryTimeoutStopsALongStatement) {

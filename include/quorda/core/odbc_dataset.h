@@ -95,8 +95,9 @@ public:
     void SetQueryTimeout(std::int32_t Value) { FQueryTimeout = Value; }
     // Asks the driver to stop the statement that is running (SQLCancel). Callable from any thread
     // while another one waits in an execution or a fetch, which then fails with the driver's error;
-    // without a statement it does nothing.
-    void Cancel();
+    // without a statement it does nothing. Named apart from the framework's Cancel, which abandons an
+    // edit.
+    void CancelStatement();
     // Whether string and memo parameters go through Translate (to OEM) before binding.
     bool TranslateFlag() const { return FTranslate; }
     void SetTranslateFlag(bool Value) { FTranslate = Value; }
@@ -215,6 +216,11 @@ protected:
     void CopyRowToBuffer(TRecordBuffer Buffer);
     // Fills the read sizes of every column from the field bound to it.
     void PrepareFieldReads();
+    // The bytes of one record buffer.
+    std::size_t RecordBufferSize() const;
+    // Where Field's column lives in a record buffer: its indicator byte, followed by the data slot
+    // of DataSize bytes; null for a field without a column of its own (calculated, unbound).
+    std::byte* FieldSlot(TRecordBuffer Buffer, const TField* Field, std::size_t& DataSize) const;
     // SQLExtendedFetch on the shared single row-status cell; raises on failure, returns the code.
     SQLRETURN ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset);
     // Repositions after counting (origin and row number as they were).
