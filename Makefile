@@ -15,6 +15,10 @@ test: setup
 	cmake --preset asan-ubsan
 	cmake --build --preset asan-ubsan -j $(JOBS)
 	ctest --preset asan-ubsan
+# The thread tests once more under ThreadSanitizer: only the suite that carries them is built.
+	cmake --preset tsan
+	cmake --build --preset tsan -j $(JOBS) --target quorda_concurrency_tests
+	ctest --preset tsan
 
 bench: setup
 	cmake --preset release

@@ -1,12 +1,14 @@
 // Quorda demo: connects to the embedded SQLite demo database through a driver connection string,
 // lists what the driver manager knows, reads the catalog, runs one committed and one rolled-back
-// transaction, writing through parameterised queries, and browses a query back and forth.
+// transaction, writing through parameterised queries, browses a query back and forth, edits order lines
+// through update events and reads through a pool of connections from several threads.
 //
 //   quorda_demo [--database <file>] [--fresh]
 //
 // scripts/run-demo points the driver manager at the build tree's private configuration.
 
 #include "demo_cursor.h"
+#include "demo_editor.h"
 #include "demo_schema.h"
 #include "demo_sql.h"
 #include "quorda/core/odbc_database.h"
@@ -214,6 +216,8 @@ int Run(const std::string& file, bool fresh) {
     CommittedTransaction(db);
     RolledBackTransaction(db);
     demo::ShowCursor(db);
+    demo::EditOrderLines(db);
+    demo::ReadThroughPool(file, db);
 
     db.Close();
     std::cout << "\nClosed. The committed order stays; the deleted lines came back.\n";

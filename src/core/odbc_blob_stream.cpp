@@ -26,6 +26,11 @@ std::unique_ptr<TStream> TODBCDataSet::CreateBlobStream(TField* Field, TBlobStre
 }
 
 TODBCBlobStream::TODBCBlobStream(TBlobField* Field, TBlobStreamMode Mode)
+    : TODBCBlobStream(Field, Mode, TDeferStart{}) {
+    Start(Mode);
+}
+
+TODBCBlobStream::TODBCBlobStream(TBlobField* Field, TBlobStreamMode Mode, TDeferStart)
     : FField(Field), FDataSet(dynamic_cast<TODBCDataSet*>(Field->DataSet())), FFieldNo(Field->FieldNo()) {
     if (FDataSet == nullptr) {
         DatabaseError(LoadStr(SODBCInvalidBLOB));
@@ -37,6 +42,9 @@ TODBCBlobStream::TODBCBlobStream(TBlobField* Field, TBlobStreamMode Mode)
             DatabaseErrorFmt(LoadStr(SODBCFieldReadOnly), Field->DisplayName());
         }
     }
+}
+
+void TODBCBlobStream::Start(TBlobStreamMode Mode) {
     if (Mode == bmWrite) {
         Truncate();
     } else if (FBuffer != nullptr) {

@@ -32,6 +32,10 @@ TODBCDatabase::~TODBCDatabase() {
     // Datasets that did not leave the list keep no link back to us.
     FDataSets.clear();
     FHandle.Reset();
+    LeaveSession();
+}
+
+void TODBCDatabase::LeaveSession() {
     FSession->RemoveDatabase(this);
 }
 
@@ -39,10 +43,13 @@ void TODBCDatabase::SetDatabaseName(const std::string& Value) {
     if (FConnected) {
         throw EODBCDatabaseError("Database open");
     }
-    if (Value != FDatabaseName) {
-        ValidateName(Value);
-        FDatabaseName = Value;
-    }
+    // Checked and set under the session's lock: two threads cannot give two databases one name.
+    FSession->WithDatabases([&](const std::vector<TODBCDatabase*>&) {
+        if (Value != FDatabaseName) {
+            ValidateName(Value);
+            FDatabaseName = Value;
+        }
+    });
 }
 
 void TODBCDatabase::ValidateName(const std::string& Name) {

@@ -166,15 +166,30 @@ void TODBCDataSet::InternalInitFieldDefs() {
     }
 }
 
-TRecordBuffer TODBCDataSet::AllocRecordBuffer() {
+std::size_t TODBCDataSet::RecordBufferSize() const {
     auto size = static_cast<std::size_t>(FieldDefs().Count() + FRecordDataSize + 1);
     // A slot is never smaller than its native value, even where the driver reported a shorter column.
     if (!FFieldValues.empty()) {
         const TFieldValueItem& last = *FFieldValues.back();
         size = std::max(size, last.RecordOffset + 1 + last.DataSize);
     }
+    return size;
+}
+
+std::byte* TODBCDataSet::FieldSlot(TRecordBuffer Buffer, const TField* Field, std::size_t& DataSize) const {
+    const int fieldNo = Field->FieldNo();
+    if (Buffer == nullptr || fieldNo < 1 || static_cast<std::size_t>(fieldNo) > FFieldValues.size()) {
+        DataSize = 0;
+        return nullptr;
+    }
+    const TFieldValueItem& item = *FFieldValues[static_cast<std::size_t>(fieldNo - 1)];
+    DataSize = item.DataSize;
+    return Buffer + item.RecordOffset;
+}
+
+TRecordBuffer TODBCDataSet::AllocRecordBuffer() {
     // Zeroed, so that the flag of a buffer never filled reads bfCurrent rather than garbage.
-    auto* buffer = new std::byte[size]();
+    auto* buffer = new std::byte[RecordBufferSize()]();
     const std::int32_t fresh = -1;
     std::memcpy(buffer + kRecordRowNumberOffset, &fresh, sizeof fresh);
     return buffer;

@@ -43,21 +43,34 @@ TODBCSession* ODBCSession() {
 TODBCSession::TODBCSession(TComponent* AOwner) : TComponent(AOwner) {}
 
 TODBCSession::~TODBCSession() {
+    // Each database leaves the list (taking the lock) as it is freed, so the lock is not held here.
     for (int i = GetDatabaseCount() - 1; i >= 0; --i) {
-        if (i < GetDatabaseCount()) {
-            delete FDatabases[static_cast<size_t>(i)];
+        TODBCDatabase* database = nullptr;
+        {
+            std::lock_guard<std::recursive_mutex> guard(FLock);
+            if (i < static_cast<int>(FDatabases.size())) {
+                database = FDatabases[static_cast<size_t>(i)];
+            }
         }
+        delete database;
     }
 }
 
+int TODBCSession::GetDatabaseCount() const {
+    std::lock_guard<std::recursive_mutex> guard(FLock);
+    return static_cast<int>(FDatabases.size());
+}
+
 TODBCDatabase* TODBCSession::GetDatabase(int Index) const {
-    if (Index < 0 || Index >= GetDatabaseCount()) {
+    std::lock_guard<std::recursive_mutex> guard(FLock);
+    if (Index < 0 || Index >= static_cast<int>(FDatabases.size())) {
         throw Exception(FormatMessage(SListIndexError, Index));
     }
     return FDatabases[static_cast<size_t>(Index)];
 }
 
 TODBCDatabase* TODBCSession::FindDatabase(const std::string& Name) const {
+    std::lock_guard<std::recursive_mutex> guard(FLock);
     for (TODBCDatabase* database : FDatabases) {
         if (database->DatabaseName() == Name) {
             return database;
@@ -127,10 +140,12 @@ void TODBCSession::GetDriverNames(TStrings* Names, TStrings* Attributes) {
 }
 
 void TODBCSession::AddDatabase(TODBCDatabase* Database) {
+    std::lock_guard<std::recursive_mutex> guard(FLock);
     FDatabases.push_back(Database);
 }
 
 void TODBCSession::RemoveDatabase(TODBCDatabase* Database) {
+    std::lock_guard<std::recursive_mutex> guard(FLock);
     auto it = std::find(FDatabases.begin(), FDatabases.end(), Database);
     if (it != FDatabases.end()) {
         FDatabases.erase(it);

@@ -117,7 +117,13 @@ void TBlobField::LoadFromStream(TStream& Stream) {
     if (!stream) {
         throw AccessError("Blob");
     }
-    stream->CopyFrom(Stream, 0);
+    // One write of the whole value: a dataset's stream may take each write as the complete value.
+    Stream.SetPosition(0);
+    std::string value(static_cast<std::size_t>(Stream.Size()), '\0');
+    if (!value.empty()) {
+        Stream.ReadBuffer(value.data(), static_cast<std::int64_t>(value.size()));
+        stream->WriteBuffer(value.data(), static_cast<std::int64_t>(value.size()));
+    }
 }
 
 void TBlobField::SaveToStream(TStream& Stream) const {

@@ -24,6 +24,13 @@ public:
     void Truncate() override;
 
 protected:
+    // For descendants: remembers the field and checks the mode, but leaves the first read or the
+    // truncation to Start, which the descendant's constructor calls once its overrides are in place.
+    struct TDeferStart {};
+    TODBCBlobStream(TBlobField* Field, TBlobStreamMode Mode, TDeferStart);
+    // Truncates for bmWrite, reads the value for the other modes.
+    void Start(TBlobStreamMode Mode);
+
     virtual void ReadBlobData();
     // A rowset row's value that fits its bound buffer, taken from there; false when it must be read
     // from the driver.

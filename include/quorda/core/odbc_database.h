@@ -140,6 +140,9 @@ public:
 
 protected:
     void ValidateName(const std::string& Name);
+    // Leaves the session's list (a second call does nothing). A descendant whose overrides other
+    // threads may call through the list leaves first thing in its destructor.
+    void LeaveSession();
 
     // A flag and a reference for descendants (the connection pool marks and links its members);
     // the database itself never reads them.

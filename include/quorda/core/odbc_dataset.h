@@ -262,6 +262,11 @@ protected:
     void CopyRowToBuffer(TRecordBuffer Buffer);
     // Fills the read sizes of every column from the field bound to it.
     void PrepareFieldReads();
+    // The bytes of one record buffer.
+    std::size_t RecordBufferSize() const;
+    // Where Field's column lives in a record buffer: its indicator byte, followed by the data slot
+    // of DataSize bytes; null for a field without a column of its own (calculated, unbound).
+    std::byte* FieldSlot(TRecordBuffer Buffer, const TField* Field, std::size_t& DataSize) const;
     // SQLExtendedFetch on the shared single row-status cell; raises on failure, returns the code.
     SQLRETURN ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset);
     // Repositions after counting (origin and row number as they were).

@@ -3,7 +3,9 @@
 #include "quorda/odbc/odbc_api.h"
 #include "quorda/rtl/component.h"
 
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quorda {
@@ -16,7 +18,8 @@ class TStrings;
 // connection allocation on the null environment reports it.
 SQLHENV odbcEnv();
 
-// The single session that knows every TODBCDatabase of the process, whatever its owner.
+// The single session that knows every TODBCDatabase of the process, whatever its owner. Databases
+// may be created, named, opened and freed on any thread: the list is guarded by a lock of its own.
 class TODBCSession : public TComponent {
 public:
     explicit TODBCSession(TComponent* AOwner);
@@ -26,7 +29,7 @@ public:
     std::string ClassName() const override { return "TODBCSession"; }
 
     SQLHENV GetEnv() const { return odbcEnv(); }
-    int GetDatabaseCount() const { return static_cast<int>(FDatabases.size()); }
+    int GetDatabaseCount() const;
     // Raises "List index (%d) out of bounds" for an index outside the list.
     TODBCDatabase* GetDatabase(int Index) const;
 
@@ -41,12 +44,21 @@ public:
     // lists when no driver is installed.
     void GetDriverNames(TStrings* Names, TStrings* Attributes);
 
+    // Runs Visit(list of databases) while no database can join or leave the list or change its name;
+    // a database being freed meanwhile waits until Visit returns. Visit may call the session again.
+    template <typename TVisit>
+    decltype(auto) WithDatabases(TVisit&& Visit) const {
+        std::lock_guard<std::recursive_mutex> guard(FLock);
+        return std::forward<TVisit>(Visit)(std::as_const(FDatabases));
+    }
+
 private:
     friend class TODBCDatabase;
     void AddDatabase(TODBCDatabase* Database);
     void RemoveDatabase(TODBCDatabase* Database);
 
     std::vector<TODBCDatabase*> FDatabases;
+    mutable std::recursive_mutex FLock;
 };
 
 // The session of the process, created (without owner) on first use and freed at exit.

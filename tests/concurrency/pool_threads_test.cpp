@@ -1,0 +1,130 @@
+// Eight readers and a writer sharing a pool of three connections: every reader sees every row of
+// its table in every cycle, and no connection is used by two threads at once.
+
+#include "concurrency_support.h"
+#include "quorda/multidb.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <memory>
+#include <quorda_test/environment.h>
+#include <quorda_test/profiles.h>
+#include <quorda_test/raw_odbc.h>
+#include <stdexcept>
+#include <string>
+
+namespace quorda {
+namespace {
+
+constexpr int kRows = 1000;
+constexpr int kReaders = 8;
+constexpr int kCycles = 500;
+constexpr int kWrites = 200;
+
+class PoolThreads : public quorda_test::ProfileTest {
+protected:
+    void SetUp() override {
+        quorda_test::RawOdbc raw(Profile.ConnectionString);
+        if (Profile.Name == "sqlite") {
+            // Readers never block the writer, and the writer blocks readers only briefly.
+            raw.QueryStrings("pragma journal_mode=wal");
+        }
+        Table = quorda_test::UniqueTableName("pool_rows");
+        Log = quorda_test::UniqueTableName("pool_log");
+        raw.Exec("create table " + Table + " (id integer primary key, qty integer, name varchar(20))");
+        raw.Exec("create table " + Log + " (n integer)");
+        raw.SetAutoCommit(false);
+        for (int start = 1; start <= kRows; start += 250) {
+            std::string sql = "insert into " + Table + " values ";
+            for (int i = start; i < start + 250; ++i) {
+                sql += (i == start ? "(" : ",(") + std::to_string(i) + "," + std::to_string(i % 97) +
+                       ",'row" + std::to_string(i) + "')";
+            }
+            raw.Exec(sql);
+        }
+        raw.Commit();
+        Pool.SetConnectStyle(csDriverConnect);
+        Pool.SetDriverConnectOption(dcoDriverNoPrompt);
+        Pool.SetConnectStr(Profile.ConnectionString);
+        Pool.SetMaxDataBases(3);
+        Pool.Open();
+    }
+
+    // The sum every complete read of the table adds up to.
+    static long long Expected() {
+        long long sum = 0;
+        for (int i = 1; i <= kRows; ++i) {
+            sum += i * 1000LL + i % 97 + static_cast<long long>(("row" + std::to_string(i)).size());
+        }
+        return sum;
+    }
+
+    std::string Table;
+    std::string Log;
+    TMultiDataBases Pool;
+};
+
+TEST_P(PoolThreads, EightReadersAndAWriterShareThreeConnections) {
+    const long long expected = Expected();
+    std::atomic<int> cycles{0};
+    auto reader = [&](int Index) {
+        TODBCMultiQuery query(nullptr);
+        if (Index % 2 == 0) {
+            // Half grow the pool themselves, holding its lock as callers from several threads must.
+            Pool.Lock();
+            try {
+                query.SetMultiODBCDataBase(Pool.FindDataBase());
+            } catch (...) {
+                Pool.UnLock();
+                throw;
+            }
+            Pool.UnLock();
+        }
+        // The others attach to the least busy pooled connection of the session on first use.
+        query.SetUniDirectional(true);
+        query.SQL().SetText("select id, qty, name from " + Table + " order by id");
+        for (int cycle = 0; cycle < kCycles; ++cycle) {
+            query.Open();
+            long long sum = 0;
+            int rows = 0;
+            for (; !query.Eof(); query.Next()) {
+                sum += query.Fields()[0]->AsInteger() * 1000LL + query.Fields()[1]->AsInteger() +
+                       static_cast<long long>(query.Fields()[2]->AsString().size());
+                ++rows;
+            }
+            query.Close();
+            if (rows != kRows || sum != expected) {
+                throw std::runtime_error("reader " + std::to_string(Index) + " cycle " +
+                                         std::to_string(cycle) + ": " + std::to_string(rows) +
+                                         " rows, checksum " + std::to_string(sum));
+            }
+            ++cycles;
+        }
+    };
+    auto writer = [&] {
+        TODBCMultiQuery insert(nullptr);
+        insert.SQL().SetText("insert into " + Log + " (n) values (:n)");
+        for (int i = 0; i < kWrites; ++i) {
+            insert.ParamByName("n")->SetAsInteger(i);
+            insert.ExecSQL();
+        }
+    };
+    std::vector<std::function<void()>> jobs;
+    for (int i = 0; i < kReaders; ++i) {
+        jobs.emplace_back([&reader, i] { reader(i); });
+    }
+    jobs.emplace_back(writer);
+    testing::RunThreads(jobs, std::chrono::seconds(240 * testing::kSlowdown));
+    EXPECT_EQ(cycles.load(), kReaders * kCycles);
+    EXPECT_EQ(Pool.Count(), 3);
+    quorda_test::RawOdbc raw(Profile.ConnectionString);
+    EXPECT_EQ(raw.Scalar("select count(*) from " + Log), std::to_string(kWrites));
+    raw.Exec("drop table " + Table);
+    raw.Exec("drop table " + Log);
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, PoolThreads, ::testing::Values("sqlite", "pgsql"),
+                         quorda_test::ProfileTestName);
+
+} // namespace
+} // namespace quorda

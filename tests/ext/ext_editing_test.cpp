@@ -1,0 +1,193 @@
+// Editing through the update events: values posted by the handlers and seen after the refresh, old
+// values, inserts and deletes, retries, handlers that fail, the refused operations and bookmarks.
+
+#include "ext_fixture.h"
+#include "quorda/rtl/messages.h"
+
+#include <cstring>
+#include <stdexcept>
+
+namespace quorda {
+namespace {
+
+using testing::ErrorOf;
+
+class ExtEditing : public testing::ExtTest {};
+
+TEST_P(ExtEditing, PostedEditReachesTheTableAndShowsAfterTheRefresh) {
+    WriteItemsOnUpdate();
+    Query.Open();
+    Query.Next();
+    Query.Edit();
+    Query.FieldByName("item")->SetAsString("washer");
+    Query.FieldByName("qty")->SetAsInteger(25);
+    Query.FieldByName("qty")->SetAsInteger(26);
+    // Two fields changed (the second change of qty keeps the first old value).
+    EXPECT_EQ(Query.ModifiedField(), 2);
+    EXPECT_EQ(Query.PendingUpdate(), kUpdateModify);
+    EXPECT_EQ(Query.FieldByName("qty")->OldValue().AsInteger(), 20);
+    EXPECT_EQ(Query.FieldByName("item")->OldValue().AsString(), "nut");
+    EXPECT_EQ(Query.FieldByName("id")->OldValue().AsInteger(), 2);
+    EXPECT_EQ(Query.FieldByName("qty")->NewValue().AsInteger(), 26);
+    Query.Post();
+    EXPECT_EQ(Calls, 1);
+    EXPECT_EQ(Query.ModifiedField(), 0);
+    EXPECT_EQ(Query.State(), dsBrowse);
+    // Back on the edited row, showing what the table now holds.
+    EXPECT_EQ(Query.FieldByName("id")->AsInteger(), 2);
+    EXPECT_EQ(Query.FieldByName("qty")->AsInteger(), 26);
+    EXPECT_EQ(TableRows(), "1:bolt:10 2:washer:26 3:gear:30");
+    EXPECT_EQ(QueryRows(), TableRows());
+}
+
+TEST_P(ExtEditing, InsertAndDeleteRunTheirEvents) {
+    TODBCQuery& insert = Writer("insert into " + Table + " (id, item, qty) values (:id, :item, :qty)");
+    TODBCQuery& remove = Writer("delete from " + Table + " where id = :id");
+    std::vector<std::string> events;
+    Query.OnInsertRec = [&](TDataSet* DataSet, TUpdateKind Kind, TUpdateAction&) {
+        events.push_back("insert " + std::to_string(Kind == ukInsert));
+        EXPECT_EQ(DataSet->FieldByName("qty")->OldValue().IsNull(), true);
+        insert.ParamByName("id")->SetAsInteger(DataSet->FieldByName("id")->AsInteger());
+        insert.ParamByName("item")->SetAsString(DataSet->FieldByName("item")->AsString());
+        insert.ParamByName("qty")->SetAsInteger(DataSet->FieldByName("qty")->AsInteger());
+        insert.ExecSQL();
+    };
+    Query.OnDeleteRec = [&](TDataSet* DataSet, TUpdateKind Kind, TUpdateAction&) {
+        events.push_back("delete " + std::to_string(Kind == ukDelete));
+        remove.ParamByName("id")->SetAsInteger(DataSet->FieldByName("id")->AsInteger());
+        remove.ExecSQL();
+    };
+    Query.OnUpdateRec = [&](TDataSet*, TUpdateKind, TUpdateAction&) { events.push_back("update"); };
+    Query.Open();
+    Query.Insert();
+    EXPECT_TRUE(Query.FieldByName("qty")->IsNull());
+    Query.FieldByName("id")->SetAsInteger(4);
+    Query.FieldByName("item")->SetAsString("spring");
+    Query.FieldByName("qty")->SetAsInteger(40);
+    EXPECT_EQ(Query.PendingUpdate(), kUpdateInsert);
+    Query.Post();
+    EXPECT_EQ(TableRows(), "1:bolt:10 2:nut:20 3:gear:30 4:spring:40");
+    EXPECT_EQ(QueryRows(), TableRows());
+    // Deleting calls its event at once, without a post.
+    Query.Next();
+    Query.Delete();
+    EXPECT_EQ(events, (std::vector<std::string>{"insert 1", "delete 1"}));
+    EXPECT_EQ(TableRows(), "1:bolt:10 3:gear:30 4:spring:40");
+    Query.Refresh();
+    EXPECT_EQ(QueryRows(), TableRows());
+}
+
+TEST_P(ExtEditing, RetryCallsTheHandlerAgainUntilItAnswersOtherwise) {
+    Query.OnUpdateRec = [this](TDataSet*, TUpdateKind, TUpdateAction& Action) {
+        ++Calls;
+        Action = Calls < 3 ? uaRetry : uaApplied;
+    };
+    Query.Open();
+    Query.Edit();
+    Query.FieldByName("qty")->SetAsInteger(11);
+    Query.Post();
+    EXPECT_EQ(Calls, 3);
+    // uaFail and uaAbort end the post without an error of the dataset's own.
+    for (TUpdateAction answer : {uaFail, uaAbort, uaSkip}) {
+        Calls = 0;
+        Query.OnUpdateRec = [this, answer](TDataSet*, TUpdateKind, TUpdateAction& Action) {
+            ++Calls;
+            Action = answer;
+        };
+        Query.Edit();
+        Query.FieldByName("qty")->SetAsInteger(12);
+        EXPECT_NO_THROW(Query.Post());
+        EXPECT_EQ(Calls, 1);
+    }
+}
+
+TEST_P(ExtEditing, FailingHandlerLeavesNothingPendingAndItsRollbackLeavesTheTable) {
+    WriteItemsOnUpdate();
+    auto write = Query.OnUpdateRec;
+    Query.OnUpdateRec = [&](TDataSet* DataSet, TUpdateKind Kind, TUpdateAction& Action) {
+        Db.StartTransaction();
+        try {
+            write(DataSet, Kind, Action);
+            throw std::runtime_error("stock check failed");
+        } catch (...) {
+            Db.Rollback();
+            throw;
+        }
+    };
+    Query.Open();
+    Query.Edit();
+    Query.FieldByName("qty")->SetAsInteger(99);
+    EXPECT_THROW(Query.Post(), std::runtime_error);
+    EXPECT_EQ(Calls, 1);
+    EXPECT_EQ(Query.ModifiedField(), 0);
+    EXPECT_EQ(Query.PendingUpdate(), kUpdateNone);
+    EXPECT_EQ(Query.State(), dsEdit);
+    Query.Cancel();
+    EXPECT_EQ(Query.FieldByName("qty")->AsInteger(), 10);
+    EXPECT_EQ(TableRows(), "1:bolt:10 2:nut:20 3:gear:30");
+}
+
+TEST_P(ExtEditing, WithoutAHandlerTheChangeIsDiscardedAndTheRowsRefreshed) {
+    Query.Open();
+    Query.Edit();
+    Query.FieldByName("item")->SetAsString("lost");
+    // Someone else changed another row meanwhile: the refresh shows it.
+    Raw->Exec("update " + Table + " set qty = 33 where id = 3");
+    Query.Post();
+    EXPECT_EQ(Query.FieldByName("item")->AsString(), "bolt");
+    EXPECT_EQ(QueryRows(), "1:bolt:10 2:nut:20 3:gear:33");
+}
+
+TEST_P(ExtEditing, RefusedWritesCarryTheirMessages) {
+    Query.Open();
+    // Outside an edit the message keeps its placeholder.
+    EXPECT_EQ(ErrorOf([&] { Query.FieldByName("item")->SetAsString("x"); }), "ODBC Field %s not editing");
+    Query.FieldByName("qty")->SetReadOnly(true);
+    Query.FieldByName("qty")->SetDisplayLabel("Quantity");
+    Query.Edit();
+    EXPECT_EQ(ErrorOf([&] { Query.FieldByName("qty")->SetAsInteger(1); }), "ODBC Field Quantity read only");
+    EXPECT_EQ(Query.ModifiedField(), 0);
+    Query.Cancel();
+}
+
+TEST_P(ExtEditing, BookmarksCompareAcrossBothOrigins) {
+    Raw->Exec("insert into " + Table + " (id, item, qty) values (4, 'cog', 40), (5, 'pin', 50)");
+    Query.Open();
+    auto bookmark = [](std::int32_t Origin, std::int32_t Row) {
+        const TODBCBookmark data{Origin, Row};
+        return TBookmark(&data, sizeof data);
+    };
+    // Five rows: (1, r) is row r from the first, (-1, -r) row r from the last.
+    const struct {
+        TBookmark First, Second;
+        int Expected;
+    } cases[] = {
+        {TBookmark(), TBookmark(), 0},
+        {TBookmark(), bookmark(1, 0), 1},
+        {bookmark(1, 0), TBookmark(), -1},
+        {bookmark(1, 3), bookmark(1, 1), 1},
+        {bookmark(-1, -3), bookmark(-1, -1), -1},
+        {bookmark(-1, -2), bookmark(-1, -2), 0},
+        {bookmark(1, 1), bookmark(-1, 0), -1},  // second row before the last
+        {bookmark(1, 4), bookmark(-1, 0), 0},   // both the last row
+        {bookmark(-1, 0), bookmark(1, 1), 1},   // the last row after the second
+        {bookmark(-1, -4), bookmark(1, 0), 0},  // both the first row
+        {bookmark(-1, -4), bookmark(1, 2), -1}, // the first row before the third
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Query.CompareBookmarks(c.First, c.Second), c.Expected);
+    }
+    // Bookmarks the dataset hands out compare the same way.
+    Query.Next();
+    TBookmark second = Query.GetBookmark();
+    Query.Last();
+    TBookmark last = Query.GetBookmark();
+    EXPECT_EQ(Query.CompareBookmarks(second, last), -1);
+    EXPECT_EQ(Query.CompareBookmarks(last, second), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, ExtEditing, ::testing::ValuesIn(quorda_test::AllProfiles()),
+                         quorda_test::ProfileTestName);
+
+} // namespace
+} // namespace quorda
