@@ -31,6 +31,16 @@ bool IsBinaryBlobType(TFieldType Type) {
     return Type == ftBlob || Type == ftGraphic || Type == ftTypedBinary || Type == ftOraBlob;
 }
 
+// A value as the parameter's value. A 64-bit integer keeps all its bits: as a plain variant it
+// would be bound as a 32-bit integer.
+void AssignValue(TODBCParam& Param, const Variant& Value) {
+    if (Value.VarType() == varInt64 || Value.VarType() == varQWord) {
+        Param.SetAsLargeInt(Value.AsInt64());
+    } else {
+        Param.SetAsVariant(Value);
+    }
+}
+
 void ShowException(const std::exception& E) {
     Application::HandleException(E);
 }
@@ -63,7 +73,7 @@ void TEntity::SetParam(TODBCDataSet& Query, TCommandDataType DataType, TDataSet*
                 Param.SetAsString({});
                 Param.Clear();
             } else {
-                Param.SetAsVariant(Value);
+                AssignValue(Param, Value);
             }
             break;
         }
@@ -73,7 +83,7 @@ void TEntity::SetParam(TODBCDataSet& Query, TCommandDataType DataType, TDataSet*
             if (Column.IsNull()) {
                 Param.Clear();
             } else {
-                Param.SetAsVariant(Column.AsVariant());
+                AssignValue(Param, Column.AsVariant());
             }
             break;
         }
@@ -92,7 +102,7 @@ void TEntity::SetParam(TODBCDataSet& Query, TCommandDataType DataType, TDataSet*
                 const std::string Data = Value.AsString();
                 Param.SetBlobData(Data.data(), Data.size());
             } else {
-                Param.SetAsVariant(Value);
+                AssignValue(Param, Value);
             }
             break;
         }

@@ -12,14 +12,14 @@
 
 namespace quorda::entitytest {
 
-// An entity over one table of its own: a key, a number, a short text and a long text.
+// An entity over one table of its own: a key, a 64-bit number, a short text and a long text.
 class TNotesEntity : public TTestEntity {
 public:
     TNotesEntity(const std::string& Table, const std::string& ViewEntity) : TTestEntity(ViewEntity) {
         SetFactTable(Table);
         SetViewTable(Table);
         CreateField("id", "Id", "", 6, true, true, true, true, ftInteger, cnstETPK);
-        CreateField("customer", "Customer", "", 6, true, true, false, true, ftInteger, cnstETField);
+        CreateField("customer", "Customer", "", 6, true, true, false, true, ftLargeint, cnstETField);
         CreateField("note", "Note", "", 20, true, true, false, true, ftString, cnstETField);
         CreateField("memo", "Memo", "", 40, true, true, false, false, ftMemo, cnstETField);
     }
@@ -39,7 +39,7 @@ protected:
         Connect(Profile.ConnectionString);
         T = quorda_test::UniqueTableName("notes");
         Raw.Exec("create table " + T +
-                 " (id integer primary key, customer integer, note varchar(20), memo text)");
+                 " (id integer primary key, customer bigint, note varchar(20), memo text)");
         FSavedHandler =
             Application::SetExceptionHandler([this](const std::exception& E) { Shown.push_back(E.what()); });
     }

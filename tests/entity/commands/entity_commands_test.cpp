@@ -62,11 +62,12 @@ TEST_P(EntityCommands, QuotedNamesBindByTheBareName) {
     EXPECT_EQ(Rows(), (std::vector<Row>{{"4", "2", "q", "m"}}));
 }
 
-// Each value source inserts a row of values and a row of nulls and empty strings. An empty string
+// Each value source inserts a row of values (a 64-bit number among them) and a row of nulls and
+// empty strings. An empty string
 // is a null when it comes from an array or a field; a query's row hands over what it holds.
 TEST_P(EntityCommands, ValueSourcesBindValuesNullsAndEmptyStrings) {
     const std::string Source = quorda_test::UniqueTableName("source");
-    Raw.Exec("create table " + Source + " (id integer, customer integer, note varchar(20), memo text)");
+    Raw.Exec("create table " + Source + " (id integer, customer bigint, note varchar(20), memo text)");
     struct Case {
         const char* Name;
         std::function<void(TNotesEntity&, const std::vector<Variant>&)> Add;
@@ -98,9 +99,9 @@ TEST_P(EntityCommands, ValueSourcesBindValuesNullsAndEmptyStrings) {
         SCOPED_TRACE(C.Name);
         Raw.Exec("delete from " + T);
         TNotesEntity Notes(T, "");
-        C.Add(Notes, {1, 5, "x", "long"});
+        C.Add(Notes, {1, Variant(std::int64_t{5000000000}), "x", "long"});
         C.Add(Notes, {2, Variant::Null(), "", Variant::Null()});
-        EXPECT_EQ(Rows(), (std::vector<Row>{{"1", "5", "x", "long"},
+        EXPECT_EQ(Rows(), (std::vector<Row>{{"1", "5000000000", "x", "long"},
                                             {"2", std::nullopt, C.EmptyNote, std::nullopt}}));
     }
     Raw.Exec("drop table " + Source);
