@@ -29,10 +29,14 @@ TEST_P(EntityLocks, RowLockedByAnotherConnectionIsShownOnceAndStillReRead) {
     Raw.SetAutoCommit(false);
     Raw.Exec("update " + T + " set note = note where id = 1");
     Notes.SetFieldValue("id", 1);
+    // Inside a transaction of its own, as a lock is meant to be taken: the failed lock leaves the
+    // transaction usable for the re-read.
+    DataBase->StartTransaction();
     EXPECT_EQ(Notes.Lock(), lrLocked);
     EXPECT_EQ(Shown.size(), 1u);
     ASSERT_TRUE(Notes.LockQuery()->Active());
     EXPECT_EQ(Notes.LockQuery()->FieldByName("note")->AsString(), "one");
+    DataBase->Rollback();
     Raw.Rollback();
     Raw.SetAutoCommit(true);
     EXPECT_EQ(Notes.Lock(), lrOk);
