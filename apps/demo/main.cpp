@@ -1,7 +1,8 @@
 // Quorda demo: connects to the embedded SQLite demo database through a driver connection string,
 // lists what the driver manager knows, reads the catalog, runs one committed and one rolled-back
 // transaction, writing through parameterised queries, browses a query back and forth, edits order lines
-// through update events and reads through a pool of connections from several threads.
+// through update events, adds, locks, edits and deletes an order through an entity and reads through a
+// pool of connections from several threads.
 //
 //   quorda_demo [--database <file>] [--fresh]
 //
@@ -9,6 +10,7 @@
 
 #include "demo_cursor.h"
 #include "demo_editor.h"
+#include "demo_entity.h"
 #include "demo_schema.h"
 #include "demo_sql.h"
 #include "quorda/core/connection_string.h"
@@ -218,6 +220,7 @@ int Run(const std::string& file, bool fresh) {
     RolledBackTransaction(db);
     demo::ShowCursor(db);
     demo::EditOrderLines(db);
+    demo::ShowOrdersEntity(db);
     demo::ReadThroughPool(file, db);
 
     db.Close();

@@ -2,16 +2,13 @@
 
 #include "quorda/rtl/application.h"
 #include "quorda/rtl/string_utils.h"
+#include "quorda/tools/query_helpers.h"
 
 #include <exception>
 
 namespace quorda {
 
 namespace {
-
-std::unique_ptr<TEntityQuery> CreateEntityQuery() {
-    return std::make_unique<TEntityQuery>(nullptr);
-}
 
 // Hands an exception escaping a destructor's step to the application instead of losing it.
 template <typename F>
@@ -34,8 +31,8 @@ TEntity::TEntity(TComponent* AOwner) : TComponent(AOwner) {
 }
 
 void TEntity::CreateEntityParam() {
-    FDataQuery = CreateEntityQuery();
-    FLockQuery = CreateEntityQuery();
+    FDataQuery = CreateQueryExt();
+    FLockQuery = CreateQueryExt();
     FSPNames.fill({});
     FSPOpen.fill(false);
     FLstFields = std::make_unique<TStringList>(true);
@@ -148,7 +145,8 @@ int TEntity::execClose() {
             return 0;
         }
     }
-    return RunCloseProcedure();
+    const Variant Result = RunCommand(fetClose, cdtField, nullptr, {Variant(std::string(1, '\x01'))});
+    return VarIsNull(Result) ? 0 : Result.AsInteger();
 }
 
 } // namespace quorda

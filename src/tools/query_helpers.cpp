@@ -51,6 +51,14 @@ std::unique_ptr<TODBCQuery> CreateQuery() {
     return query;
 }
 
+std::unique_ptr<TODBCExtQuery> CreateQueryExt() {
+    auto query = std::make_unique<TODBCExtQuery>(nullptr);
+    query->SetODBCDatabase(DataBase);
+    query->SetBlobBufferSize(255);
+    query->SetMaxBlobBuffer(1000);
+    return query;
+}
+
 void ExecQry(TODBCDataSet* Query) {
     TExecCursorScope cursor;
     Query->ExecSQL();

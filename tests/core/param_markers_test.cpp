@@ -51,6 +51,11 @@ TEST(ParamMarkers, NamesAndQuotes) {
         // right after the colon makes a quoted name.
         {":'a b', :\"'c'\", :'\"d\"', :''e''", "?, ?, ?, ?", {"a b", "'c'", "d", "'e'"}},
         {":x'y' :z\"\"", "? ?", {"x'y'", "z\"\""}},
+        // Quoted column and parameter names as generated statements write them bind by the bare name.
+        {"WHERE \"id\"=:\"id\" AND \"no\"=:\"no\"", "WHERE \"id\"=? AND \"no\"=?", {"id", "no"}},
+        {"VALUES(:\"id\",:\"total\")\n\"total\"=:\"total\"",
+         "VALUES(?,?)\n\"total\"=?",
+         {"id", "total", "total"}},
         // An unterminated literal runs to the end, inside a name as well.
         {"where a = 'abc :x", "where a = 'abc :x", {}},
         {"where a = :'abc, :d", "where a = ?", {"abc, :d"}},

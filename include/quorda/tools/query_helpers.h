@@ -3,6 +3,10 @@
 
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_query.h"
+#include "quorda/ext/odbc_ext_dataset.h"
+#include "quorda/multidb/multi_databases.h"
+#include "quorda/multidb/multi_odbc_database.h"
+#include "quorda/multidb/odbc_multi_query.h"
 #include "quorda/rtl/application.h"
 #include "quorda/rtl/variant.h"
 
@@ -20,9 +24,14 @@ class TDataSet;
 extern TODBCDatabase* DataBase;
 // The screen cursor shown while a helper executes or opens a statement.
 extern TCursor ExecCursor;
+// The pool of shared connections the M helpers take their connections from. Not owned.
+extern TMultiDataBases* MultiDataBases;
 
 // A query without owner on DataBase, BlobBufferSize 250, MaxBlobBuffer 1000. The caller owns it.
 std::unique_ptr<TODBCQuery> CreateQuery();
+
+// As CreateQuery, but the editable query, BlobBufferSize 255, MaxBlobBuffer 1000.
+std::unique_ptr<TODBCExtQuery> CreateQueryExt();
 
 // ExecSQL under the wait cursor; the cursor is restored also when ExecSQL raises.
 void ExecQry(TODBCDataSet* Query);
@@ -45,6 +54,19 @@ std::int32_t ExecQueryLong(const std::string& SQL, const std::vector<Variant>& V
 std::unique_ptr<TODBCQuery> OpenQueryLong(const std::string& SQL, const std::vector<Variant>& Values);
 // As OpenQueryLong on a forward-only cursor.
 std::unique_ptr<TODBCQuery> OpenQueryLongUni(const std::string& SQL, const std::vector<Variant>& Values);
+
+// The same helpers over the shared connections. CreateMQuery2 binds the new query (BlobBufferSize
+// 255, MaxBlobBuffer 1000) to Connection under MultiDataBases' lock; CreateMQuery to the connection
+// MultiDataBases picks, under its lock, which is released also when picking or binding raises.
+std::unique_ptr<TODBCMultiQuery> CreateMQuery2(TMultiODBCDataBase* Connection);
+std::unique_ptr<TODBCMultiQuery> CreateMQuery();
+std::int32_t ExecuteMQuery(const std::string& SQL);
+std::unique_ptr<TODBCMultiQuery> OpenMQuery(const std::string& SQL);
+std::int32_t ExecMQueryLong(const std::string& SQL, const std::vector<Variant>& Values,
+                            const std::vector<std::int32_t>& ClearIndexes = {-1});
+std::unique_ptr<TODBCMultiQuery> OpenMQueryLong(const std::string& SQL, const std::vector<Variant>& Values);
+std::unique_ptr<TODBCMultiQuery> OpenMQueryLongUni(const std::string& SQL,
+                                                   const std::vector<Variant>& Values);
 
 // Moves to the next record after the current one in which some non-blob field starts with Text
 // (upper-cased on both sides unless CaseSensitive). Without a match the dataset returns to where it

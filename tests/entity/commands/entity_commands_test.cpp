@@ -1,0 +1,126 @@
+#include "entity_commands_support.h"
+#include "quorda/db/field.h"
+
+#include <functional>
+#include <optional>
+
+namespace quorda::entitytest {
+namespace {
+
+using quorda_test::Row;
+
+class EntityCommands : public CommandsTest {};
+
+TEST_P(EntityCommands, AddEditDeleteReachTheTableAndNotifyNamesakes) {
+    TNotesEntity Writer(T, "NOTES");
+    TNotesEntity Reader(T, "NOTES");
+    auto Unmark = [&] {
+        Writer.SetFlgReread(false);
+        Reader.SetFlgReread(false);
+    };
+
+    Unmark();
+    Writer.SetValues(1, 7, "first", "a long text");
+    EXPECT_EQ(Writer.Add().AsInteger(), 1);
+    EXPECT_EQ(Rows(), (std::vector<Row>{{"1", "7", "first", "a long text"}}));
+    EXPECT_TRUE(Reader.flgReread());
+
+    ASSERT_EQ(Writer.Lock(), lrOk);
+    ASSERT_TRUE(Writer.LockQuery()->Active());
+    EXPECT_EQ(Writer.LockQuery()->FieldByName("note")->AsString(), "first");
+
+    // Nothing differs from the locked row: nothing runs, nobody hears of it.
+    Unmark();
+    Raw.Exec("update " + T + " set customer = 8 where id = 1");
+    EXPECT_EQ(Writer.Edit().AsInteger(), 0);
+    EXPECT_FALSE(Reader.flgReread());
+    EXPECT_EQ(Rows()[0][1], "8");
+
+    // Only the changed column is written: the customer changed behind the entity's back stays.
+    Writer.SetFieldValue("note", "second");
+    EXPECT_EQ(Writer.Edit().AsInteger(), 1);
+    EXPECT_EQ(Rows(), (std::vector<Row>{{"1", "8", "second", "a long text"}}));
+    EXPECT_TRUE(Reader.flgReread());
+
+    Unmark();
+    EXPECT_EQ(Writer.Delete().AsInteger(), 1);
+    EXPECT_TRUE(Rows().empty());
+    EXPECT_TRUE(Reader.flgReread());
+    EXPECT_TRUE(Shown.empty());
+}
+
+TEST_P(EntityCommands, QuotedNamesBindByTheBareName) {
+    TNotesEntity Notes(T, "");
+    for (int I = 0; I < Notes.FieldCount(); ++I) {
+        Notes.GetFields(I)->SetFactQuote("\"");
+    }
+    Notes.SetValues(4, 1, "q", "m");
+    Notes.Add();
+    ASSERT_EQ(Notes.Lock(), lrOk);
+    Notes.SetFieldValue("customer", 2);
+    EXPECT_EQ(Notes.Edit().AsInteger(), 1);
+    EXPECT_EQ(Rows(), (std::vector<Row>{{"4", "2", "q", "m"}}));
+}
+
+// Each value source inserts a row of values (a 64-bit number among them) and a row of nulls and
+// empty strings. An empty string
+// is a null when it comes from an array or a field; a query's row hands over what it holds.
+TEST_P(EntityCommands, ValueSourcesBindValuesNullsAndEmptyStrings) {
+    const std::string Source = quorda_test::UniqueTableName("source");
+    Raw.Exec("create table " + Source + " (id integer, customer bigint, note varchar(20), memo text)");
+    struct Case {
+        const char* Name;
+        std::function<void(TNotesEntity&, const std::vector<Variant>&)> Add;
+        std::optional<std::string> EmptyNote;
+    };
+    const std::vector<Case> Cases{
+        {"cdtArray", [](TNotesEntity& E, const std::vector<Variant>& V) { E.AddForArray(cdtArray, V); },
+         std::nullopt},
+        {"cdtField",
+         [](TNotesEntity& E, const std::vector<Variant>& V) {
+             E.SetValues(V[0], V[1], V[2], V[3]);
+             E.AddForArray(cdtField, {});
+         },
+         std::nullopt},
+        {"cdtQry",
+         [&](TNotesEntity& E, const std::vector<Variant>& V) {
+             Raw.Exec("delete from " + Source);
+             Raw.Exec("insert into " + Source + " values (" + V[0].AsString() + ", " +
+                      (VarIsNull(V[1]) ? "null" : V[1].AsString()) + ", '" + V[2].AsString() + "', " +
+                      (VarIsNull(V[3]) ? "null" : "'" + V[3].AsString() + "'") + ")");
+             E.DataQuery()->SQL().SetText("select id, customer, note, memo from " + Source);
+             OpenQry(E.DataQuery());
+             E.AddForArray(cdtQry, {});
+             E.DataQuery()->Close();
+         },
+         ""},
+    };
+    for (const Case& C : Cases) {
+        SCOPED_TRACE(C.Name);
+        Raw.Exec("delete from " + T);
+        TNotesEntity Notes(T, "");
+        C.Add(Notes, {1, Variant(std::int64_t{5000000000}), "x", "long"});
+        C.Add(Notes, {2, Variant::Null(), "", Variant::Null()});
+        EXPECT_EQ(Rows(), (std::vector<Row>{{"1", "5000000000", "x", "long"},
+                                            {"2", std::nullopt, C.EmptyNote, std::nullopt}}));
+    }
+    Raw.Exec("drop table " + Source);
+}
+
+TEST_P(EntityCommands, FieldBindingNamesAParameterWithoutField) {
+    TNotesEntity Notes(T, "");
+    const auto Query = CreateQuery();
+    Query->SQL().SetText("select * from " + T + " where id = :id and customer = :nosuch");
+    try {
+        Notes.SetParam(*Query, cdtField, nullptr, {});
+        ADD_FAILURE() << "bound";
+    } catch (const EEntityException& E) {
+        EXPECT_STREQ(E.what(), "Field nosuch not found");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, EntityCommands, ::testing::Values("sqlite", "pgsql"),
+                         quorda_test::ProfileTestName);
+
+} // namespace
+} // namespace quorda::entitytest

@@ -1,0 +1,84 @@
+#include "entity_commands_support.h"
+
+namespace quorda::entitytest {
+namespace {
+
+using quorda_test::Row;
+
+// Real procedures and functions: executed ones are called with CALL, opened ones selected from.
+class EntityProcedures : public CommandsTest {
+protected:
+    void SetUp() override {
+        CommandsTest::SetUp();
+        FSavedExecuteProc = strExecuteProc;
+        // Each procedure takes its arguments in the order of the entity's fields.
+        Raw.Exec("create procedure " + T +
+                 "_add(p_id integer, p_customer integer, p_note varchar, p_memo text) "
+                 "language sql as $$ insert into " +
+                 T + " values (p_id, p_customer, p_note, p_memo) $$");
+        Raw.Exec("create function " + T +
+                 "_drop(p_customer integer, p_note varchar, p_memo text) returns integer "
+                 "language sql as $$ with gone as (delete from " +
+                 T + " where customer = p_customer returning 1) select count(*)::integer from gone $$");
+        Raw.Exec("create procedure " + T + "_close() language sql as $$ insert into " + T +
+                 " values (99, null, 'closed', null) $$");
+    }
+    void TearDown() override {
+        strExecuteProc = FSavedExecuteProc;
+        Raw.Exec("drop procedure " + T + "_add");
+        Raw.Exec("drop function " + T + "_drop");
+        Raw.Exec("drop procedure " + T + "_close");
+        CommandsTest::TearDown();
+    }
+
+private:
+    std::string FSavedExecuteProc;
+};
+
+TEST_P(EntityProcedures, ExecutedAndOpenedProceduresTakeTheirArgumentsInFieldOrder) {
+    {
+        TNotesEntity Notes(T, "NOTES");
+        TNotesEntity Other(T, "NOTES");
+        Other.SetFlgReread(false);
+        strExecuteProc = "CALL";
+        Notes.SetSP(fetInsert, T + "_add");
+        Notes.SetValues(1, 5, "by call", "text");
+        EXPECT_EQ(Notes.Add().AsInteger(), -1);
+        Notes.AddForArray(cdtArray, {2, 5, "by array", Variant::Null()});
+        EXPECT_EQ(Rows(),
+                  (std::vector<Row>{{"1", "5", "by call", "text"}, {"2", "5", "by array", std::nullopt}}));
+        EXPECT_TRUE(Other.flgReread());
+
+        strExecuteProc = "SELECT * FROM";
+        Notes.SetSP(fetDelete, T + "_drop");
+        Notes.SetSPOpen(fetDelete, true);
+        EXPECT_EQ(Notes.Delete().AsInteger(), 2);
+        EXPECT_TRUE(Rows().empty());
+
+        // The close procedure runs when the last entity of the name goes.
+        strExecuteProc = "CALL";
+        Notes.SetSP(fetClose, T + "_close");
+        Other.SetSP(fetClose, T + "_close");
+    }
+    EXPECT_EQ(Rows(), (std::vector<Row>{{"99", std::nullopt, "closed", std::nullopt}}));
+    EXPECT_TRUE(Shown.empty());
+}
+
+TEST_P(EntityProcedures, ABlankProcedureNameIsRefused) {
+    TNotesEntity Notes(T, "");
+    Notes.SetSP(fetUpdate, "  ");
+    try {
+        Notes.CreateSProcedure(fetUpdate);
+        ADD_FAILURE() << "created";
+    } catch (const EEntityException& E) {
+        EXPECT_STREQ(E.what(), "Can not create empty procedure");
+    }
+    // A blank name is no procedure: the command runs its generated statement.
+    Notes.SetValues(3, 1, "x", "y");
+    EXPECT_EQ(Notes.Add().AsInteger(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, EntityProcedures, ::testing::Values("pgsql"), quorda_test::ProfileTestName);
+
+} // namespace
+} // namespace quorda::entitytest
