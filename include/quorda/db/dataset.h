@@ -214,6 +214,9 @@ protected:
     TDataSetState SetTempState(TDataSetState Value);
     void RestoreState(TDataSetState Value);
     void SetModified(bool Value) { FModified = Value; }
+    // Asks OnFilterRecord about the record the fields read in the dsFilter state, restoring the
+    // state also when the handler raises; true (accepted) without a handler.
+    bool FilterRecord();
     void SetUniDirectional(bool Value) { FIsUniDirectional = Value; }
     void SetDefaultFields(bool Value) { FDefaultFields = Value; }
 
