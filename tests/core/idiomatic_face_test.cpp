@@ -1,8 +1,11 @@
 // The idiomatic face on real drivers: range-for over the rows of every cursor kind, the transaction
-// guard seen from a second connection, parameter lookups through string views.
+// guard seen from a second connection (and its failing rollback on the fault driver), parameter
+// lookups through string views.
 
 #include "odbc_cursor_fixture.h"
+#include "quorda/core/odbc_connect.h"
 #include "quorda/core/odbc_transaction.h"
+#include "quorda/rtl/application.h"
 
 #include <string_view>
 
@@ -61,6 +64,19 @@ TEST_P(Face, TransactionGuardRollsBackUnlessCommitted) {
     }
     EXPECT_FALSE(Db.InTransaction());
     EXPECT_EQ(Raw->QueryStrings("select id from " + table), (std::vector<quorda_test::Row>{{"2"}}));
+}
+
+TEST(FaceFault, ARollbackFailingInTheGuardsDestructorGoesToTheApplication) {
+    quorda_test::FaultDriver fault("fail:SQLTransact@1|diag:SQLTransact:08S01/0/link lost");
+    auto db = ODBCConnect(fault.ConnectionString());
+    std::vector<std::string> shown;
+    const TExceptionHandler previous =
+        Application::SetExceptionHandler([&](const std::exception& e) { shown.push_back(e.what()); });
+    { TODBCTransaction transaction(*db); }
+    Application::SetExceptionHandler(previous);
+    ASSERT_EQ(shown.size(), 1u);
+    EXPECT_NE(shown[0].find("link lost"), std::string::npos) << shown[0];
+    EXPECT_TRUE(db->InTransaction()) << "still open, for Close to roll back";
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, Face, ::testing::ValuesIn(quorda_test::AllProfiles()),
