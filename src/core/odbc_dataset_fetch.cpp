@@ -24,19 +24,9 @@ namespace quorda {
 namespace cursor_detail {
 
 std::int32_t TimeStampDate(int Year, int Month, int Day) {
-    // Every month has 28 days: only a later day needs the month's length looked up.
-    if (Year < 1 || Year > 9999 || Month < 1 || Month > 12 || Day < 1 ||
-        (Day > 28 && Day > DaysInAMonth(Year, Month))) {
-        // Raises the encode error exactly as encoding the date does.
-        EncodeDate(Year, Month, Day);
-    }
-    static constexpr int kDaysBeforeMonth[12] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
-    const int years = Year - 1;
-    int days = years * 365 + years / 4 - years / 100 + years / 400 + kDaysBeforeMonth[Month - 1] + Day;
-    if (Month > 2 && IsLeapYear(Year)) {
-        ++days;
-    }
-    return days;
+    // The rtl's calendar: encoding validates the date (raising its encode error for one that does not
+    // exist) and counts the days, exactly, in a double.
+    return static_cast<std::int32_t>(EncodeDate(Year, Month, Day)) + DateDelta;
 }
 
 std::int32_t TimeStampTime(int Hour, int Minute, int Second, int MSec) {
@@ -393,19 +383,8 @@ bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
 }
 
 bool TODBCDataSet::DoFilter(TRecordBuffer Buffer) {
-    const TDataSetState saved = SetTempState(dsFilter);
     FFilterBuffer = Buffer;
-    bool accept = true;
-    try {
-        if (OnFilterRecord) {
-            OnFilterRecord(this, accept);
-        }
-    } catch (...) {
-        RestoreState(saved);
-        throw;
-    }
-    RestoreState(saved);
-    return accept;
+    return FilterRecord();
 }
 
 } // namespace quorda

@@ -63,11 +63,11 @@ int TODBCDataSet::GetParamsCount() const {
     return FParams->Count();
 }
 
-TODBCParam* TODBCDataSet::ParamByName(const std::string& Name) const {
+TODBCParam* TODBCDataSet::ParamByName(std::string_view Name) const {
     return FParams->ParamByName(Name);
 }
 
-TODBCParam* TODBCDataSet::FindParam(const std::string& Name) const {
+TODBCParam* TODBCDataSet::FindParam(std::string_view Name) const {
     return FParams->FindParam(Name);
 }
 

@@ -204,20 +204,13 @@ void TODBCParam::SetAsString(const std::string& Value) {
 
 void TODBCParam::SetAsVariant(const Variant& Value) {
     InitValue();
-    switch (Value.VarType()) {
+    switch (VarTypeIsInteger(Value.VarType()) ? varInteger : Value.VarType()) {
     case varEmpty:
     case varNull:
         // The type is kept; the value becomes what Clear leaves, so the native layouts still apply.
         Clear();
         return;
-    case varSmallint:
     case varInteger:
-    case varShortInt:
-    case varByte:
-    case varWord:
-    case varLongWord:
-    case varInt64:
-    case varQWord:
         SetDataType(ftInteger);
         break;
     case varSingle:

@@ -108,7 +108,7 @@ bool TODBCParams::IsEqual(const TODBCParams* Value) const {
     return true;
 }
 
-TODBCParam* TODBCParams::FindParam(const std::string& Value) const {
+TODBCParam* TODBCParams::FindParam(std::string_view Value) const {
     for (TODBCParam* item : FItems) {
         if (SameText(item->Name(), Value)) {
             return item;
@@ -117,10 +117,10 @@ TODBCParam* TODBCParams::FindParam(const std::string& Value) const {
     return nullptr;
 }
 
-TODBCParam* TODBCParams::ParamByName(const std::string& Value) const {
+TODBCParam* TODBCParams::ParamByName(std::string_view Value) const {
     TODBCParam* result = FindParam(Value);
     if (!result) {
-        DatabaseErrorFmt(LoadStr(SODBCParameterNotFound), Value);
+        DatabaseErrorFmt(LoadStr(SODBCParameterNotFound), std::string(Value));
     }
     return result;
 }

@@ -2,6 +2,7 @@
 
 #include "quorda/db/dataset.h"
 
+#include "dataset_p.h"
 #include "quorda/db/data_link.h"
 #include "quorda/db/data_source.h"
 #include "quorda/db/db_consts.h"
@@ -199,6 +200,16 @@ TDataSetState TDataSet::SetTempState(TDataSetState Value) {
 void TDataSet::RestoreState(TDataSetState Value) {
     FState = Value;
     --FDisableControlsCount;
+}
+
+bool TDataSet::FilterRecord() {
+    if (!OnFilterRecord) {
+        return true;
+    }
+    const TDataSetState saved = SetTempState(dsFilter);
+    bool accept = true;
+    detail::TryFinally([&] { OnFilterRecord(this, accept); }, [&] { RestoreState(saved); });
+    return accept;
 }
 
 void TDataSet::CheckActive() {

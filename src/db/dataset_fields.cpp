@@ -42,11 +42,11 @@ bool IsDateTimeType(TFieldType Type) {
 
 // ---- lookup by name
 
-TField* TDataSet::FieldByName(const std::string& FieldName) const {
+TField* TDataSet::FieldByName(std::string_view FieldName) const {
     return FFields->FieldByName(FieldName);
 }
 
-TField* TDataSet::FindField(const std::string& FieldName) const {
+TField* TDataSet::FindField(std::string_view FieldName) const {
     return FFields->FindField(FieldName);
 }
 

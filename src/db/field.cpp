@@ -374,6 +374,10 @@ EDatabaseError TField::AccessError(const std::string& TypeName) const {
     return EDatabaseError(FormatMessage(SInvalidTypeConversion, TypeName, FFieldName));
 }
 
+void TField::NullValueError() const {
+    DatabaseErrorFmt(SFieldIsNull, FFieldName);
+}
+
 void TField::CheckInactive() const {
     if (FDataSet) {
         FDataSet->CheckInactive();

@@ -1,3 +1,4 @@
+#include "field_bytes_p.h"
 #include "quorda/db/binary_fields.h"
 #include "quorda/db/db_consts.h"
 
@@ -76,16 +77,20 @@ void TBinaryField::DoSetAsString(const std::string& Value) {
     DoSetAsBytes(TBytes(Value.begin(), Value.end()));
 }
 
-void TBinaryField::SetVarValue(const Variant& Value) {
-    if (!VarIsArray(Value)) {
-        DoSetAsString(Value.AsString());
-        return;
-    }
+TBytes VarArrayToBytes(const Variant& Value) {
     TBytes bytes;
     for (int i = VarArrayLowBound(Value); i <= VarArrayHighBound(Value); ++i) {
         bytes.push_back(static_cast<std::uint8_t>(Value[i].AsInteger()));
     }
-    DoSetAsBytes(bytes);
+    return bytes;
+}
+
+void TBinaryField::SetVarValue(const Variant& Value) {
+    if (VarIsArray(Value)) {
+        DoSetAsBytes(VarArrayToBytes(Value));
+    } else {
+        DoSetAsString(Value.AsString());
+    }
 }
 
 TBytesField::TBytesField(TComponent* AOwner) : TBinaryField(AOwner) {

@@ -1,3 +1,4 @@
+#include "field_bytes_p.h"
 #include "quorda/db/blob_field.h"
 #include "quorda/db/dataset.h"
 #include "quorda/db/db_consts.h"
@@ -92,15 +93,11 @@ void TBlobField::DoSetAsBytes(const TBytes& Value) {
 }
 
 void TBlobField::SetVarValue(const Variant& Value) {
-    if (!VarIsArray(Value)) {
+    if (VarIsArray(Value)) {
+        DoSetAsBytes(VarArrayToBytes(Value));
+    } else {
         DoSetAsString(Value.AsString());
-        return;
     }
-    TBytes bytes;
-    for (int i = VarArrayLowBound(Value); i <= VarArrayHighBound(Value); ++i) {
-        bytes.push_back(static_cast<std::uint8_t>(Value[i].AsInteger()));
-    }
-    DoSetAsBytes(bytes);
 }
 
 void TBlobField::Clear() {

@@ -134,7 +134,7 @@ void TFieldDefs::Clear() {
     FItems.clear();
 }
 
-int TFieldDefs::IndexOf(const std::string& Name) const {
+int TFieldDefs::IndexOf(std::string_view Name) const {
     for (std::size_t i = 0; i < FItems.size(); ++i) {
         if (SameText(FItems[i]->Name(), Name)) {
             return static_cast<int>(i);
@@ -143,10 +143,10 @@ int TFieldDefs::IndexOf(const std::string& Name) const {
     return -1;
 }
 
-TFieldDef* TFieldDefs::Find(const std::string& Name) const {
+TFieldDef* TFieldDefs::Find(std::string_view Name) const {
     int index = IndexOf(Name);
     if (index < 0) {
-        DatabaseErrorFmt(SFieldNotFound, Name);
+        DatabaseErrorFmt(SFieldNotFound, std::string(Name));
     }
     return FItems[static_cast<std::size_t>(index)].get();
 }

@@ -60,7 +60,7 @@ int TFields::IndexOf(const TField* Field) const {
     return it == FList.end() ? -1 : static_cast<int>(it - FList.begin());
 }
 
-TField* TFields::FindField(const std::string& FieldName) const {
+TField* TFields::FindField(std::string_view FieldName) const {
     for (TField* field : FList) {
         if (SameText(field->FieldName(), FieldName)) {
             return field;
@@ -69,10 +69,10 @@ TField* TFields::FindField(const std::string& FieldName) const {
     return nullptr;
 }
 
-TField* TFields::FieldByName(const std::string& FieldName) const {
+TField* TFields::FieldByName(std::string_view FieldName) const {
     TField* field = FindField(FieldName);
     if (!field) {
-        DatabaseErrorFmt(SFieldNotFound, FieldName);
+        DatabaseErrorFmt(SFieldNotFound, std::string(FieldName));
     }
     return field;
 }

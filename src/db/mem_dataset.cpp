@@ -228,16 +228,7 @@ bool TMemDataSet::RecordAccepted(int Index) {
     FillBuffer(FFilterBuffer, FRows[static_cast<std::size_t>(Index)]);
     ClearCalcFields(FFilterBuffer);
     GetCalcFields(FFilterBuffer);
-    TDataSetState saved = SetTempState(dsFilter);
-    bool accept = true;
-    try {
-        OnFilterRecord(this, accept);
-    } catch (...) {
-        RestoreState(saved);
-        throw;
-    }
-    RestoreState(saved);
-    return accept;
+    return FilterRecord();
 }
 
 // ---- blob store: values are held apart from the rows and referenced by handle (0: null)

@@ -3,33 +3,32 @@
 #include "datetime_p.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <ctime>
 
 namespace quorda {
 namespace detail {
 
+namespace {
+
+// The day number of 1970-01-01, where std::chrono::sys_days counts from.
+constexpr std::int64_t kSysDaysEpoch = 719163;
+
+} // namespace
+
 std::int32_t DayNumber(int year, int month, int day) {
-    // March-based year so that the leap day ends the year.
-    const int y = month <= 2 ? year - 1 : year;
-    const int era = (y >= 0 ? y : y - 399) / 400;
-    const int yearOfEra = y - era * 400;
-    const int dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-    const int dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    // era * 146097 + dayOfEra counts from 0000-03-01; 0001-01-01 is day 306 of that count.
-    return std::int32_t(era * 146097 + dayOfEra - 305);
+    const std::chrono::sys_days date{std::chrono::year(year) / static_cast<unsigned>(month) /
+                                     static_cast<unsigned>(day)};
+    return static_cast<std::int32_t>(date.time_since_epoch().count() + kSysDaysEpoch);
 }
 
 void CivilFromDayNumber(std::int32_t dayNumber, int& year, int& month, int& day) {
-    const std::int64_t z = std::int64_t(dayNumber) + 305; // days since 0000-03-01
-    const std::int64_t era = (z >= 0 ? z : z - 146096) / 146097;
-    const int dayOfEra = int(z - era * 146097);
-    const int yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-    const int dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-    const int mp = (5 * dayOfYear + 2) / 153;
-    day = dayOfYear - (153 * mp + 2) / 5 + 1;
-    month = mp < 10 ? mp + 3 : mp - 9;
-    year = int(yearOfEra + era * 400) + (month <= 2 ? 1 : 0);
+    const std::chrono::year_month_day date{
+        std::chrono::sys_days{std::chrono::days{dayNumber - kSysDaysEpoch}}};
+    year = static_cast<int>(date.year());
+    month = static_cast<int>(static_cast<unsigned>(date.month()));
+    day = static_cast<int>(static_cast<unsigned>(date.day()));
 }
 
 LocalClock ReadLocalClock() {
@@ -46,23 +45,21 @@ LocalClock ReadLocalClock() {
 
 namespace {
 
-constexpr int kMonthDays[2][12] = {{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31},
-                                   {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31}};
-
 // Beyond this many days from 1899-12-30 a value has no time stamp (and no calendar date).
 constexpr double kDayLimit = 1.0e8;
 
 } // namespace
 
 bool IsLeapYear(int year) {
-    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+    return std::chrono::year(year).is_leap();
 }
 
 int DaysInAMonth(int year, int month) {
     if (month < 1 || month > 12) {
         return 0;
     }
-    return kMonthDays[IsLeapYear(year) ? 1 : 0][month - 1];
+    const auto last = std::chrono::year(year) / static_cast<unsigned>(month) / std::chrono::last;
+    return static_cast<int>(static_cast<unsigned>(last.day()));
 }
 
 bool TryEncodeDate(int year, int month, int day, TDateTime& result) {

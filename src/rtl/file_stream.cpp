@@ -14,6 +14,24 @@ std::string OsError(int error) {
     return std::strerror(error);
 }
 
+// Repeats Call (read or write of Size bytes after the Done already moved) until Count bytes moved,
+// the end of the file or an error; a call interrupted by a signal is simply repeated.
+template <typename IoCall>
+std::int64_t Transfer(std::int64_t Count, IoCall Call) {
+    std::int64_t done = 0;
+    while (done < Count) {
+        const ssize_t n = Call(done, static_cast<std::size_t>(Count - done));
+        if (n < 0 && errno == EINTR) {
+            continue;
+        }
+        if (n <= 0) {
+            break;
+        }
+        done += n;
+    }
+    return done;
+}
+
 } // namespace
 
 TFileStream::TFileStream(const std::string& FileName, std::uint16_t Mode) : FFileName(FileName) {
@@ -54,35 +72,15 @@ TFileStream::~TFileStream() {
 }
 
 std::int64_t TFileStream::Read(void* Buffer, std::int64_t Count) {
-    std::int64_t done = 0;
-    while (done < Count) {
-        const ssize_t n =
-            ::read(FHandle, static_cast<char*>(Buffer) + done, static_cast<size_t>(Count - done));
-        if (n < 0 && errno == EINTR) {
-            continue;
-        }
-        if (n <= 0) {
-            break;
-        }
-        done += n;
-    }
-    return done;
+    return Transfer(Count, [&](std::int64_t Done, std::size_t Size) {
+        return ::read(FHandle, static_cast<char*>(Buffer) + Done, Size);
+    });
 }
 
 std::int64_t TFileStream::Write(const void* Buffer, std::int64_t Count) {
-    std::int64_t done = 0;
-    while (done < Count) {
-        const ssize_t n =
-            ::write(FHandle, static_cast<const char*>(Buffer) + done, static_cast<size_t>(Count - done));
-        if (n < 0 && errno == EINTR) {
-            continue;
-        }
-        if (n <= 0) {
-            break;
-        }
-        done += n;
-    }
-    return done;
+    return Transfer(Count, [&](std::int64_t Done, std::size_t Size) {
+        return ::write(FHandle, static_cast<const char*>(Buffer) + Done, Size);
+    });
 }
 
 std::int64_t TFileStream::Seek(std::int64_t Offset, TSeekOrigin Origin) {

@@ -145,15 +145,21 @@ void TStringList::Move(int CurIndex, int NewIndex) {
     Changed();
 }
 
-int TStringList::IndexOf(const std::string& S) const {
+int TStringList::IndexOf(std::string_view S) const {
     if (!FSorted) {
-        return TStrings::IndexOf(S);
+        // The items directly: TStrings::IndexOf would copy every line through Get.
+        for (int i = 0; i < Count(); ++i) {
+            if (CompareStrings(Item(i).FString, S) == 0) {
+                return i;
+            }
+        }
+        return -1;
     }
     int index = 0;
     return Find(S, index) ? index : -1;
 }
 
-bool TStringList::Find(const std::string& S, int& Index) const {
+bool TStringList::Find(std::string_view S, int& Index) const {
     // Lower bound: with duplicates the first equal item is found.
     int low = 0;
     int high = Count();

@@ -42,7 +42,7 @@ void TStrings::Error(const char* Msg, int Data) const {
     throw EStringListError(FormatMessage(Msg, Data));
 }
 
-int TStrings::CompareStrings(const std::string& S1, const std::string& S2) const {
+int TStrings::CompareStrings(std::string_view S1, std::string_view S2) const {
     return FCaseSensitive ? CompareStr(S1, S2) : CompareText(S1, S2);
 }
 
@@ -101,7 +101,7 @@ void TStrings::AddStrings(const TStrings& Source) {
     }
 }
 
-int TStrings::IndexOf(const std::string& S) const {
+int TStrings::IndexOf(std::string_view S) const {
     const int count = Count();
     for (int i = 0; i < count; ++i) {
         if (CompareStrings(Get(i), S) == 0) {
@@ -111,12 +111,13 @@ int TStrings::IndexOf(const std::string& S) const {
     return -1;
 }
 
-int TStrings::IndexOfName(const std::string& Name) const {
+int TStrings::IndexOfName(std::string_view Name) const {
     const int count = Count();
     for (int i = 0; i < count; ++i) {
         const std::string line = Get(i);
         const auto separator = line.find(FNameValueSeparator);
-        if (separator != std::string::npos && CompareStrings(line.substr(0, separator), Name) == 0) {
+        if (separator != std::string::npos &&
+            CompareStrings(std::string_view(line).substr(0, separator), Name) == 0) {
             return i;
         }
     }
@@ -139,7 +140,7 @@ std::string TStrings::Names(int Index) const {
     return separator == std::string::npos ? std::string() : line.substr(0, separator);
 }
 
-std::string TStrings::Values(const std::string& Name) const {
+std::string TStrings::Values(std::string_view Name) const {
     const int index = IndexOfName(Name);
     return index < 0 ? std::string() : ValueFromIndex(index);
 }

@@ -168,11 +168,10 @@ bool VarIsStr(const Variant& value) noexcept {
     return type == varString || type == varOleStr;
 }
 
-bool VarIsOrdinal(const Variant& value) noexcept {
-    switch (value.VarType() & varTypeMask) {
+bool VarTypeIsInteger(TVarType type) noexcept {
+    switch (type) {
     case varSmallint:
     case varInteger:
-    case varBoolean:
     case varShortInt:
     case varByte:
     case varWord:
@@ -183,6 +182,11 @@ bool VarIsOrdinal(const Variant& value) noexcept {
     default:
         return false;
     }
+}
+
+bool VarIsOrdinal(const Variant& value) noexcept {
+    const auto type = static_cast<TVarType>(value.VarType() & varTypeMask);
+    return type == varBoolean || VarTypeIsInteger(type);
 }
 
 bool VarIsFloat(const Variant& value) noexcept {

@@ -12,6 +12,9 @@ Kind KindOf(const Variant& value) {
     if (value.IsArray()) {
         return Kind::Array;
     }
+    if (VarTypeIsInteger(value.VarType())) {
+        return Kind::Integer;
+    }
     switch (value.VarType()) {
     case varEmpty:
         return Kind::Empty;
@@ -19,15 +22,6 @@ Kind KindOf(const Variant& value) {
         return Kind::Null;
     case varBoolean:
         return Kind::Boolean;
-    case varSmallint:
-    case varInteger:
-    case varShortInt:
-    case varByte:
-    case varWord:
-    case varLongWord:
-    case varInt64:
-    case varQWord:
-        return Kind::Integer;
     case varSingle:
     case varDouble:
         return Kind::Float;

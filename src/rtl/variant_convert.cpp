@@ -35,20 +35,9 @@ std::int64_t RoundCurrencyHalfEven(Currency value) {
     return whole;
 }
 
+// Booleans and every whole-number type but the unsigned 64-bit varQWord read as signed.
 bool IsSignedStorage(TVarType type) {
-    switch (type) {
-    case varSmallint:
-    case varInteger:
-    case varBoolean:
-    case varShortInt:
-    case varByte:
-    case varWord:
-    case varLongWord:
-    case varInt64:
-        return true;
-    default:
-        return false;
-    }
+    return type == varBoolean || (VarTypeIsInteger(type) && type != varQWord);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quorda {
@@ -42,6 +43,15 @@ TEST(StringUtils, CaseMappingUnicodeAndAsciiOnly) {
     EXPECT_EQ(AnsiUpperCase("a\xFF\xC3z"), "A\xFF\xC3Z"); // invalid bytes pass through
     EXPECT_EQ(UnicodeToUpper(U'ÿ'), U'Ÿ');
     EXPECT_EQ(UnicodeToLower(U'Ω'), U'ω');
+    // Greek with ypogegrammeni upper-cases to the prosgegrammeni form (simple mapping), which the
+    // hand-written table once missed: the first and last of a run and the three loners.
+    for (auto [lower, upper] :
+         {std::pair{U'\u1F80', U'\u1F88'}, std::pair{U'\u1FA7', U'\u1FAF'}, std::pair{U'\u1FB3', U'\u1FBC'},
+          std::pair{U'\u1FC3', U'\u1FCC'}, std::pair{U'\u1FF3', U'\u1FFC'}}) {
+        EXPECT_EQ(UnicodeToUpper(lower), upper);
+        EXPECT_EQ(UnicodeToLower(upper), lower);
+    }
+    EXPECT_TRUE(SameText("\u1F80", "\u1F88"));
 }
 
 TEST(StringUtils, TrimRemovesControlCharactersAndBlanks) {

@@ -8,13 +8,21 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quorda {
 namespace {
 
+// Through range-for, so that every test reading lines walks the range as well.
 std::vector<std::string> Lines(const TStrings& List) {
-    return List.ToVector();
+    std::vector<std::string> lines;
+    for (const std::string& line : List) {
+        lines.push_back(line);
+    }
+    EXPECT_EQ(lines, List.ToVector());
+    return lines;
 }
 
 using testing_support::MessageOf;
@@ -77,6 +85,7 @@ TEST(StringList, IndexOfIgnoresCaseUnlessCaseSensitive) {
     EXPECT_EQ(list.IndexOf("БЕТА"), 1);
     EXPECT_EQ(list.IndexOf("été"), 2);
     EXPECT_EQ(list.IndexOf("gamma"), -1);
+    EXPECT_EQ(list.IndexOf(std::string_view("ÉTÉS").substr(0, 5)), 2) << "a view ends at its length";
 
     list.SetCaseSensitive(true);
     EXPECT_EQ(list.IndexOf("ALPHA"), -1);
@@ -91,6 +100,7 @@ TEST(StringList, IndexOfIgnoresCaseUnlessCaseSensitive) {
     EXPECT_EQ(Lines(sorted), (std::vector<std::string>{"A", "B", "a", "b"}));
     EXPECT_EQ(sorted.IndexOf("a"), 2);
     EXPECT_EQ(sorted.IndexOf("c"), -1);
+    EXPECT_EQ(sorted.IndexOf(std::string_view("Ab").substr(0, 1)), 0);
 }
 
 TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLine) {
@@ -205,6 +215,13 @@ TEST(StringList, NameValueLines) {
     EXPECT_EQ(list.ValueFromIndex(2), "");
     EXPECT_EQ(list.IndexOfName("EMPTY"), 3);
     EXPECT_EQ(list.Values("missing"), "");
+    EXPECT_EQ(list.Values(std::string_view("PORTS").substr(0, 4)), "5432");
+    std::vector<std::pair<std::string, std::string>> pairs;
+    for (const auto& [name, value] : list.NameValues()) {
+        pairs.emplace_back(name, value);
+    }
+    EXPECT_EQ(pairs, (std::vector<std::pair<std::string, std::string>>{
+                         {"Host", "db1"}, {"Port", "5432"}, {"", ""}, {"Empty", ""}}));
 
     list.SetValues("PORT", "6000");
     EXPECT_EQ(list[1], "PORT=6000");

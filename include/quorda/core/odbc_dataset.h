@@ -48,8 +48,8 @@ public:
     TODBCParams& Params() { return *FParams; }
     const TODBCParams& Params() const { return *FParams; }
     int GetParamsCount() const;
-    TODBCParam* ParamByName(const std::string& Name) const;
-    TODBCParam* FindParam(const std::string& Name) const;
+    TODBCParam* ParamByName(std::string_view Name) const;
+    TODBCParam* FindParam(std::string_view Name) const;
 
     bool Prepared() const { return FPrepared; }
     void Prepare() { SetPrepared(true); }

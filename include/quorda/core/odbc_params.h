@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorda {
@@ -183,9 +184,9 @@ public:
     void Clear();
 
     // The first parameter whose name equals Value ignoring case; null when there is none.
-    TODBCParam* FindParam(const std::string& Value) const;
+    TODBCParam* FindParam(std::string_view Value) const;
     // As FindParam; raises SODBCParameterNotFound when there is none.
-    TODBCParam* ParamByName(const std::string& Value) const;
+    TODBCParam* ParamByName(std::string_view Value) const;
     // Appends ParamByName of every name of the ';'-separated list.
     void GetParamList(std::vector<TODBCParam*>& List, const std::string& ParamNames) const;
     // With a ';' in ParamName, a variant array (low bound 0) of the listed values; otherwise the

@@ -14,11 +14,13 @@
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorda {
 
 class TDataLink;
+class TDataSetRows;
 class TDataSource;
 class TStrings;
 
@@ -83,8 +85,8 @@ public:
     const TFields& Fields() const { return *FFields; }
     int FieldCount() const { return FFields->Count(); }
     // Raises "Field not found" when absent.
-    TField* FieldByName(const std::string& FieldName) const;
-    TField* FindField(const std::string& FieldName) const;
+    TField* FieldByName(std::string_view FieldName) const;
+    TField* FindField(std::string_view FieldName) const;
     TField* FieldByNumber(int FieldNo) const;
     // Appends the fields of a ';'-separated list of names; an unknown name raises "Field not found".
     void GetFieldList(std::vector<TField*>& List, const std::string& FieldNames) const;
@@ -100,6 +102,8 @@ public:
     void Prior() { MoveBy(-1); }
     // Moves up to Distance records (negative: backwards); returns the distance actually moved.
     int MoveBy(int Distance);
+    // The records for range-for (dataset_rows.h): opens or goes to First, Next per step, ends at Eof.
+    TDataSetRows Rows();
     // Re-reads the data source and shows the current record again.
     void Refresh();
     // Refills the ring around the cursor's current record: rmExact raises when that record is gone,
@@ -210,6 +214,9 @@ protected:
     TDataSetState SetTempState(TDataSetState Value);
     void RestoreState(TDataSetState Value);
     void SetModified(bool Value) { FModified = Value; }
+    // Asks OnFilterRecord about the record the fields read in the dsFilter state, restoring the
+    // state also when the handler raises; true (accepted) without a handler.
+    bool FilterRecord();
     void SetUniDirectional(bool Value) { FIsUniDirectional = Value; }
     void SetDefaultFields(bool Value) { FDefaultFields = Value; }
 
@@ -374,3 +381,5 @@ private:
 };
 
 } // namespace quorda
+
+#include "quorda/db/dataset_rows.h"

@@ -28,6 +28,7 @@ inline constexpr char SInvalidFieldSize[] = "Invalid field size : %d";
 inline constexpr char SInvalidFieldKind[] = "%s : invalid field kind : ";
 inline constexpr char SReadOnlyField[] = "Field %s cannot be modified, it is read-only.";
 
+inline constexpr char SFieldIsNull[] = "Field %s is null";
 inline constexpr char SInvalidTypeConversion[] = "Invalid type conversion to %s in field %s";
 inline constexpr char SFieldValueError[] = "Invalid value for field '%s'";
 inline constexpr char SFieldError[] = "Field \"%s\" error: ";

@@ -104,6 +104,12 @@ public:
     void SetAsBytes(const TBytes& Value) { DoSetAsBytes(Value); }
     // Null for a null value.
     Variant AsVariant() const { return GetAsVariant(); }
+    // The value as T: As<std::string>(), As<std::int32_t>(), As<std::int64_t>(), As<double>() (also
+    // TDateTime), As<bool>(), As<Currency>(), As<TBytes>() convert as the As... accessors do but
+    // raise EDatabaseError for NULL; As<std::optional<T>>() gives std::nullopt for NULL. The readers
+    // are the specialisations of TFieldAs (field_as.h).
+    template <typename T>
+    T As() const;
     // Null or empty clears the field; a value the field cannot take raises EDatabaseError.
     void SetAsVariant(const Variant& Value) { DoSetAsVariant(Value); }
     Variant Value() const { return GetAsVariant(); }
@@ -184,6 +190,8 @@ protected:
     void CheckInactive() const;
     // Tells the dataset that a display property changed (layout or data).
     void PropertyChanged(bool LayoutAffected);
+    // "Field <FieldName> is null": a NULL read by As<T> with a T that cannot hold it.
+    [[noreturn]] void NullValueError() const;
 
 private:
     friend class TDataSet;
@@ -222,3 +230,5 @@ TDateTimeRec DateTimeToDateTimeRec(TFieldType DataType, TDateTime Value);
 TDateTime DateTimeRecToDateTime(TFieldType DataType, const TDateTimeRec& Value);
 
 } // namespace quorda
+
+#include "quorda/db/field_as.h"

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorda {
@@ -89,9 +90,9 @@ public:
     void Clear();
 
     // -1 when absent.
-    int IndexOf(const std::string& Name) const;
+    int IndexOf(std::string_view Name) const;
     // Raises "Field not found" when absent.
-    TFieldDef* Find(const std::string& Name) const;
+    TFieldDef* Find(std::string_view Name) const;
     // Name, or Name_1, Name_2, ... whichever is not yet used.
     std::string MakeNameUnique(const std::string& Name) const;
 

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorda {
@@ -34,9 +35,9 @@ public:
     void Clear();
     int IndexOf(const TField* Field) const;
 
-    TField* FindField(const std::string& FieldName) const;
+    TField* FindField(std::string_view FieldName) const;
     // Raises "Field not found" when absent.
-    TField* FieldByName(const std::string& FieldName) const;
+    TField* FieldByName(std::string_view FieldName) const;
     TField* FieldByNumber(int FieldNo) const;
     // Raises "Duplicate fieldname" when the name is taken.
     void CheckFieldName(const std::string& FieldName) const;

@@ -5,11 +5,14 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorda {
 
 class TStream;
+class TStringsIterator;
+class TStringsNameValues;
 
 class EStringListError : public Exception {
 public:
@@ -56,13 +59,13 @@ public:
     void AddStrings(const TStrings& Source);
 
     // Searches with CompareStrings (case-insensitive unless CaseSensitive); -1 when absent.
-    virtual int IndexOf(const std::string& S) const;
-    int IndexOfName(const std::string& Name) const;
+    virtual int IndexOf(std::string_view S) const;
+    int IndexOfName(std::string_view Name) const;
     int IndexOfObject(const TObject* AObject) const;
 
     // Name=Value lines (the separator is NameValueSeparator).
     std::string Names(int Index) const;
-    std::string Values(const std::string& Name) const;
+    std::string Values(std::string_view Name) const;
     // Sets or adds Name=Value; an empty Value deletes the line.
     void SetValues(const std::string& Name, const std::string& Value);
     std::string ValueFromIndex(int Index) const;
@@ -112,11 +115,17 @@ public:
 
     std::vector<std::string> ToVector() const;
 
+    // Range-for over the lines, by value: for (const std::string& line : list); NameValues() gives
+    // the name/value pairs: for (const auto& [name, value] : list.NameValues()) (strings_range.h).
+    TStringsIterator begin() const;
+    TStringsIterator end() const;
+    TStringsNameValues NameValues() const;
+
 protected:
     // Called by BeginUpdate (true) and by the outermost EndUpdate (false).
     virtual void SetUpdateState(bool Updating) {}
     // Case-insensitive (CompareText) unless CaseSensitive (CompareStr).
-    virtual int CompareStrings(const std::string& S1, const std::string& S2) const;
+    virtual int CompareStrings(std::string_view S1, std::string_view S2) const;
     [[noreturn]] void Error(const char* Msg, int Data) const;
 
 private:
@@ -163,10 +172,10 @@ public:
     void Clear() override;
     void Exchange(int Index1, int Index2) override;
     void Move(int CurIndex, int NewIndex) override;
-    int IndexOf(const std::string& S) const override;
+    int IndexOf(std::string_view S) const override;
 
     // Binary search of a sorted list: true when found, Index is the match or the insertion point.
-    bool Find(const std::string& S, int& Index) const;
+    bool Find(std::string_view S, int& Index) const;
     virtual void Sort();
     virtual void CustomSort(const TStringListSortCompare& Compare);
 
@@ -207,3 +216,5 @@ private:
 };
 
 } // namespace quorda
+
+#include "quorda/rtl/strings_range.h"

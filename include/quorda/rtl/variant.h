@@ -205,6 +205,8 @@ bool VarIsClear(const Variant& value) noexcept;
 bool VarIsArray(const Variant& value) noexcept;
 bool VarIsStr(const Variant& value) noexcept;
 bool VarIsOrdinal(const Variant& value) noexcept;
+// The whole-number types, signed and unsigned (varSmallint ... varQWord; not varBoolean).
+bool VarTypeIsInteger(TVarType type) noexcept;
 bool VarIsFloat(const Variant& value) noexcept;
 bool VarIsNumeric(const Variant& value) noexcept;
 // "Integer", "String", "Array of Variant", ...

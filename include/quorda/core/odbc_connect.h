@@ -1,0 +1,15 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace quorda {
+
+class TODBCDatabase;
+
+// A new database, connected through the driver connection string ConnectStr ("DSN=...;UID=...",
+// "Driver=SQLite3;Database=..."); the driver never prompts. Raises EODBCError when the connection
+// fails.
+std::unique_ptr<TODBCDatabase> ODBCConnect(const std::string& ConnectStr);
+
+} // namespace quorda
