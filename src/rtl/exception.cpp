@@ -2,6 +2,8 @@
 
 namespace quorda {
 
-void DatabaseError(const std::string& message) { throw EDatabaseError(message); }
+void DatabaseError(const std::string& message) {
+    throw EDatabaseError(message);
+}
 
 } // namespace quorda

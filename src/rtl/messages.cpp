@@ -14,15 +14,19 @@ struct BuiltInMessage {
 };
 
 constexpr std::array kBuiltIn{
-    BuiltInMessage{65504, "SODBCMaxStringSize", "ODBC Not correct BlobBufferSize=%d (0 < BlobBufferSize <= 8192)"},
+    BuiltInMessage{65504, "SODBCMaxStringSize",
+                   "ODBC Not correct BlobBufferSize=%d (0 < BlobBufferSize <= 8192)"},
     BuiltInMessage{65505, "SODBCMaxBlobBuffer", "ODBC Not correct MaxBlobBuffer=%d (0 < BlobBufferSize)"},
     BuiltInMessage{65506, "SODBCInvalidBLOB", "ODBC Invalid BLOB parameter"},
     BuiltInMessage{65507, "SODBCNotImplemented", "ODBC This function not implemented"},
-    BuiltInMessage{65508, "SODBCInternalComponentError", "ODBC Internal component error %x. Contact programmers team."},
-    BuiltInMessage{65509, "", ";String;SmallInt;Integer;Word;Boolean;Float;Currency;BCD;Date;Time;DateTime;;;;;;"},
+    BuiltInMessage{65508, "SODBCInternalComponentError",
+                   "ODBC Internal component error %x. Contact programmers team."},
+    BuiltInMessage{65509, "",
+                   ";String;SmallInt;Integer;Word;Boolean;Float;Currency;BCD;Date;Time;DateTime;;;;;;"},
     BuiltInMessage{65510, "SInvalidParamFieldType", "Invalid param FieldType"},
     BuiltInMessage{65511, "SParamEditor", "Param Editor %s.%s"},
-    BuiltInMessage{65512, "SDataTypes", ";String;SmallInt;Integer;Word;Boolean;Float;Currency;BCD;Date;Time;DateTime;;;;;;"},
+    BuiltInMessage{65512, "SDataTypes",
+                   ";String;SmallInt;Integer;Word;Boolean;Float;Currency;BCD;Date;Time;DateTime;;;;;;"},
     BuiltInMessage{65520, "SODBCParameterNotFound", "ODBC Parameter %s not found"},
     BuiltInMessage{65521, "SODBCInvalidVersion", "ODBC Parameter %s incorrect version"},
     BuiltInMessage{65522, "SODBCParamTooBig", "ODBC Parameter %s is too big"},

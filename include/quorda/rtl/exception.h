@@ -1,10 +1,9 @@
 #pragma once
 
 #include <exception>
+#include <fmt/printf.h>
 #include <string>
 #include <utility>
-
-#include <fmt/printf.h>
 
 namespace quorda {
 
