@@ -21,7 +21,7 @@ class TODBCDatabase;
 // One bound parameter, built by BindAllParam and kept alive while the statement may still ask for
 // its data (data at execution). Items are heap-allocated so the address of ParamIndex, which is the
 // token SQLParamData hands back, stays valid and unique per parameter.
-struct TParamValueItem {
+struct QUORDA_API TParamValueItem {
     // The converted value (owned).
     std::vector<std::byte> Data;
     // The length/indicator passed to SQLBindParameter.
@@ -34,7 +34,7 @@ struct TParamValueItem {
 // One result column bound with SQLBindCol. In single-row mode Data holds one slot of Length bytes
 // and Length doubles as the length/indicator cell after each fetch; in block mode Data holds
 // RowSetSize slots and Indicators one SQLLEN cell per row.
-struct TFieldValueItem {
+struct QUORDA_API TFieldValueItem {
     std::vector<std::byte> Data;
     SQLLEN Length = 0;
     // Carried along when a block-mode row is copied.
@@ -62,7 +62,7 @@ struct TFieldValueItem {
 };
 
 // The 8-byte bookmark: the numbering origin in force when it was taken and the row number.
-struct TODBCBookmark {
+struct QUORDA_API TODBCBookmark {
     std::int32_t Origin;
     std::int32_t RowNumber;
 };
@@ -77,16 +77,16 @@ inline constexpr std::size_t kRecordHeaderSize = 5;
 inline constexpr std::int32_t kRowNotNumbered = 4095;
 
 // ODBC SQL type to field type, and field type to the SQL type of a parameter.
-TFieldType ConvertSQLToBDE(int SQLType);
+QUORDA_API TFieldType ConvertSQLToBDE(int SQLType);
 // The C type a result column of SQLType is bound as (SQL_C_DEFAULT for the unmapped types).
-SQLSMALLINT BindCTypeFor(int SQLType);
+QUORDA_API SQLSMALLINT BindCTypeFor(int SQLType);
 // Raises EODBCDatabaseError "Parameter type not supported" for a type it does not map.
-int ConvertBDEToSQL(TFieldType FieldType);
+QUORDA_API int ConvertBDEToSQL(TFieldType FieldType);
 
 // The base of every ODBC dataset: SQL text with :name parameters, the statement handle (prepare,
 // bind, execute, data at execution) and a cursor that delivers rows to the dataset framework,
 // forwards and backwards, in single rows or blocks. The plain dataset is read-only.
-class TODBCDataSet : public TDataSet, public IODBCDatabaseClient {
+class QUORDA_API TODBCDataSet : public TDataSet, public IODBCDatabaseClient {
 public:
     explicit TODBCDataSet(TComponent* AOwner);
     ~TODBCDataSet() override;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <functional>
 #include <string>
 
@@ -19,10 +21,10 @@ using TParamMarkerHandler = std::function<void(const std::string& Name)>;
 // or ";" (outside quotes) or at the end of the text; every other byte belongs to it. Single and double
 // quotes toggle one shared literal flag. The text is handled byte by byte and ends at its first zero
 // byte, if any; bytes after that zero are kept but never examined.
-void ScanParamMarkers(std::string& Text, const TParamMarkerHandler& OnMarker);
+QUORDA_API void ScanParamMarkers(std::string& Text, const TParamMarkerHandler& OnMarker);
 
 // The dataset's marker scan: creates one ftUnknown parameter per marker in Params (when not null), in
 // order of appearance and without a duplicate check, and rewrites Text as ScanParamMarkers does.
-void CreateParams(TODBCParams* Params, std::string& Text);
+QUORDA_API void CreateParams(TODBCParams* Params, std::string& Text);
 
 } // namespace quorda

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <exception>
 #include <fmt/printf.h>
 #include <string>
@@ -8,7 +10,7 @@
 namespace quorda {
 
 // Root of every exception the library raises.
-class Exception : public std::exception {
+class QUORDA_API Exception : public std::exception {
 public:
     explicit Exception(std::string message) : FMessage(std::move(message)) {}
 
@@ -25,7 +27,7 @@ private:
 };
 
 // Raised for rule violations of datasets and connections.
-class EDatabaseError : public Exception {
+class QUORDA_API EDatabaseError : public Exception {
 public:
     using Exception::Exception;
 };
@@ -45,7 +47,7 @@ std::string FormatMessage(const std::string& format, const Args&... args) {
     }
 }
 
-[[noreturn]] void DatabaseError(const std::string& message);
+[[noreturn]] QUORDA_API void DatabaseError(const std::string& message);
 
 template <typename... Args>
 [[noreturn]] void DatabaseErrorFmt(const std::string& format, const Args&... args) {
