@@ -1,5 +1,5 @@
 # The two everyday commands: `make demo` and `make test`. Both install missing packages first.
-.PHONY: setup demo test bench fuzz format clean
+.PHONY: setup demo test bench fuzz format format-check clean
 
 JOBS ?= $(shell nproc)
 
@@ -11,7 +11,7 @@ demo: setup
 	@cmake --build --preset dev --target quorda_demo quorda -j $(JOBS)
 	@bash scripts/run-demo build/dev
 
-test: setup
+test: setup format-check
 	cmake --preset asan-ubsan
 	cmake --build --preset asan-ubsan -j $(JOBS)
 	ctest --preset asan-ubsan
@@ -30,8 +30,15 @@ fuzz: setup
 	cmake --build --preset fuzz -j $(JOBS)
 	bash scripts/run-fuzz build/fuzz
 
+# Layout is checked with the clang-format release that .clang-format is written for.
+CLANG_FORMAT ?= clang-format-14
+FORMATTED = git ls-files -z '*.h' '*.cpp' '*.c'
+
 format:
-	git ls-files '*.h' '*.cpp' '*.c' | xargs clang-format -i
+	@$(FORMATTED) | xargs -0 $(CLANG_FORMAT) -i
+
+format-check: setup
+	@$(FORMATTED) | xargs -0 $(CLANG_FORMAT) --dry-run --Werror
 
 clean:
 	rm -rf build

@@ -43,9 +43,10 @@ void SetUpSource(const char* Name, const TSourceStrings& Strings, std::int64_t R
         return TRawConnection(Strings.Scroll).DriverVersion();
     });
     Info.Versions.push_back(std::string(Name) + " driver: " + version);
-    Info.Connections.push_back(std::string(Name) + " forward-only reads: `" + Strings.Stream + "`");
-    Info.Connections.push_back(std::string(Name) + " scrollable cursors and inserts: `" + Strings.Scroll +
+    Info.Connections.push_back(std::string(Name) + " forward-only reads: `" + WithoutFolders(Strings.Stream) +
                                "`");
+    Info.Connections.push_back(std::string(Name) + " scrollable cursors and inserts: `" +
+                               WithoutFolders(Strings.Scroll) + "`");
 }
 
 int RunBenchmark(TOptions& Options) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <ostream>
@@ -63,6 +64,26 @@ bool SameGroup(const TConfig& A, const TConfig& B) {
 }
 
 } // namespace
+
+std::string WithoutFolders(const std::string& ConnectionString) {
+    std::string out;
+    std::size_t start = 0;
+    while (start < ConnectionString.size()) {
+        std::size_t end = ConnectionString.find(';', start);
+        if (end == std::string::npos)
+            end = ConnectionString.size();
+        std::string attribute = ConnectionString.substr(start, end - start);
+        const std::size_t equals = attribute.find('=');
+        if (equals != std::string::npos && attribute.compare(equals + 1, 1, "/") == 0)
+            attribute = attribute.substr(0, equals + 1) +
+                        std::filesystem::path(attribute.substr(equals + 1)).filename().string();
+        out += attribute;
+        if (end < ConnectionString.size())
+            out += ';';
+        start = end + 1;
+    }
+    return out;
+}
 
 TRunInfo DescribeMachine() {
     TRunInfo info;

@@ -20,6 +20,10 @@ struct TRunInfo {
 
 TRunInfo DescribeMachine();
 
+// A connection string as the results show it: an attribute holding an absolute path (the SQLite file)
+// keeps only the file name, so that committed results never carry the folders of the machine.
+std::string WithoutFolders(const std::string& ConnectionString);
+
 // One row of the table, with the ratios resolved against the other measurements.
 struct TTableRow {
     std::vector<std::string> Cells;

@@ -7,12 +7,12 @@
 # scripts/pg-cluster and scripts/mariadb-cluster write them into the user file
 # ${QUORDA_TEST_ENV_DIR}/odbc.ini (ODBCINI) of the test run.
 
-set(QUORDA_ODBC_DIR ${CMAKE_BINARY_DIR}/odbc)
-set(QUORDA_TEST_ENV_DIR ${CMAKE_BINARY_DIR}/test-env)
-set(QUORDA_DEMO_DATABASE ${CMAKE_BINARY_DIR}/demo/quorda-demo.db)
+set(QUORDA_ODBC_DIR ${PROJECT_BINARY_DIR}/odbc)
+set(QUORDA_TEST_ENV_DIR ${PROJECT_BINARY_DIR}/test-env)
+set(QUORDA_DEMO_DATABASE ${PROJECT_BINARY_DIR}/demo/quorda-demo.db)
 
 # SQLite creates database files but not their folders.
-file(MAKE_DIRECTORY ${QUORDA_ODBC_DIR} ${QUORDA_TEST_ENV_DIR} ${CMAKE_BINARY_DIR}/demo)
+file(MAKE_DIRECTORY ${QUORDA_ODBC_DIR} ${QUORDA_TEST_ENV_DIR} ${PROJECT_BINARY_DIR}/demo)
 
 # quorda_find_odbc_driver(<var> <file name>): the driver library in the multiarch odbc folder.
 function(quorda_find_odbc_driver var file)

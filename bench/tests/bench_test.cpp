@@ -264,6 +264,13 @@ TEST(BenchReport, RatiosCompareWithRawOfTheSameModeAndWithQtSql) {
     EXPECT_TRUE(table[5].Failed);
 }
 
+TEST(BenchReport, ConnectionStringsKeepFileNamesOnly) {
+    EXPECT_EQ(WithoutFolders("Driver=SQLite3;Database=/srv/build/bench-env/bench.db;StepAPI=1"),
+              "Driver=SQLite3;Database=bench.db;StepAPI=1");
+    const std::string pg = "Driver=PostgreSQL ANSI;Servername=127.0.0.1;Port=5432;Database=quorda_test";
+    EXPECT_EQ(WithoutFolders(pg), pg);
+}
+
 // The data setup against the SQLite driver: a table is reused only while it reads back exactly as
 // generated, and a filled table passes the same check.
 TEST(BenchSetup, ReusesOnlyATableThatReadsBackAsGenerated) {

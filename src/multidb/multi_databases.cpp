@@ -84,8 +84,20 @@ TMultiODBCDataBase* TMultiDataBases::FindDataBase() {
         return chosen;
     }
     if (Count() < FMaxDataBases) {
-        TMultiODBCDataBase* added = AddDataBase();
-        added->Open();
+        // Threads choosing from the session's list pass over the new connection until it is open:
+        // one chosen while still closed would fail its first statement.
+        TMultiODBCDataBase* added = nullptr;
+        {
+            multidb_detail::TDeferPooledReady defer;
+            added = AddDataBase();
+        }
+        try {
+            added->Open();
+        } catch (...) {
+            multidb_detail::MarkPooledReady(added, true);
+            throw;
+        }
+        multidb_detail::MarkPooledReady(added, true);
         return added;
     }
     return chosen;

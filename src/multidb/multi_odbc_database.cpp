@@ -13,7 +13,16 @@ namespace multidb_detail {
 namespace {
 std::mutex gReadyLock;
 std::unordered_set<const TODBCDatabase*> gReady;
+thread_local int gDeferReady = 0;
 } // namespace
+
+TDeferPooledReady::TDeferPooledReady() {
+    ++gDeferReady;
+}
+
+TDeferPooledReady::~TDeferPooledReady() {
+    --gDeferReady;
+}
 
 void MarkPooledReady(TMultiODBCDataBase* DataBase, bool Ready) {
     const TODBCDatabase* key = DataBase;
@@ -33,7 +42,9 @@ TMultiODBCDataBase* ReadyPooled(TODBCDatabase* Database) {
 } // namespace multidb_detail
 
 TMultiODBCDataBase::TMultiODBCDataBase(TComponent* AOwner) : TODBCDatabase(AOwner) {
-    multidb_detail::MarkPooledReady(this, true);
+    if (multidb_detail::gDeferReady == 0) {
+        multidb_detail::MarkPooledReady(this, true);
+    }
 }
 
 TMultiODBCDataBase::~TMultiODBCDataBase() {

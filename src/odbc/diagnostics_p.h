@@ -19,7 +19,9 @@ struct TDiagnosticBuffers {
 // One diagnostic call; the real one is SQLError on the handle triple.
 using TDiagnosticReader = std::function<SQLRETURN(TDiagnosticBuffers&)>;
 
-// Builds the exception from successive reads until the end of the queue or a failing read.
-EODBCError BuildODBCError(const TDiagnosticReader& read, SQLHENV henv, SQLHDBC hdbc, SQLHSTMT hstmt);
+// Builds the exception from successive reads until the end of the queue or a failing read. Exported
+// for the unit tests of a shared build; the header is never installed.
+QUORDA_API EODBCError BuildODBCError(const TDiagnosticReader& read, SQLHENV henv, SQLHDBC hdbc,
+                                     SQLHSTMT hstmt);
 
 } // namespace quorda::detail

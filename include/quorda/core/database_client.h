@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 namespace quorda {
 
 class TODBCDataSet;
@@ -10,7 +12,7 @@ class TODBCDataSet;
 //
 // Contract: a client joins a database with AddDataSet and leaves with RemoveDataSet; Detach must
 // leave the database's list (SetODBCDatabase(nullptr) does exactly that).
-class IODBCDatabaseClient {
+class QUORDA_API IODBCDatabaseClient {
 public:
     virtual ~IODBCDatabaseClient() = default;
 

@@ -14,7 +14,7 @@ class TODBCDataSet;
 // Reads a memo, blob or string column of the current row whole, with SQLGetData, when it is created, so
 // values longer than the bound column buffer arrive complete. Writes stay in memory: the plain dataset is
 // read-only, editable descendants store what was written.
-class TODBCBlobStream : public TMemoryStream {
+class QUORDA_API TODBCBlobStream : public TMemoryStream {
 public:
     // Raises SODBCFieldReadOnly for a write mode on a read-only field or outside dsEdit/dsInsert.
     // Field is a blob field or a string field (read as text).

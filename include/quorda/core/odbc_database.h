@@ -50,7 +50,7 @@ inline constexpr std::array<std::int32_t, 3> ODBCSQLCursorOption{0, 1, 2};
 //
 // With the default acoNoAutoCommit the connection runs in autocommit mode outside
 // StartTransaction ... Commit/Rollback and in manual-commit mode inside.
-class TODBCDatabase : public TComponent {
+class QUORDA_API TODBCDatabase : public TComponent {
 public:
     explicit TODBCDatabase(TComponent* AOwner);
     // Closes (errors are swallowed: destructors never throw), detaches the datasets, releases the

@@ -23,14 +23,14 @@ struct TFieldValueItem;
 struct TODBCDataSetEngine;
 
 // ODBC SQL type to field type, and field type to the SQL type of a parameter.
-TFieldType ConvertSQLToBDE(int SQLType);
+QUORDA_API TFieldType ConvertSQLToBDE(int SQLType);
 // Raises EODBCDatabaseError "Parameter type not supported" for a type it does not map.
-int ConvertBDEToSQL(TFieldType FieldType);
+QUORDA_API int ConvertBDEToSQL(TFieldType FieldType);
 
 // The base of every ODBC dataset: SQL text with :name parameters, the statement handle (prepare,
 // bind, execute, data at execution) and a cursor that delivers rows to the dataset framework,
 // forwards and backwards, in single rows or blocks. The plain dataset is read-only.
-class TODBCDataSet : public TDataSet, public IODBCDatabaseClient {
+class QUORDA_API TODBCDataSet : public TDataSet, public IODBCDatabaseClient {
 public:
     explicit TODBCDataSet(TComponent* AOwner);
     ~TODBCDataSet() override;

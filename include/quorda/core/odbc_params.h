@@ -25,7 +25,7 @@ using TBlobType = TFieldType;
 // One named statement parameter: a name, a data type, a value held as a variant and the null and
 // bound flags. A parameter belongs to the collection given to its constructor: it adds itself there
 // and removes itself again when it is destroyed.
-class TODBCParam : public TPersistent {
+class QUORDA_API TODBCParam : public TPersistent {
 public:
     explicit TODBCParam(TODBCParams* AParamList);
     ~TODBCParam() override;
@@ -154,7 +154,7 @@ private:
 
 // The parameters of one statement, in creation order. The collection owns them: Clear and the
 // destructor free them.
-class TODBCParams : public TPersistent {
+class QUORDA_API TODBCParams : public TPersistent {
 public:
     TODBCParams() = default;
     ~TODBCParams() override;

@@ -8,7 +8,7 @@ namespace quorda {
 
 // The query component: an ODBC dataset whose SQL text, parameters, cursor settings and dataset
 // events are published to the designer and to form streaming.
-class TODBCQuery : public TODBCDataSet {
+class QUORDA_API TODBCQuery : public TODBCDataSet {
 public:
     explicit TODBCQuery(TComponent* AOwner) : TODBCDataSet(AOwner) {}
     // A query without owner on Database with the SQL text (its :name parameters ready to set).

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <functional>
 #include <string>
 
@@ -21,10 +23,10 @@ using TParamMarkerHandler = std::function<void(const std::string& Name)>;
 // and "/* */" block comments are kept as they are: no marker, colon or quote inside them counts. The text is
 // handled byte by byte and ends at its first zero byte, if any; bytes after that zero are kept but never
 // examined.
-void ScanParamMarkers(std::string& Text, const TParamMarkerHandler& OnMarker);
+QUORDA_API void ScanParamMarkers(std::string& Text, const TParamMarkerHandler& OnMarker);
 
 // The dataset's marker scan: creates one ftUnknown parameter per marker in Params (when not null), in
 // order of appearance and without a duplicate check, and rewrites Text as ScanParamMarkers does.
-void CreateParams(TODBCParams* Params, std::string& Text);
+QUORDA_API void CreateParams(TODBCParams* Params, std::string& Text);
 
 } // namespace quorda

@@ -16,11 +16,11 @@ class TStrings;
 // The process-wide ODBC environment, allocated with SQLAllocEnv (ODBC 2 behaviour) on first use and
 // never released: the process ends with it. A failed allocation is not reported here; the first
 // connection allocation on the null environment reports it.
-SQLHENV odbcEnv();
+QUORDA_API SQLHENV odbcEnv();
 
 // The single session that knows every TODBCDatabase of the process, whatever its owner. Databases
 // may be created, named, opened and freed on any thread: the list is guarded by a lock of its own.
-class TODBCSession : public TComponent {
+class QUORDA_API TODBCSession : public TComponent {
 public:
     explicit TODBCSession(TComponent* AOwner);
     // Frees every database still registered, last first (each one leaves the list as it goes).
@@ -62,7 +62,7 @@ private:
 };
 
 // The session of the process, created (without owner) on first use and freed at exit.
-TODBCSession* ODBCSession();
+QUORDA_API TODBCSession* ODBCSession();
 
 // Frees every item of a list of owned objects and empties the list; a null list is left alone.
 template <typename T>

@@ -5,7 +5,7 @@
 namespace quorda {
 
 // Raw bytes kept in the record buffer.
-class TBinaryField : public TField {
+class QUORDA_API TBinaryField : public TField {
 public:
     explicit TBinaryField(TComponent* AOwner);
     std::string ClassName() const override { return "TBinaryField"; }
@@ -23,7 +23,7 @@ protected:
 };
 
 // Exactly Size bytes (ftBytes); shorter values are padded with zeros.
-class TBytesField : public TBinaryField {
+class QUORDA_API TBytesField : public TBinaryField {
 public:
     explicit TBytesField(TComponent* AOwner);
     std::string ClassName() const override { return "TBytesField"; }
@@ -33,7 +33,7 @@ protected:
 };
 
 // Up to Size bytes (ftVarBytes), stored as a 16-bit length followed by the bytes.
-class TVarBytesField : public TBytesField {
+class QUORDA_API TVarBytesField : public TBytesField {
 public:
     explicit TVarBytesField(TComponent* AOwner);
     std::string ClassName() const override { return "TVarBytesField"; }

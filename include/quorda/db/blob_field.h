@@ -9,7 +9,7 @@ namespace quorda {
 
 // A value of any length kept outside the record buffer (ftBlob and the other blob types) and read or
 // written through the dataset's blob stream.
-class TBlobField : public TField {
+class QUORDA_API TBlobField : public TField {
 public:
     explicit TBlobField(TComponent* AOwner);
     std::string ClassName() const override { return "TBlobField"; }
@@ -53,14 +53,14 @@ private:
 };
 
 // Text of any length (ftMemo, ftFmtMemo).
-class TMemoField : public TBlobField {
+class QUORDA_API TMemoField : public TBlobField {
 public:
     explicit TMemoField(TComponent* AOwner);
     std::string ClassName() const override { return "TMemoField"; }
 };
 
 // An image kept as a blob (ftGraphic).
-class TGraphicField : public TBlobField {
+class QUORDA_API TGraphicField : public TBlobField {
 public:
     explicit TGraphicField(TComponent* AOwner);
     std::string ClassName() const override { return "TGraphicField"; }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <cstddef>
 #include <cstring>
 #include <string>
@@ -11,7 +13,7 @@ namespace quorda {
 using TBookmarkStr = std::string;
 
 // An owned copy of a record's bookmark bytes (BookmarkSize of them); an empty bookmark is nil.
-class TBookmark {
+class QUORDA_API TBookmark {
 public:
     TBookmark() = default;
     // Size zero bytes, to be filled in.

@@ -8,7 +8,7 @@ namespace quorda {
 
 // A boolean stored in 16 bits (ftBoolean). DisplayValues "True;False" names the two values for text
 // in and out; text input accepts any prefix of either name, without regard to case.
-class TBooleanField : public TField {
+class QUORDA_API TBooleanField : public TField {
 public:
     explicit TBooleanField(TComponent* AOwner);
     std::string ClassName() const override { return "TBooleanField"; }

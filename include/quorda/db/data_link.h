@@ -14,7 +14,7 @@ class TField;
 // The connection of one data-aware object to a data source. The link sees a window of BufferCount
 // records of the dataset's ring; ActiveRecord is the active record's position inside that window,
 // kept following the records as the ring scrolls. Descendants override the notification methods.
-class TDataLink : public TPersistent {
+class QUORDA_API TDataLink : public TPersistent {
 public:
     TDataLink() = default;
     ~TDataLink() override;

@@ -18,7 +18,7 @@ using TDataChangeEvent = std::function<void(TObject* Sender, TField* Field)>;
 
 // Connects data links to a dataset and relays the dataset's data events to them. A disabled data
 // source shows its links an inactive dataset.
-class TDataSource : public TComponent {
+class QUORDA_API TDataSource : public TComponent {
 public:
     explicit TDataSource(TComponent* AOwner);
     ~TDataSource() override;

@@ -38,7 +38,7 @@ using TFilterRecordEvent = std::function<void(TDataSet* DataSet, bool& Accept)>;
 //
 // A descendant that overrides the record operations calls CloseForDestroy() in its own destructor:
 // by the time ~TDataSet runs, the descendant's overrides are gone.
-class TDataSet : public TComponent {
+class QUORDA_API TDataSet : public TComponent {
 public:
     explicit TDataSet(TComponent* AOwner);
     ~TDataSet() override;

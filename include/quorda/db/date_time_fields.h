@@ -6,7 +6,7 @@ namespace quorda {
 
 // A date and time (ftDateTime), stored natively as double milliseconds of a TTimeStamp. Text uses
 // DisplayFormat (FormatDateTime) when set, otherwise the type's default format.
-class TDateTimeField : public TField {
+class QUORDA_API TDateTimeField : public TField {
 public:
     explicit TDateTimeField(TComponent* AOwner);
     std::string ClassName() const override { return "TDateTimeField"; }
@@ -34,7 +34,7 @@ private:
 };
 
 // A date (ftDate), stored natively as the int32 day number of a TTimeStamp.
-class TDateField : public TDateTimeField {
+class QUORDA_API TDateField : public TDateTimeField {
 public:
     explicit TDateField(TComponent* AOwner);
     std::string ClassName() const override { return "TDateField"; }
@@ -44,7 +44,7 @@ protected:
 };
 
 // A time of day (ftTime), stored natively as int32 milliseconds since midnight.
-class TTimeField : public TDateTimeField {
+class QUORDA_API TTimeField : public TDateTimeField {
 public:
     explicit TTimeField(TComponent* AOwner);
     std::string ClassName() const override { return "TTimeField"; }

@@ -34,7 +34,7 @@ using TBytes = std::vector<std::uint8_t>;
 // (64-bit, scaled by 10000); date int32 days of a TTimeStamp; time int32 milliseconds since midnight;
 // date-time double milliseconds (TimeStampToMSecs). With NativeFormat false dates and times travel
 // as TDateTime.
-class TField : public TComponent {
+class QUORDA_API TField : public TComponent {
 public:
     explicit TField(TComponent* AOwner);
     ~TField() override;
@@ -226,8 +226,8 @@ union TDateTimeRec {
     double DateTime;
 };
 
-TDateTimeRec DateTimeToDateTimeRec(TFieldType DataType, TDateTime Value);
-TDateTime DateTimeRecToDateTime(TFieldType DataType, const TDateTimeRec& Value);
+QUORDA_API TDateTimeRec DateTimeToDateTimeRec(TFieldType DataType, TDateTime Value);
+QUORDA_API TDateTime DateTimeRecToDateTime(TFieldType DataType, const TDateTimeRec& Value);
 
 } // namespace quorda
 

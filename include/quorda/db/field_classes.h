@@ -14,6 +14,6 @@ namespace quorda {
 using TFieldClass = TField* (*)(TComponent* Owner);
 
 // The standard field class of a type; null for types without one (ftUnknown, ftCursor, ftADT, ...).
-TFieldClass DefaultFieldClass(TFieldType Type);
+QUORDA_API TFieldClass DefaultFieldClass(TFieldType Type);
 
 } // namespace quorda

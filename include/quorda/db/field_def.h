@@ -16,7 +16,7 @@ class TField;
 class TFieldDefs;
 
 // The description of one column of a dataset's cursor: what a field object is created from.
-class TFieldDef : public TPersistent {
+class QUORDA_API TFieldDef : public TPersistent {
 public:
     TFieldDef(TFieldDefs* Owner, const std::string& Name, TFieldType DataType, int Size, bool Required,
               int FieldNo);
@@ -65,7 +65,7 @@ private:
 };
 
 // The owned, ordered list of a dataset's field definitions. Names are compared without regard to case.
-class TFieldDefs : public TPersistent {
+class QUORDA_API TFieldDefs : public TPersistent {
 public:
     explicit TFieldDefs(TDataSet* DataSet);
     ~TFieldDefs() override;

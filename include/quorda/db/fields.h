@@ -13,7 +13,7 @@ class TStrings;
 
 // The ordered list of a dataset's field objects. Indexing is O(1); name lookups are a linear,
 // case-insensitive search. Clear deletes the fields.
-class TFields {
+class QUORDA_API TFields {
 public:
     explicit TFields(TDataSet* DataSet);
     TFields(const TFields&) = delete;

@@ -17,7 +17,7 @@ class TMemBlobStream;
 // as long as the structure stays the same. Every edit operation is supported; bookmarks identify
 // rows, not positions, so they stay valid while other rows are inserted or deleted. Blob and memo
 // values are read and written through blob streams. Filtered with OnFilterRecord hides rows.
-class TMemDataSet : public TDataSet {
+class QUORDA_API TMemDataSet : public TDataSet {
 public:
     explicit TMemDataSet(TComponent* AOwner);
     ~TMemDataSet() override;

@@ -6,7 +6,7 @@ namespace quorda {
 
 // Common ground of the number fields: right alignment and the display/edit formats (FormatFloat
 // pictures; empty means the plain text of the value).
-class TNumericField : public TField {
+class QUORDA_API TNumericField : public TField {
 public:
     explicit TNumericField(TComponent* AOwner);
     std::string ClassName() const override { return "TNumericField"; }
@@ -34,7 +34,7 @@ private:
 };
 
 // A 32-bit integer (ftInteger). MinValue/MaxValue narrow the accepted range when either is non-zero.
-class TIntegerField : public TNumericField {
+class QUORDA_API TIntegerField : public TNumericField {
 public:
     explicit TIntegerField(TComponent* AOwner);
     std::string ClassName() const override { return "TIntegerField"; }
@@ -73,7 +73,7 @@ private:
 };
 
 // A 16-bit signed integer (ftSmallint).
-class TSmallintField : public TIntegerField {
+class QUORDA_API TSmallintField : public TIntegerField {
 public:
     explicit TSmallintField(TComponent* AOwner);
     std::string ClassName() const override { return "TSmallintField"; }
@@ -83,7 +83,7 @@ protected:
 };
 
 // A 16-bit unsigned integer (ftWord).
-class TWordField : public TIntegerField {
+class QUORDA_API TWordField : public TIntegerField {
 public:
     explicit TWordField(TComponent* AOwner);
     std::string ClassName() const override { return "TWordField"; }
@@ -93,14 +93,14 @@ protected:
 };
 
 // A 32-bit integer the data source numbers itself (ftAutoInc).
-class TAutoIncField : public TIntegerField {
+class QUORDA_API TAutoIncField : public TIntegerField {
 public:
     explicit TAutoIncField(TComponent* AOwner);
     std::string ClassName() const override { return "TAutoIncField"; }
 };
 
 // A 64-bit integer (ftLargeint).
-class TLargeintField : public TNumericField {
+class QUORDA_API TLargeintField : public TNumericField {
 public:
     explicit TLargeintField(TComponent* AOwner);
     std::string ClassName() const override { return "TLargeintField"; }
@@ -135,7 +135,7 @@ private:
 
 // A double (ftFloat). Precision is the number of significant digits of the text; with the Currency
 // flag the text is a currency amount.
-class TFloatField : public TNumericField {
+class QUORDA_API TFloatField : public TNumericField {
 public:
     explicit TFloatField(TComponent* AOwner);
     std::string ClassName() const override { return "TFloatField"; }
@@ -173,7 +173,7 @@ private:
 };
 
 // A float field shown as a currency amount (ftCurrency).
-class TCurrencyField : public TFloatField {
+class QUORDA_API TCurrencyField : public TFloatField {
 public:
     explicit TCurrencyField(TComponent* AOwner);
     std::string ClassName() const override { return "TCurrencyField"; }
@@ -181,7 +181,7 @@ public:
 
 // A fixed-point number with up to four decimals (ftBCD), stored as a Currency. Size is the number of
 // decimals (0 to 4), Precision the number of digits.
-class TBCDField : public TNumericField {
+class QUORDA_API TBCDField : public TNumericField {
 public:
     explicit TBCDField(TComponent* AOwner);
     std::string ClassName() const override { return "TBCDField"; }

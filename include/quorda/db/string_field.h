@@ -5,7 +5,7 @@
 namespace quorda {
 
 // Text of at most Size bytes (ftString, ftFixedChar), stored zero-terminated in Size + 1 bytes.
-class TStringField : public TField {
+class QUORDA_API TStringField : public TField {
 public:
     explicit TStringField(TComponent* AOwner);
     std::string ClassName() const override { return "TStringField"; }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <set>
@@ -142,6 +144,6 @@ constexpr bool IsBlobType(TFieldType Type) {
 }
 
 // The type's name without the "ft" prefix ("String", "Integer", ...).
-const char* FieldTypeName(TFieldType Type);
+QUORDA_API const char* FieldTypeName(TFieldType Type);
 
 } // namespace quorda

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "quorda/export.h"
 #include "quorda/odbc/odbc_types.h"
 
 #include <functional>
@@ -11,18 +12,19 @@ namespace quorda {
 // is false it raises the EODBCError that CreateODBCError builds for the handles given; otherwise it
 // returns the code (so callers can tell SQL_NO_DATA from a row). `call` names the function for the
 // trace.
-SQLRETURN CheckODBC(SQLRETURN ret, SQLHENV henv, SQLHDBC hdbc, SQLHSTMT hstmt, std::string_view call);
+QUORDA_API SQLRETURN CheckODBC(SQLRETURN ret, SQLHENV henv, SQLHDBC hdbc, SQLHSTMT hstmt,
+                               std::string_view call);
 
 // For the few calls whose result is deliberately not raised (allocation of the environment, releases
 // in destructors, release before raising): traces the call and returns the code untouched.
-SQLRETURN TraceODBC(SQLRETURN ret, std::string_view call) noexcept;
+QUORDA_API SQLRETURN TraceODBC(SQLRETURN ret, std::string_view call) noexcept;
 
 // The call trace goes to stderr, one line per call, when the environment variable QUORDA_ODBC_TRACE
 // is "1" at the first traced call. Tests and tools may switch it and redirect the lines.
-bool ODBCTraceEnabled();
-void SetODBCTraceEnabled(bool enabled);
+QUORDA_API bool ODBCTraceEnabled();
+QUORDA_API void SetODBCTraceEnabled(bool enabled);
 using TODBCTraceSink = std::function<void(std::string_view line)>;
 // Replaces where trace lines go (empty: stderr); returns the previous sink.
-TODBCTraceSink SetODBCTraceSink(TODBCTraceSink sink);
+QUORDA_API TODBCTraceSink SetODBCTraceSink(TODBCTraceSink sink);
 
 } // namespace quorda

@@ -14,7 +14,7 @@ constexpr bool RetCodeIsSuccessful(SQLRETURN RetCode) noexcept {
 }
 
 // A failed ODBC call, with the diagnostics the driver manager reported for its handles.
-class EODBCError : public EDatabaseError {
+class QUORDA_API EODBCError : public EDatabaseError {
 public:
     EODBCError(std::string message, SQLHENV henv, SQLHDBC hdbc, SQLHSTMT hstmt, SQLINTEGER nativeError,
                std::string sqlState, std::string nativeMessage);
@@ -40,13 +40,13 @@ private:
 
 // Raised by the components themselves with a fixed English text ("Database open", "Parameter type not
 // supported"). It derives from Exception on purpose, not from EDatabaseError.
-class EODBCDatabaseError : public Exception {
+class QUORDA_API EODBCDatabaseError : public Exception {
 public:
     using Exception::Exception;
 };
 
 // Reads the pending diagnostics of the handle triple (each may be null) and returns the exception
 // that describes them, not yet raised. Pass the most specific handles of the failed call.
-EODBCError CreateODBCError(SQLHENV henv, SQLHDBC hdbc, SQLHSTMT hstmt);
+QUORDA_API EODBCError CreateODBCError(SQLHENV henv, SQLHDBC hdbc, SQLHSTMT hstmt);
 
 } // namespace quorda

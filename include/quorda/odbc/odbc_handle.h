@@ -63,13 +63,13 @@ private:
     Handle FHandle = nullptr;
 };
 
-struct TODBCConnectionTraits {
+struct QUORDA_API TODBCConnectionTraits {
     using Handle = SQLHDBC;
     static constexpr const char* FreeCall = "SQLFreeConnect";
     static SQLRETURN Free(SQLHDBC handle) noexcept;
 };
 
-struct TODBCStatementTraits {
+struct QUORDA_API TODBCStatementTraits {
     using Handle = SQLHSTMT;
     static constexpr const char* FreeCall = "SQLFreeStmt(SQL_DROP)";
     static SQLRETURN Free(SQLHSTMT handle) noexcept;

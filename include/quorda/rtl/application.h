@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <exception>
 #include <functional>
 
@@ -11,13 +13,13 @@ using TExceptionHandler = std::function<void(const std::exception& E)>;
 namespace Application {
 
 // Shows an exception to the user: the installed handler, by default the message on stderr.
-void HandleException(const std::exception& E);
+QUORDA_API void HandleException(const std::exception& E);
 // Installs Handler (empty restores the default) and returns the previous one (empty for the default).
-TExceptionHandler SetExceptionHandler(TExceptionHandler Handler);
+QUORDA_API TExceptionHandler SetExceptionHandler(TExceptionHandler Handler);
 
 // Parent window for dialogs opened on the application's behalf; null unless set.
-void* MainWindowHandle();
-void SetMainWindowHandle(void* Handle);
+QUORDA_API void* MainWindowHandle();
+QUORDA_API void SetMainWindowHandle(void* Handle);
 
 } // namespace Application
 
@@ -27,16 +29,16 @@ using TCursorHook = std::function<void(TCursor Cursor)>;
 
 namespace Screen {
 
-TCursor Cursor();
+QUORDA_API TCursor Cursor();
 // Changes the cursor; the hook hears every change (not a repeated value).
-void SetCursor(TCursor Value);
+QUORDA_API void SetCursor(TCursor Value);
 // Installs the hook called when the cursor changes; returns the previous one.
-TCursorHook SetCursorHook(TCursorHook Hook);
+QUORDA_API TCursorHook SetCursorHook(TCursorHook Hook);
 
 } // namespace Screen
 
 // Shows a cursor for its lifetime and restores the previous one.
-class TScreenCursorGuard {
+class QUORDA_API TScreenCursorGuard {
 public:
     explicit TScreenCursorGuard(TCursor Value = crHourGlass);
     // A hook that throws while restoring is ignored here: destructors never throw.

@@ -10,7 +10,7 @@
 namespace quorda {
 
 // Raised for invalid or duplicate component names.
-class EComponentError : public Exception {
+class QUORDA_API EComponentError : public Exception {
 public:
     using Exception::Exception;
 };
@@ -35,7 +35,7 @@ enum TComponentStateFlag {
 };
 
 // The set of TComponentStateFlag values a component is in.
-class TComponentState {
+class QUORDA_API TComponentState {
 public:
     TComponentState() = default;
     TComponentState(std::initializer_list<TComponentStateFlag> flags) {
@@ -61,7 +61,7 @@ private:
 //
 // Notifications sent while a component is being destroyed arrive after its descendant parts are
 // gone: receivers compare the pointer, they never downcast it.
-class TComponent : public TPersistent {
+class QUORDA_API TComponent : public TPersistent {
 public:
     explicit TComponent(TComponent* AOwner);
     ~TComponent() override;
@@ -145,6 +145,6 @@ private:
 };
 
 // True for a name made of letters, digits and underscores that does not start with a digit.
-bool IsValidIdent(const std::string& Ident);
+QUORDA_API bool IsValidIdent(const std::string& Ident);
 
 } // namespace quorda

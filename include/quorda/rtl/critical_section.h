@@ -1,11 +1,13 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <mutex>
 
 namespace quorda {
 
 // A recursive lock: the thread that holds it may enter again and must leave as often.
-class TCriticalSection {
+class QUORDA_API TCriticalSection {
 public:
     TCriticalSection() = default;
     TCriticalSection(const TCriticalSection&) = delete;
@@ -23,7 +25,7 @@ private:
 };
 
 // Holds a critical section for its lifetime.
-class TCriticalSectionGuard {
+class QUORDA_API TCriticalSectionGuard {
 public:
     explicit TCriticalSectionGuard(TCriticalSection& Section) : FSection(Section) { FSection.Enter(); }
     ~TCriticalSectionGuard() { FSection.Leave(); }

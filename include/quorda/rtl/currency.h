@@ -10,20 +10,20 @@
 namespace quorda {
 
 // Integer arithmetic that leaves the range of its type.
-class EIntOverflow : public Exception {
+class QUORDA_API EIntOverflow : public Exception {
 public:
     EIntOverflow() : Exception("Arithmetic overflow") {}
 };
 
 // Integer (and currency) division by zero.
-class EDivByZero : public Exception {
+class QUORDA_API EDivByZero : public Exception {
 public:
     EDivByZero() : Exception("Division by zero") {}
 };
 
 // A fixed-point amount with four decimals, held as a 64-bit integer scaled by 10000. Conversions from
 // floating point round half away from zero; results outside the range raise EIntOverflow.
-class Currency {
+class QUORDA_API Currency {
 public:
     static constexpr std::int64_t Scale = 10000;
 
@@ -65,15 +65,15 @@ inline constexpr Currency MinCurrency = Currency::FromRaw(INT64_MIN);
 inline constexpr Currency MaxCurrency = Currency::FromRaw(INT64_MAX);
 
 // Exact text of the amount: no trailing zeros ("12.5", "-0.0001", "3"), DecimalSeparator.
-std::string CurrToStr(Currency value);
-std::string CurrToStr(Currency value, const TFormatSettings& settings);
+QUORDA_API std::string CurrToStr(Currency value);
+QUORDA_API std::string CurrToStr(Currency value, const TFormatSettings& settings);
 
 // Exact parse of decimal text by DecimalSeparator; more than four decimals round half away from zero,
 // exponent forms go through floating point. Invalid text raises EConvertError
 // "\"%s\" is an invalid float".
-bool TryStrToCurr(const std::string& text, Currency& value);
-bool TryStrToCurr(const std::string& text, Currency& value, const TFormatSettings& settings);
-Currency StrToCurr(const std::string& text);
-Currency StrToCurr(const std::string& text, const TFormatSettings& settings);
+QUORDA_API bool TryStrToCurr(const std::string& text, Currency& value);
+QUORDA_API bool TryStrToCurr(const std::string& text, Currency& value, const TFormatSettings& settings);
+QUORDA_API Currency StrToCurr(const std::string& text);
+QUORDA_API Currency StrToCurr(const std::string& text, const TFormatSettings& settings);
 
 } // namespace quorda

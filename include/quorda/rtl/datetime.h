@@ -13,7 +13,7 @@ namespace quorda {
 using TDateTime = double;
 
 // Time: milliseconds since midnight; Date: days since 0001-01-01, that day being 1.
-struct TTimeStamp {
+struct QUORDA_API TTimeStamp {
     std::int32_t Time = 0;
     std::int32_t Date = 0;
 
@@ -30,75 +30,77 @@ inline constexpr std::int32_t DateDelta = 693594;
 inline constexpr TDateTime MinDateTime = -693593.0;
 inline constexpr TDateTime MaxDateTime = 2958465.99999999;
 
-bool IsLeapYear(int year);
+QUORDA_API bool IsLeapYear(int year);
 // Days of the month (0 for a month outside 1..12).
-int DaysInAMonth(int year, int month);
+QUORDA_API int DaysInAMonth(int year, int month);
 
 // Years 1..9999. Invalid parts raise EConvertError ("Invalid argument to date encode",
 // "Invalid argument to time encode").
-bool TryEncodeDate(int year, int month, int day, TDateTime& result);
-bool TryEncodeTime(int hour, int minute, int second, int msec, TDateTime& result);
-bool TryEncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec,
-                       TDateTime& result);
-TDateTime EncodeDate(int year, int month, int day);
-TDateTime EncodeTime(int hour, int minute, int second, int msec);
-TDateTime EncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec);
+QUORDA_API bool TryEncodeDate(int year, int month, int day, TDateTime& result);
+QUORDA_API bool TryEncodeTime(int hour, int minute, int second, int msec, TDateTime& result);
+QUORDA_API bool TryEncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec,
+                                  TDateTime& result);
+QUORDA_API TDateTime EncodeDate(int year, int month, int day);
+QUORDA_API TDateTime EncodeTime(int hour, int minute, int second, int msec);
+QUORDA_API TDateTime EncodeDateTime(int year, int month, int day, int hour, int minute, int second, int msec);
 
 // Joins a date and a time of day under the rule for dates before 1899-12-30.
-TDateTime ComposeDateTime(TDateTime datePart, TDateTime timePart);
+QUORDA_API TDateTime ComposeDateTime(TDateTime datePart, TDateTime timePart);
 
 // Decoding first rounds to the nearest millisecond, so 23:59:59.9999 decodes as the next day
 // 00:00:00.000. Values before 0001-01-01 decode as 0-0-0.
-void DecodeDate(TDateTime value, std::uint16_t& year, std::uint16_t& month, std::uint16_t& day);
-void DecodeTime(TDateTime value, std::uint16_t& hour, std::uint16_t& minute, std::uint16_t& second,
-                std::uint16_t& msec);
-void DecodeDateTime(TDateTime value, std::uint16_t& year, std::uint16_t& month, std::uint16_t& day,
-                    std::uint16_t& hour, std::uint16_t& minute, std::uint16_t& second, std::uint16_t& msec);
+QUORDA_API void DecodeDate(TDateTime value, std::uint16_t& year, std::uint16_t& month, std::uint16_t& day);
+QUORDA_API void DecodeTime(TDateTime value, std::uint16_t& hour, std::uint16_t& minute, std::uint16_t& second,
+                           std::uint16_t& msec);
+QUORDA_API void DecodeDateTime(TDateTime value, std::uint16_t& year, std::uint16_t& month, std::uint16_t& day,
+                               std::uint16_t& hour, std::uint16_t& minute, std::uint16_t& second,
+                               std::uint16_t& msec);
 
 // 1 = Sunday ... 7 = Saturday.
-int DayOfWeek(TDateTime value);
+QUORDA_API int DayOfWeek(TDateTime value);
 
-TTimeStamp DateTimeToTimeStamp(TDateTime value);
-TDateTime TimeStampToDateTime(const TTimeStamp& stamp);
+QUORDA_API TTimeStamp DateTimeToTimeStamp(TDateTime value);
+QUORDA_API TDateTime TimeStampToDateTime(const TTimeStamp& stamp);
 // Milliseconds since 0001-01-01 counted as day 1 (Date * MSecsPerDay + Time).
-double TimeStampToMSecs(const TTimeStamp& stamp);
-TTimeStamp MSecsToTimeStamp(double msecs);
+QUORDA_API double TimeStampToMSecs(const TTimeStamp& stamp);
+QUORDA_API TTimeStamp MSecsToTimeStamp(double msecs);
 
 // The local clock.
-TDateTime Now();
-TDateTime Date();
-TDateTime Time();
+QUORDA_API TDateTime Now();
+QUORDA_API TDateTime Date();
+QUORDA_API TDateTime Time();
 
 // Tokens: yyyy yy (year), m mm mmm mmmm (month), d dd ddd dddd (day), ddddd (ShortDateFormat),
 // dddddd (LongDateFormat), h hh, n nn, s ss, z zzz, t (ShortTimeFormat), tt (LongTimeFormat),
 // am/pm a/p ampm (12-hour clock), c (ShortDateFormat, then LongTimeFormat unless the time is
 // midnight), / (DateSeparator), : (TimeSeparator), '...' and "..." literal text. "m" right after an
 // hour is minutes. Letters are case-insensitive.
-std::string FormatDateTime(const std::string& format, TDateTime value);
-std::string FormatDateTime(const std::string& format, TDateTime value, const TFormatSettings& settings);
+QUORDA_API std::string FormatDateTime(const std::string& format, TDateTime value);
+QUORDA_API std::string FormatDateTime(const std::string& format, TDateTime value,
+                                      const TFormatSettings& settings);
 
-std::string DateTimeToStr(TDateTime value);
-std::string DateTimeToStr(TDateTime value, const TFormatSettings& settings);
-std::string DateToStr(TDateTime value);
-std::string DateToStr(TDateTime value, const TFormatSettings& settings);
-std::string TimeToStr(TDateTime value);
-std::string TimeToStr(TDateTime value, const TFormatSettings& settings);
+QUORDA_API std::string DateTimeToStr(TDateTime value);
+QUORDA_API std::string DateTimeToStr(TDateTime value, const TFormatSettings& settings);
+QUORDA_API std::string DateToStr(TDateTime value);
+QUORDA_API std::string DateToStr(TDateTime value, const TFormatSettings& settings);
+QUORDA_API std::string TimeToStr(TDateTime value);
+QUORDA_API std::string TimeToStr(TDateTime value, const TFormatSettings& settings);
 
 // Text to date/time following the order of ShortDateFormat (y, m, d) with any of DateSeparator, '-',
 // '/' or '.' between parts; times as h[:n[:s[.z]]] with an optional AM/PM. Two-digit years follow
 // TwoDigitYearCenturyWindow; a date with two parts takes the current year. The Str* functions raise
 // EConvertError "\"%s\" is not a valid date", "... time" or "... date and time".
-bool TryStrToDate(const std::string& text, TDateTime& value);
-bool TryStrToDate(const std::string& text, TDateTime& value, const TFormatSettings& settings);
-bool TryStrToTime(const std::string& text, TDateTime& value);
-bool TryStrToTime(const std::string& text, TDateTime& value, const TFormatSettings& settings);
-bool TryStrToDateTime(const std::string& text, TDateTime& value);
-bool TryStrToDateTime(const std::string& text, TDateTime& value, const TFormatSettings& settings);
-TDateTime StrToDate(const std::string& text);
-TDateTime StrToDate(const std::string& text, const TFormatSettings& settings);
-TDateTime StrToTime(const std::string& text);
-TDateTime StrToTime(const std::string& text, const TFormatSettings& settings);
-TDateTime StrToDateTime(const std::string& text);
-TDateTime StrToDateTime(const std::string& text, const TFormatSettings& settings);
+QUORDA_API bool TryStrToDate(const std::string& text, TDateTime& value);
+QUORDA_API bool TryStrToDate(const std::string& text, TDateTime& value, const TFormatSettings& settings);
+QUORDA_API bool TryStrToTime(const std::string& text, TDateTime& value);
+QUORDA_API bool TryStrToTime(const std::string& text, TDateTime& value, const TFormatSettings& settings);
+QUORDA_API bool TryStrToDateTime(const std::string& text, TDateTime& value);
+QUORDA_API bool TryStrToDateTime(const std::string& text, TDateTime& value, const TFormatSettings& settings);
+QUORDA_API TDateTime StrToDate(const std::string& text);
+QUORDA_API TDateTime StrToDate(const std::string& text, const TFormatSettings& settings);
+QUORDA_API TDateTime StrToTime(const std::string& text);
+QUORDA_API TDateTime StrToTime(const std::string& text, const TFormatSettings& settings);
+QUORDA_API TDateTime StrToDateTime(const std::string& text);
+QUORDA_API TDateTime StrToDateTime(const std::string& text, const TFormatSettings& settings);
 
 } // namespace quorda

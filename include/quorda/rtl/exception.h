@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <array>
 #include <cstddef>
 #include <exception>
@@ -13,7 +15,7 @@
 namespace quorda {
 
 // Root of every exception the library raises.
-class Exception : public std::exception {
+class QUORDA_API Exception : public std::exception {
 public:
     explicit Exception(std::string message) : FMessage(std::move(message)) {}
 
@@ -30,7 +32,7 @@ private:
 };
 
 // Raised for rule violations of datasets and connections.
-class EDatabaseError : public Exception {
+class QUORDA_API EDatabaseError : public Exception {
 public:
     using Exception::Exception;
 };
@@ -43,7 +45,7 @@ using TFormatArg = std::variant<bool, char, int, unsigned, long, unsigned long, 
 // Formats a classic printf-style message (%s %d %x ...) from arguments already packed. A mismatch
 // between the format and the arguments never throws a different exception type: the raw format
 // text is returned instead.
-std::string FormatMessageArgs(const std::string& format, std::span<const TFormatArg> args);
+QUORDA_API std::string FormatMessageArgs(const std::string& format, std::span<const TFormatArg> args);
 
 namespace detail {
 // The argument kind a value is passed as: small integers widen as in a variadic call, enumerations
@@ -84,7 +86,7 @@ std::string FormatMessage(const std::string& format, const Args&... args) {
     }
 }
 
-[[noreturn]] void DatabaseError(const std::string& message);
+[[noreturn]] QUORDA_API void DatabaseError(const std::string& message);
 
 template <typename... Args>
 [[noreturn]] void DatabaseErrorFmt(const std::string& format, const Args&... args) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <array>
 #include <cstdint>
 
@@ -11,12 +13,12 @@ namespace quorda {
 using TExtended80 = std::array<std::uint8_t, 10>;
 
 // Exact: every double (denormals, infinities, NaN payload included) has an extended representation.
-TExtended80 DoubleToExtended(double Value);
+QUORDA_API TExtended80 DoubleToExtended(double Value);
 // Rounds to nearest (ties to even); values beyond the double range become infinities, values below
 // it zeros or denormals. Unnormal encodings are read by their value, pseudo-NaN/infinity as NaN.
-double ExtendedToDouble(const TExtended80& Bytes);
+QUORDA_API double ExtendedToDouble(const TExtended80& Bytes);
 
-void DoubleToExtendedBytes(double Value, void* Dest);
-double ExtendedBytesToDouble(const void* Source);
+QUORDA_API void DoubleToExtendedBytes(double Value, void* Dest);
+QUORDA_API double ExtendedBytesToDouble(const void* Source);
 
 } // namespace quorda

@@ -50,7 +50,7 @@ using TStreamProc = std::function<void(TStream& Stream)>;
 
 // What readers and writers share: the stream, the root component and the ancestor against which
 // HasData decisions are made.
-class TFiler {
+class QUORDA_API TFiler {
 public:
     explicit TFiler(TStream& Stream) : FStream(Stream) {}
     TFiler(const TFiler&) = delete;
@@ -77,7 +77,7 @@ private:
 };
 
 // Writes tagged values to the stream.
-class TWriter : public TFiler {
+class QUORDA_API TWriter : public TFiler {
 public:
     explicit TWriter(TStream& Stream) : TFiler(Stream) {}
 
@@ -125,7 +125,7 @@ public:
 
 // Reads tagged values from the stream; a value of the wrong kind raises EReadError
 // "Invalid property value", a short stream "Stream read error".
-class TReader : public TFiler {
+class QUORDA_API TReader : public TFiler {
 public:
     explicit TReader(TStream& Stream) : TFiler(Stream) {}
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <array>
 #include <string>
 
@@ -12,7 +14,7 @@ namespace quorda {
 // follow the C library's current locale, read once at first use.
 //
 // In date/time format strings '/' stands for DateSeparator and ':' for TimeSeparator.
-struct TFormatSettings {
+struct QUORDA_API TFormatSettings {
     char DecimalSeparator = '.';
     char ThousandSeparator = ',';
     char DateSeparator = '-';
@@ -49,9 +51,9 @@ struct TFormatSettings {
 
 // The process-wide settings used by every conversion that takes no explicit settings. The reference
 // stays valid for the life of the process; changing it is not synchronised with other threads.
-TFormatSettings& FormatSettings();
+QUORDA_API TFormatSettings& FormatSettings();
 
 // Fresh settings built from the defaults above and the C library's current locale.
-TFormatSettings DefaultFormatSettings();
+QUORDA_API TFormatSettings DefaultFormatSettings();
 
 } // namespace quorda

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <string>
 #include <string_view>
 
@@ -44,15 +46,15 @@ enum MessageId : int {
 
 // The current text of a message (the built-in English text unless a translation replaced it).
 // Unknown ids (65513 to 65519 carry no message) yield an empty string.
-std::string LoadStr(int id);
+QUORDA_API std::string LoadStr(int id);
 
 // The resource name of a message ("SODBCParameterNotFound"); empty for unnamed or unknown ids.
-std::string_view MessageName(int id);
+QUORDA_API std::string_view MessageName(int id);
 
 // Replaces the text of a known id (a translation); returns false for an unknown id.
-bool SetMessageText(int id, std::string text);
+QUORDA_API bool SetMessageText(int id, std::string text);
 
 // Restores every built-in text.
-void ResetMessageTexts();
+QUORDA_API void ResetMessageTexts();
 
 } // namespace quorda

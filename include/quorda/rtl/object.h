@@ -1,11 +1,13 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <functional>
 
 namespace quorda {
 
 // Root of every class that can be the sender of an event.
-class TObject {
+class QUORDA_API TObject {
 public:
     TObject() = default;
     TObject(const TObject&) = delete;

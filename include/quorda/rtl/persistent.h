@@ -10,7 +10,7 @@ namespace quorda {
 class TFiler;
 
 // Raised when Assign meets a source it cannot copy from.
-class EAssignError : public Exception {
+class QUORDA_API EAssignError : public Exception {
 public:
     using Exception::Exception;
 };
@@ -18,7 +18,7 @@ public:
 inline constexpr char SAssignError[] = "Cannot assign a %s to a %s";
 
 // An object that can copy itself from another one and take part in property streaming.
-class TPersistent : public TObject {
+class QUORDA_API TPersistent : public TObject {
 public:
     TPersistent() = default;
     ~TPersistent() override = default;

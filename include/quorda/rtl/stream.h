@@ -8,23 +8,23 @@
 
 namespace quorda {
 
-class EStreamError : public Exception {
+class QUORDA_API EStreamError : public Exception {
 public:
     using Exception::Exception;
 };
-class EReadError : public EStreamError {
+class QUORDA_API EReadError : public EStreamError {
 public:
     using EStreamError::EStreamError;
 };
-class EWriteError : public EStreamError {
+class QUORDA_API EWriteError : public EStreamError {
 public:
     using EStreamError::EStreamError;
 };
-class EFOpenError : public EStreamError {
+class QUORDA_API EFOpenError : public EStreamError {
 public:
     using EStreamError::EStreamError;
 };
-class EFCreateError : public EStreamError {
+class QUORDA_API EFCreateError : public EStreamError {
 public:
     using EStreamError::EStreamError;
 };
@@ -39,7 +39,7 @@ enum TSeekOrigin { soBeginning, soCurrent, soEnd };
 
 // A sequence of bytes with a position. Read and Write move as far as they can and return the number
 // of bytes moved; ReadBuffer and WriteBuffer raise when they fall short.
-class TStream {
+class QUORDA_API TStream {
 public:
     TStream() = default;
     TStream(const TStream&) = delete;
@@ -78,7 +78,7 @@ public:
 };
 
 // A stream over a block of memory owned by a descendant.
-class TCustomMemoryStream : public TStream {
+class QUORDA_API TCustomMemoryStream : public TStream {
 public:
     std::int64_t Read(void* Buffer, std::int64_t Count) override;
     std::int64_t Seek(std::int64_t Offset, TSeekOrigin Origin) override;
@@ -98,7 +98,7 @@ protected:
 };
 
 // A growable memory stream. Seeking past the end is allowed; the next write fills the gap with zeros.
-class TMemoryStream : public TCustomMemoryStream {
+class QUORDA_API TMemoryStream : public TCustomMemoryStream {
 public:
     TMemoryStream() = default;
     ~TMemoryStream() override = default;
@@ -123,7 +123,7 @@ private:
 };
 
 // A memory stream over a string.
-class TStringStream : public TMemoryStream {
+class QUORDA_API TStringStream : public TMemoryStream {
 public:
     TStringStream() = default;
     explicit TStringStream(const std::string& S);
@@ -148,7 +148,7 @@ enum : std::uint16_t {
 
 // A stream over an operating-system file. fmCreate creates or truncates the file for reading and
 // writing; the other modes open an existing file.
-class TFileStream : public TStream {
+class QUORDA_API TFileStream : public TStream {
 public:
     TFileStream(const std::string& FileName, std::uint16_t Mode);
     ~TFileStream() override;

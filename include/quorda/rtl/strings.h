@@ -14,7 +14,7 @@ class TStream;
 class TStringsIterator;
 class TStringsNameValues;
 
-class EStringListError : public Exception {
+class QUORDA_API EStringListError : public Exception {
 public:
     using Exception::Exception;
 };
@@ -27,7 +27,7 @@ enum TDuplicates { dupIgnore, dupAccept, dupError };
 
 // An indexed list of strings, each with an optional associated object. Descendants supply the
 // storage (Count, Get, Insert, Delete, Clear and the object accessors); everything else works on top.
-class TStrings : public TPersistent {
+class QUORDA_API TStrings : public TPersistent {
 public:
     TStrings() = default;
     ~TStrings() override = default;
@@ -148,7 +148,7 @@ using TStringListSortCompare = std::function<int(TStringList* List, int Index1, 
 
 // The string list with its own storage: sorting, duplicate rules, change events and optional
 // ownership of the associated objects.
-class TStringList : public TStrings {
+class QUORDA_API TStringList : public TStrings {
 public:
     TStringList() = default;
     explicit TStringList(bool OwnsObjects) : FOwnsObjects(OwnsObjects) {}

@@ -44,37 +44,37 @@ enum TVarType : std::uint16_t {
     varByRef = 0x4000,
 };
 
-class EVariantError : public Exception {
+class QUORDA_API EVariantError : public Exception {
 public:
     using Exception::Exception;
 };
 
 // "Could not convert variant of type (Null) into type (Integer)"
-class EVariantTypeCastError : public EVariantError {
+class QUORDA_API EVariantTypeCastError : public EVariantError {
 public:
     using EVariantError::EVariantError;
 };
 
 // "Overflow while converting variant of type (Double) into type (Integer)"
-class EVariantOverflowError : public EVariantError {
+class QUORDA_API EVariantOverflowError : public EVariantError {
 public:
     using EVariantError::EVariantError;
 };
 
 // "Variant array index out of bounds"
-class EVariantBadIndexError : public EVariantError {
+class QUORDA_API EVariantBadIndexError : public EVariantError {
 public:
     using EVariantError::EVariantError;
 };
 
 // "Invalid variant operation"
-class EVariantInvalidOpError : public EVariantError {
+class QUORDA_API EVariantInvalidOpError : public EVariantError {
 public:
     using EVariantError::EVariantError;
 };
 
 // "Invalid argument": an array operation on a value that is not an array, bad bounds.
-class EVariantInvalidArgError : public EVariantError {
+class QUORDA_API EVariantInvalidArgError : public EVariantError {
 public:
     using EVariantError::EVariantError;
 };
@@ -86,7 +86,7 @@ enum TVariantRelationship { vrEqual, vrLessThan, vrGreaterThan, vrNotEqual };
 // Copies are deep, arrays included. Conversions follow the classic rules: Empty reads as 0, "" or
 // False; Null reads as "" but raises EVariantTypeCastError for every other target; strings read as
 // numbers by the current DecimalSeparator and raise EVariantTypeCastError when they are not numbers.
-class Variant {
+class QUORDA_API Variant {
 public:
     Variant() noexcept = default;
     Variant(bool value) noexcept : FType(varBoolean), FValue(std::int64_t(value)) {}
@@ -149,7 +149,7 @@ public:
     Variant& operator[](int index);
 
     // The classic "=": see VarCompareValue.
-    friend bool operator==(const Variant& left, const Variant& right);
+    friend QUORDA_API bool operator==(const Variant& left, const Variant& right);
 
 private:
     struct ArrayData;
@@ -188,34 +188,34 @@ private:
 // A one-dimensional array of variants (varArray | varVariant) with the given inclusive bounds;
 // elements start Empty. highBound = lowBound - 1 makes an empty array; below that raises
 // EVariantInvalidArgError.
-Variant VarArrayCreate(int lowBound, int highBound);
+QUORDA_API Variant VarArrayCreate(int lowBound, int highBound);
 // An array of variants with lower bound 0.
-Variant VarArrayOf(std::initializer_list<Variant> values);
-int VarArrayLowBound(const Variant& value, int dim = 1);
-int VarArrayHighBound(const Variant& value, int dim = 1);
+QUORDA_API Variant VarArrayOf(std::initializer_list<Variant> values);
+QUORDA_API int VarArrayLowBound(const Variant& value, int dim = 1);
+QUORDA_API int VarArrayHighBound(const Variant& value, int dim = 1);
 // 1 for an array, 0 otherwise.
-int VarArrayDimCount(const Variant& value);
+QUORDA_API int VarArrayDimCount(const Variant& value);
 
 inline TVarType VarType(const Variant& value) noexcept {
     return value.VarType();
 }
-bool VarIsNull(const Variant& value) noexcept;
-bool VarIsEmpty(const Variant& value) noexcept;
-bool VarIsClear(const Variant& value) noexcept;
-bool VarIsArray(const Variant& value) noexcept;
-bool VarIsStr(const Variant& value) noexcept;
-bool VarIsOrdinal(const Variant& value) noexcept;
+QUORDA_API bool VarIsNull(const Variant& value) noexcept;
+QUORDA_API bool VarIsEmpty(const Variant& value) noexcept;
+QUORDA_API bool VarIsClear(const Variant& value) noexcept;
+QUORDA_API bool VarIsArray(const Variant& value) noexcept;
+QUORDA_API bool VarIsStr(const Variant& value) noexcept;
+QUORDA_API bool VarIsOrdinal(const Variant& value) noexcept;
 // The whole-number types, signed and unsigned (varSmallint ... varQWord; not varBoolean).
-bool VarTypeIsInteger(TVarType type) noexcept;
-bool VarIsFloat(const Variant& value) noexcept;
-bool VarIsNumeric(const Variant& value) noexcept;
+QUORDA_API bool VarTypeIsInteger(TVarType type) noexcept;
+QUORDA_API bool VarIsFloat(const Variant& value) noexcept;
+QUORDA_API bool VarIsNumeric(const Variant& value) noexcept;
 // "Integer", "String", "Array of Variant", ...
-std::string VarTypeAsText(TVarType type);
+QUORDA_API std::string VarTypeAsText(TVarType type);
 
 // The text of any non-array value; Null and Empty give "".
-std::string VarToStr(const Variant& value);
+QUORDA_API std::string VarToStr(const Variant& value);
 // The value converted to the given simple type (varEmpty and varNull give that value).
-Variant VarAsType(const Variant& value, TVarType type);
+QUORDA_API Variant VarAsType(const Variant& value, TVarType type);
 
 // Classic comparison. Empty equals only Empty and sorts first; Null equals only Null (so Null = Null
 // is true) and sorts before every other value; numbers of any kind compare numerically, a boolean
@@ -224,7 +224,7 @@ Variant VarAsType(const Variant& value, TVarType type);
 // two strings compare byte by byte, case-sensitively; a boolean against a string compares their
 // texts. Arrays compare element by element and only with arrays (EVariantInvalidOpError otherwise);
 // unequal arrays are vrNotEqual.
-TVariantRelationship VarCompareValue(const Variant& left, const Variant& right);
-bool VarSameValue(const Variant& left, const Variant& right);
+QUORDA_API TVariantRelationship VarCompareValue(const Variant& left, const Variant& right);
+QUORDA_API bool VarSameValue(const Variant& left, const Variant& right);
 
 } // namespace quorda
