@@ -36,13 +36,14 @@ TRegisterRun::TRegisterRun(std::string Workload, std::string Impl, std::string M
 }
 
 const std::vector<std::string>& WorkloadNames() {
-    static const std::vector<std::string> names{"scan", "scroll", "count", "insert", "params"};
+    static const std::vector<std::string> names{"scan",   "scroll", "count", "insert",
+                                                "params", "export", "import"};
     return names;
 }
 
 int ModeRank(const std::string& Mode) {
-    static const std::vector<std::string> modes{"scrollable", "forward",  "block", "loop",
-                                                "probe",      "prepared", "array", "markers"};
+    static const std::vector<std::string> modes{"scrollable", "forward", "block",   "loop", "probe",
+                                                "prepared",   "array",   "markers", "check"};
     return RankIn(modes, Mode);
 }
 

@@ -95,8 +95,9 @@ void TODBCDataSet::DropStatement() {
     TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
     TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
     CheckCall(FEngine->Stmt.Free(), "SQLFreeStmt(SQL_DROP)");
-    // Nothing is bound any more.
+    // Nothing is bound any more, and the next statement may belong to another connection.
     FParamValues.clear();
+    FEngine->Quirks.reset();
 }
 
 void TODBCDataSet::InternalClose() {
@@ -133,6 +134,8 @@ void TODBCDataSet::SetPrepared(bool Value) {
         PrepareSQL(FRealSQL);
     } else if (FEngine->Stmt) {
         InternalFreeStmt(SQL_RESET_PARAMS);
+        // Nothing is bound any more.
+        FParamValues.clear();
     }
     FPrepared = Value;
 }
