@@ -20,23 +20,44 @@ constexpr std::size_t kBatchChunkRows = 1000;
 // "yyyy-mm-dd hh:mm:ss.fff", as for single parameters.
 constexpr SQLULEN kTimestampColumnSize = 23;
 
-// The type a column takes from a value, as a single parameter does, except that a 64-bit integer
-// stays 64 bits wide instead of being cut to 32.
+// The type a column takes from a value, as a single parameter does (SetAsVariant), except that a
+// 64-bit integer stays 64 bits wide instead of being cut to 32.
 TFieldType FieldTypeOfValue(const Variant& Value) {
     switch (Value.VarType()) {
     case varInt64:
     case varQWord:
         return ftLargeint;
-    default: {
-        TODBCParam probe(nullptr);
-        probe.SetAsVariant(Value);
-        return probe.DataType();
-    }
+    case varSmallint:
+    case varInteger:
+    case varShortInt:
+    case varByte:
+    case varWord:
+    case varLongWord:
+        return ftInteger;
+    case varSingle:
+    case varDouble:
+        return ftFloat;
+    case varCurrency:
+        return ftCurrency;
+    case varDate:
+        return ftDateTime;
+    case varBoolean:
+        return ftBoolean;
+    case varString:
+    case varOleStr:
+        return ftString;
+    default:
+        return ftUnknown;
     }
 }
 
 // Gives Cell the value converted to Type, so that every row of a column binds alike.
 void AssignTyped(TODBCParam& Cell, TFieldType Type, const Variant& Value) {
+    // A value of the column's own type goes in as it is (the common case, one copy).
+    if (Type != ftLargeint && Type != ftUnknown && FieldTypeOfValue(Value) == Type) {
+        Cell.SetAsVariant(Value);
+        return;
+    }
     switch (Type) {
     case ftSmallint:
         Cell.SetAsSmallInt(Value.AsInteger());
@@ -116,6 +137,14 @@ EODBCBatchError::EODBCBatchError(std::size_t RowIndex, const std::string& Messag
                  Cause != nullptr ? Cause->NativeMessage() : Message),
       FRowIndex(RowIndex) {}
 
+void TODBCDataSet::ReleaseBatchStatement() noexcept {
+    TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
+    FEngine->Stmt.Reset();
+    FParamValues.clear();
+    FEngine->Quirks.reset();
+    FPrepared = false;
+}
+
 TODBCDataSetEngine& EngineOf(TODBCDataSet& DataSet) {
     return *DataSet.FEngine;
 }
@@ -132,7 +161,31 @@ std::int64_t TODBCDataSet::ExecSQLBatch(const std::vector<std::vector<Variant>>&
                                   nullptr);
         }
     }
-    CreateHandle();
+    // A batch has no cursor. On a scrollable (keyset) statement psqlODBC runs parameter arrays one
+    // row per round trip, so a statement made here is forward-only, and released afterwards so that
+    // the dataset's next statement gets its own cursor type again.
+    const bool ownHandle = !FEngine->Stmt && !FUniDirectional;
+    if (ownHandle) {
+        FUniDirectional = true;
+        try {
+            CreateHandle();
+        } catch (...) {
+            FUniDirectional = false;
+            throw;
+        }
+        FUniDirectional = false;
+    } else {
+        CreateHandle();
+    }
+    struct TReleaseOwnHandle {
+        TODBCDataSet& DataSet;
+        bool Own;
+        ~TReleaseOwnHandle() {
+            if (Own) {
+                DataSet.ReleaseBatchStatement();
+            }
+        }
+    } release{*this, ownHandle};
     if (!FPrepared) {
         Prepare();
     }
@@ -152,7 +205,7 @@ std::int64_t TODBCDataSet::ExecSQLBatch(const std::vector<std::vector<Variant>>&
             column.Type = ftString;
             const auto first = std::find_if(Rows.begin(), Rows.end(),
                                             [col](const auto& row) { return !VarIsNull(row[col]); });
-            if (first != Rows.end()) {
+            if (first != Rows.end() && FieldTypeOfValue((*first)[col]) != ftUnknown) {
                 column.Type = FieldTypeOfValue((*first)[col]);
             }
         }
@@ -295,20 +348,54 @@ std::int64_t TODBCDataSet::ExecSQLBatch(const std::vector<std::vector<Variant>>&
         processed = 0;
         CheckStmtCall(SQLParamOptions(stmt, count, &processed), "SQLParamOptions");
         const SQLRETURN ret = TraceODBC(SQLExecute(stmt), "SQLExecute");
-        const auto failed = std::find(status.begin(), status.begin() + static_cast<std::ptrdiff_t>(count),
-                                      static_cast<SQLUSMALLINT>(SQL_PARAM_ERROR));
-        const bool rowFailed = failed != status.begin() + static_cast<std::ptrdiff_t>(count);
-        if (!RetCodeIsSuccessful(ret) || rowFailed) {
-            // Without a status the last row processed is the one that stopped the array.
-            std::size_t row = rowFailed ? static_cast<std::size_t>(failed - status.begin())
-                                        : (processed > 0 ? processed - 1 : 0);
-            failAt(first + std::min(row, count - 1));
-        }
-        // Drivers that count per parameter set hand out one count per result.
-        addRowCount();
-        while (TraceODBC(SQLMoreResults(stmt), "SQLMoreResults") == SQL_SUCCESS) {
+        const auto end = status.begin() + static_cast<std::ptrdiff_t>(count);
+        const auto failed = std::find(status.begin(), end, static_cast<SQLUSMALLINT>(SQL_PARAM_ERROR));
+        if (RetCodeIsSuccessful(ret) && failed == end) {
+            // Drivers that count per parameter set hand out one count per result.
             addRowCount();
+            while (TraceODBC(SQLMoreResults(stmt), "SQLMoreResults") == SQL_SUCCESS) {
+                addRowCount();
+            }
+            continue;
         }
+        const bool filled =
+            std::any_of(status.begin(), end, [](SQLUSMALLINT s) { return s != SQL_PARAM_UNUSED; });
+        if (!filled) {
+            // Without a status the last row processed is the one that stopped the array.
+            failAt(first + std::min<std::size_t>(processed > 0 ? processed - 1 : 0, count - 1));
+        }
+        if (std::count(status.begin(), end, static_cast<SQLUSMALLINT>(SQL_PARAM_ERROR)) == 1) {
+            failAt(first + static_cast<std::size_t>(failed - status.begin()));
+        }
+        // The driver sends arrays in groups and marks a whole group that failed (psqlODBC): the rows
+        // from the first one not applied run again one at a time, so that the failing one is named.
+        // Where the failure aborted the transaction, the retry fails at once and the group's first
+        // row is named with the original diagnostics.
+        EODBCError cause = CreateODBCError(nullptr, nullptr, stmt);
+        const auto applied = [](SQLUSMALLINT s) {
+            return s == SQL_PARAM_SUCCESS || s == SQL_PARAM_SUCCESS_WITH_INFO;
+        };
+        const auto from =
+            static_cast<std::size_t>(std::find_if_not(status.begin(), end, applied) - status.begin());
+        CheckStmtCall(SQLParamOptions(stmt, 1, &processed), "SQLParamOptions");
+        for (std::size_t row = from; row < count; ++row) {
+            for (std::size_t col = 0; col < paramCount; ++col) {
+                TBatchColumn& column = columns[col];
+                CheckStmtCall(SQLBindParameter(stmt, static_cast<SQLUSMALLINT>(col + 1), SQL_PARAM_INPUT,
+                                               column.Layout.CType, column.Layout.SqlType, column.ColumnSize,
+                                               0, column.Buffer.data() + row * column.Width,
+                                               static_cast<SQLLEN>(column.Width), &column.Indicators[row]),
+                              "SQLBindParameter");
+            }
+            if (!RetCodeIsSuccessful(TraceODBC(SQLExecute(stmt), "SQLExecute"))) {
+                EODBCError again = CreateODBCError(nullptr, nullptr, stmt);
+                if (row == from || again.SQLState().rfind("25P02", 0) == 0) {
+                    throw EODBCBatchError(first + from, cause.Message(), &cause);
+                }
+                throw EODBCBatchError(first + row, again.Message(), &again);
+            }
+        }
+        throw EODBCBatchError(first + from, cause.Message(), &cause);
     }
     SetState(dsBrowse);
     return affected;

@@ -24,8 +24,12 @@ protected:
     std::unique_ptr<TODBCQuery> Query(const std::string& SQL, const std::optional<TDriverQuirks>& Path) {
         auto query = CreateQuery();
         query->SQL().SetText(SQL);
-        query->Prepare();
-        EngineOf(*query).Quirks = Path;
+        // Left to itself the batch makes its own forward-only statement; a path is forced on a
+        // statement prepared beforehand.
+        if (Path) {
+            query->Prepare();
+            EngineOf(*query).Quirks = Path;
+        }
         return query;
     }
 };

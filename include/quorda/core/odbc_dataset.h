@@ -256,6 +256,9 @@ private:
     bool GetStateRecBuf(TRecordBuffer& RecBuf);
     // Sends the values of data-at-execution parameters after SQLExecute answered SQL_NEED_DATA.
     void SendDataAtExecution();
+    // Frees the forward-only statement a batch made for itself (nothing checked: it runs on the way
+    // out of ExecSQLBatch, also after an error).
+    void ReleaseBatchStatement() noexcept;
     // SQLFreeStmt with SQL_RESET_PARAMS, SQL_UNBIND and SQL_DROP; only the drop is checked.
     void DropStatement();
 
