@@ -3,6 +3,7 @@
 #include "edit_common.h"
 #include "params_text.h"
 #include "row_generator.h"
+#include "transfer_files.h"
 
 #include <algorithm>
 #include <sstream>
@@ -54,7 +55,8 @@ std::string Usage() {
     return "usage: quorda_bench [options]\n"
            "  --rows N          rows in the bench table (default 1000000)\n"
            "  --runs N          timed runs per configuration after one warm-up (default 5)\n"
-           "  --only LIST       workloads to run: scan,scroll,count,insert,edit,params\n"
+           "  --only LIST       workloads to run: scan,scroll,count,insert,edit,params,\n"
+           "                    export,import\n"
            "  --impl LIST       implementations to run: raw,quorda,multi,qtsql\n"
            "  --source S        sqlite, pgsql, mariadb or all (default all)\n"
            "  --quick           small row counts and one run, for a smoke test\n"
@@ -245,7 +247,9 @@ std::vector<TConfig> PlanConfigs(const TOptions& Options, const TSourceStrings& 
                 add(workload, s.Source, s.Strings, std::min(Options.Visit, Options.Rows));
             } else if (workload == "count") {
                 add(workload, s.Source, s.Strings, Options.Rows);
-            } else if (workload == "insert") {
+            } else if (workload == "export") {
+                add(workload, s.Source, s.Strings, Options.Rows);
+            } else if (workload == "insert" || workload == "import") {
                 add(workload, s.Source, s.Strings, Options.InsertRows);
             } else if (workload == "edit") {
                 // Every post commits and refreshes: a smoke run edits a tenth of the rows.
@@ -262,6 +266,10 @@ std::uint64_t ExpectedChecksum(const TConfig& Config) {
     const TBenchContext& c = Config.Context;
     if (w == "scan" || w == "insert")
         return ExpectedRangeChecksum(1, c.Rows);
+    if (w == "import")
+        return ExpectedRangeChecksum(1, c.Rows);
+    if (w == "export")
+        return ExpectedIdChecksum(c.Rows);
     if (w == "scroll")
         return ExpectedScrollChecksum(c.Rows, ScrollJumpTargets(c.Rows, c.Jumps));
     if (w == "edit")

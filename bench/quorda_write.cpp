@@ -11,6 +11,8 @@
 #include <quorda/core/odbc_params.h>
 #include <quorda/rtl/datetime.h>
 #include <quorda/rtl/strings.h>
+#include <quorda/rtl/variant.h>
+#include <vector>
 
 namespace quorda::bench {
 
@@ -65,6 +67,49 @@ private:
     std::array<TODBCParam*, 5> FParams{};
 };
 
+// The same rows through ExecSQLBatch: the rows of values are built in the timed part, as an
+// application holding its own records would build them.
+class TQuordaBatchInsert : public TBenchRun {
+public:
+    explicit TQuordaBatchInsert(const TBenchContext& Context)
+        : FConnection(Context.ScrollConnect), FCheck(Context.ScrollConnect),
+          FRows(GenerateRows(Context.Rows)),
+          FQuery(FConnection.NewQuery("insert into bench_bat_quorda (id, qty, price, name, created) "
+                                      "values (:id, :qty, :price, :name, :created)")) {}
+
+    void Prepare() override { RecreateTable(FCheck, kBatchTarget); }
+
+    std::int64_t Execute() override {
+        std::vector<std::vector<Variant>> rows;
+        rows.reserve(FRows.size());
+        for (const TBenchRow& row : FRows) {
+            const TBenchTimestamp& t = row.Created;
+            rows.push_back({static_cast<std::int32_t>(row.Id), static_cast<std::int32_t>(row.Qty), row.Price,
+                            row.Name,
+                            Variant::FromDateTime(EncodeDateTime(t.Year, t.Month, t.Day, t.Hour, t.Minute,
+                                                                 t.Second, t.Millisecond))});
+        }
+        FConnection.Database().StartTransaction();
+        FQuery->ExecSQLBatch(rows);
+        FConnection.Database().Commit();
+        FQuery->UnPrepare();
+        return static_cast<std::int64_t>(FRows.size());
+    }
+
+    std::uint64_t Checksum() override {
+        const auto count = static_cast<std::int64_t>(FRows.size());
+        return ScanChecksum(FCheck, BenchSelect(count, count, kBatchTarget));
+    }
+
+private:
+    static constexpr const char* kBatchTarget = "bench_bat_quorda";
+
+    TQuordaConnection FConnection;
+    TRawConnection FCheck;
+    std::vector<TBenchRow> FRows;
+    std::unique_ptr<TODBCQuery> FQuery;
+};
+
 class TQuordaParams : public TBenchRun {
 public:
     explicit TQuordaParams(const TBenchContext& Context)
@@ -97,6 +142,9 @@ private:
 
 const TRegisterRun prepared("insert", "quorda", "prepared", [](const TBenchContext& Context) {
     return std::make_unique<TQuordaInsert>(Context);
+});
+const TRegisterRun batch("insert", "quorda", "array", [](const TBenchContext& Context) {
+    return std::make_unique<TQuordaBatchInsert>(Context);
 });
 const TRegisterRun markers("params", "quorda", "markers", [](const TBenchContext& Context) {
     return std::make_unique<TQuordaParams>(Context);

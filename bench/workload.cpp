@@ -38,13 +38,14 @@ TRegisterRun::TRegisterRun(std::string Workload, std::string Impl, std::string M
 }
 
 const std::vector<std::string>& WorkloadNames() {
-    static const std::vector<std::string> names{"scan", "scroll", "count", "insert", "edit", "params"};
+    static const std::vector<std::string> names{"scan", "scroll", "count",  "insert",
+                                                "edit", "params", "export", "import"};
     return names;
 }
 
 int ModeRank(const std::string& Mode) {
     static const std::vector<std::string> modes{"scrollable", "forward", "block",   "loop", "probe",
-                                                "prepared",   "array",   "markers", "post"};
+                                                "prepared",   "array",   "markers", "post", "check"};
     return RankIn(modes, Mode);
 }
 

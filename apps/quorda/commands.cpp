@@ -174,12 +174,16 @@ void RunImport(TODBCDatabase& Db, const std::string& File, const std::string& Ta
                bool Update) {
     Progress progress("imported");
     std::int64_t lines = 0;
-    // Without a key no row counts as existing: every line is appended.
-    ImportDataSet(File, Table, Key.empty() ? "where 1 = 0" : Key, Update ? itUpdateExists : itIgnoreExists,
-                  [&](std::int64_t done) {
-                      lines = done;
-                      progress.Update(done);
-                  });
+    const auto report = [&](std::int64_t done) {
+        lines = done;
+        progress.Update(done);
+    };
+    // Without a key every line is appended, in batches.
+    if (Key.empty()) {
+        AppendDataSet(File, Table, report);
+    } else {
+        ImportDataSet(File, Table, Key, Update ? itUpdateExists : itIgnoreExists, report);
+    }
     progress.Finish(lines);
     std::cout << lines << " lines imported into " << Table << '\n';
 }

@@ -1,5 +1,6 @@
 #include "driver_quirks_p.h"
 #include "quorda/odbc/odbc_check.h"
+#include "quorda/odbc/odbc_error.h"
 
 #include <array>
 
@@ -15,6 +16,7 @@ TDriverQuirks DriverQuirksFor(std::string_view DriverName) {
     // SQLite ODBC stores text parameters up to their first NUL byte, inline and sent at execution.
     if (DriverName.find("sqlite3odbc") != std::string_view::npos) {
         quirks.TextRejectsNul = true;
+        quirks.ParamArraysSlowerThanSingleExecutes = true;
     }
     return quirks;
 }
@@ -30,6 +32,14 @@ TDriverQuirks DriverQuirksOf(SQLHDBC Connection) {
     }
     name.back() = 0;
     return DriverQuirksFor(reinterpret_cast<const char*>(name.data()));
+}
+
+TDriverQuirks ProbeDriverQuirks(SQLHDBC Connection) {
+    TDriverQuirks quirks = DriverQuirksOf(Connection);
+    SQLUINTEGER rowCounts = 0;
+    quirks.ParamArrays = quorda::RetCodeIsSuccessful(
+        SQLGetInfo(Connection, SQL_PARAM_ARRAY_ROW_COUNTS, &rowCounts, sizeof rowCounts, nullptr));
+    return quirks;
 }
 
 } // namespace quorda

@@ -1,5 +1,5 @@
-// Known limits of particular drivers that the driver cannot be asked about, in one place. Each is
-// documented in docs/odbc-quirks.md with the test that pins it down.
+// Known behaviours and limits of particular drivers that the engine works around or that the driver
+// cannot be asked about, in one place. docs/odbc-quirks.md lists each with the test that pins it down.
 #pragma once
 
 #include "odbc/odbc_api_p.h"
@@ -22,12 +22,23 @@ struct TDriverQuirks {
     // Text parameters cannot carry a NUL byte: PostgreSQL refuses one in any text value, SQLite ODBC
     // cuts the value at it.
     bool TextRejectsNul = false;
+    // The driver takes arrays of parameter sets (SQL_ATTR_PARAMSET_SIZE) and reports how it counts
+    // their rows (SQL_PARAM_ARRAY_ROW_COUNTS answers).
+    bool ParamArrays = false;
+    // SQLite ODBC 0.9998 takes parameter arrays but runs them as single executions inside the
+    // driver, a little slower than the library executing each row itself: batches execute row by row.
+    bool ParamArraysSlowerThanSingleExecutes = false;
+
+    // Whether a batch should go through parameter arrays.
+    bool UseParamArrays() const { return ParamArrays && !ParamArraysSlowerThanSingleExecutes; }
 };
 
-// The quirks of a driver by the file name it reports for SQL_DRIVER_NAME ("psqlodbcw.so").
+// The quirks known by the file name a driver reports for SQL_DRIVER_NAME ("psqlodbcw.so").
 TDriverQuirks DriverQuirksFor(std::string_view DriverName);
-// The quirks of the driver behind an open connection (one SQLGetInfo call; none known when the driver
-// cannot tell its name).
+// The quirks of the driver behind an open connection, by its name (one SQLGetInfo call; none known
+// when the driver cannot tell its name).
 TDriverQuirks DriverQuirksOf(SQLHDBC Connection);
+// DriverQuirksOf, plus what the driver answers about parameter arrays.
+TDriverQuirks ProbeDriverQuirks(SQLHDBC Connection);
 
 } // namespace quorda

@@ -15,17 +15,10 @@
 namespace quorda {
 namespace {
 
-// The time-stamp fraction in nanoseconds from the milliseconds, built by text: the count padded
-// with zeros on the left to three digits, then on the right to nine ("7" -> "007000000").
+// The time-stamp fraction in nanoseconds from the milliseconds (the count read as the first three of
+// nine fraction digits: 7 ms -> 007000000).
 SQLUINTEGER FractionFromMilliseconds(unsigned Milliseconds) {
-    std::string digits = std::to_string(Milliseconds);
-    if (digits.size() < 3) {
-        digits.insert(0, 3 - digits.size(), '0');
-    }
-    if (digits.size() < 9) {
-        digits.append(9 - digits.size(), '0');
-    }
-    return static_cast<SQLUINTEGER>(std::stoul(digits));
+    return static_cast<SQLUINTEGER>(Milliseconds) * 1000000u;
 }
 
 // "yyyy-mm-dd hh:mm:ss.fff"
@@ -48,24 +41,21 @@ void TODBCDataSet::Translate(const char* Src, char* Dest, bool ToOem) {
 
 SQLLEN TODBCDataSet::ConvertData(TODBCParam* Param, TParamValueItem& Item) {
     const TFieldType dataType = Param->DataType();
-    // Text of a string or memo parameter: the value and its terminating zero, translated on request.
+    // Text of a string or memo parameter: the value and a terminating zero (a formatted memo's
+    // native data carries none, its buffer still gets one so the text stays bounded), translated on
+    // request.
     auto storeText = [&](SQLSMALLINT SqlType) {
         Item.CType = SQL_C_CHAR;
         Item.SqlType = SqlType;
-        const int size = Param->GetDataSize();
-        std::string text(static_cast<std::size_t>(size) + 1, '\0');
-        Param->GetData(text.data());
-        Item.Data.assign(static_cast<std::size_t>(size), std::byte{0});
-        if (dataType == ftFmtMemo) {
-            // Its native data carries no terminator; the buffer gets one so the text stays bounded.
-            Item.Data.push_back(std::byte{0});
-        }
+        const std::string text = Param->GetAsMemo();
+        Item.Data.resize(text.size() + 1);
+        auto* dest = reinterpret_cast<char*>(Item.Data.data());
         if (FTranslate && Param->Translate()) {
-            Translate(text.c_str(), reinterpret_cast<char*>(Item.Data.data()), true);
+            Translate(text.c_str(), dest, true);
         } else {
-            std::memcpy(Item.Data.data(), text.data(), Item.Data.size());
+            std::memcpy(dest, text.c_str(), text.size() + 1);
         }
-        return static_cast<SQLLEN>(Item.Data.size()) - 1;
+        return static_cast<SQLLEN>(text.size());
     };
 
     switch (dataType) {
@@ -172,17 +162,24 @@ void TODBCDataSet::CheckParamCount() {
 
 void TODBCDataSet::BindAllParam() {
     CheckParamCount();
-    InternalFreeStmt(SQL_RESET_PARAMS);
-    FParamValues.clear();
+    const auto count = static_cast<std::size_t>(GetParamsCount());
+    if (FParamValues.size() != count) {
+        InternalFreeStmt(SQL_RESET_PARAMS);
+        FParamValues.clear();
+        FParamValues.resize(count);
+    }
     const SQLLEN atExecSize = FODBCDatabase != nullptr ? FODBCDatabase->ParamAtExecSize() : 8192;
     bool textNulChecked = false;
     bool textRejectsNul = false;
-    for (int i = 0; i < GetParamsCount(); ++i) {
-        TODBCParam* param = Params().Items(i);
-        auto owned = std::make_unique<TParamValueItem>();
+    for (std::size_t i = 0; i < count; ++i) {
+        TODBCParam* param = Params().Items(static_cast<int>(i));
+        std::unique_ptr<TParamValueItem>& owned = FParamValues[i];
+        if (!owned) {
+            owned = std::make_unique<TParamValueItem>();
+        }
         TParamValueItem& item = *owned;
+        // Converted into the item's own buffer, which keeps its address while the value fits.
         const SQLLEN length = ConvertData(param, item);
-        FParamValues.push_back(std::move(owned));
         // Text is bound with its byte length, so a NUL byte inside arrives; a driver that cannot
         // take one gets a clear refusal instead of a cut or rejected value.
         if (item.CType == SQL_C_CHAR && !param->IsNull() && length > 0 &&
@@ -213,14 +210,27 @@ void TODBCDataSet::BindAllParam() {
         } else {
             item.LengthIndicator = length;
         }
-        item.ParamIndex = i;
+        item.ParamIndex = static_cast<std::int32_t>(i);
+        if (atExecution && item.SqlType == SQL_CHAR) {
+            item.SqlType = SQL_LONGVARCHAR;
+            columnSize *= 2;
+        }
+        const bool text =
+            item.SqlType == SQL_LONGVARCHAR || item.SqlType == SQL_CHAR || item.SqlType == SQL_VARCHAR;
+        // Text bound before under the same types keeps its larger column size: a shorter value fits
+        // it, and repeated executions with texts of varying length need not bind again.
+        const bool sameTypes = item.Bound && !item.BoundAtExecution && !atExecution &&
+                               KeepsBinding(item.CType) && item.BoundCType == item.CType &&
+                               item.BoundSqlType == item.SqlType;
+        if (sameTypes && text && columnSize < item.BoundColumnSize) {
+            columnSize = item.BoundColumnSize;
+        }
+        if (sameTypes && columnSize == item.BoundColumnSize && item.BoundData == item.Data.data()) {
+            continue;
+        }
         const auto number = static_cast<SQLUSMALLINT>(i + 1);
         SQLRETURN ret;
         if (atExecution) {
-            if (item.SqlType == SQL_CHAR) {
-                item.SqlType = SQL_LONGVARCHAR;
-                columnSize *= 2;
-            }
             // The value pointer is the token SQLParamData hands back: the item's own index.
             ret = SQLBindParameter(FEngine->Stmt.Get(), number, SQL_PARAM_INPUT, item.CType, item.SqlType,
                                    columnSize, 0, &item.ParamIndex, 0, &item.LengthIndicator);
@@ -229,7 +239,14 @@ void TODBCDataSet::BindAllParam() {
                                    columnSize, 0, item.Data.data(), static_cast<SQLLEN>(columnSize),
                                    &item.LengthIndicator);
         }
+        item.Bound = false;
         CheckStmtCall(ret, "SQLBindParameter");
+        item.Bound = true;
+        item.BoundAtExecution = atExecution;
+        item.BoundCType = item.CType;
+        item.BoundSqlType = item.SqlType;
+        item.BoundColumnSize = columnSize;
+        item.BoundData = item.Data.data();
     }
 }
 

@@ -2,6 +2,7 @@
 
 // The engine behind TODBCDataSet: binding records, record layout and statement state. Private to
 // the library: its own modules (and in-tree tests) include it as "core/odbc_dataset_p.h".
+#include "driver_quirks_p.h"
 #include "odbc/odbc_api_p.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_handle.h"
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace quorda {
@@ -25,7 +27,23 @@ struct TParamValueItem {
     SQLSMALLINT CType = 0;
     SQLSMALLINT SqlType = 0;
     std::int32_t ParamIndex = 0;
+    // What SQLBindParameter was last given for this item. A later execution whose value converts to
+    // the same types, column size and buffer keeps the binding and rewrites only the value bytes
+    // and the length/indicator.
+    bool Bound = false;
+    bool BoundAtExecution = false;
+    SQLSMALLINT BoundCType = 0;
+    SQLSMALLINT BoundSqlType = 0;
+    SQLULEN BoundColumnSize = 0;
+    const std::byte* BoundData = nullptr;
 };
+
+// Whether a parameter bound as CType may keep its binding across executions, only its value bytes
+// and length rewritten. SQLite ODBC 0.9998 reads the length of a binary parameter when it is bound,
+// not when the statement executes: binary parameters are bound again for every execution.
+constexpr bool KeepsBinding(SQLSMALLINT CType) {
+    return CType != SQL_C_BINARY;
+}
 
 // One result column bound with SQLBindCol. In single-row mode Data holds one slot of Length bytes
 // and Length doubles as the length/indicator cell after each fetch; in block mode Data holds
@@ -83,6 +101,11 @@ struct TODBCDataSetEngine {
     // Held while the statement handle is set or freed, and by Cancel, so that a cancel from another
     // thread never reaches a freed handle.
     std::mutex StmtLock;
+    // Probed at the first batch; tests set it to force a path.
+    std::optional<TDriverQuirks> Quirks;
 };
+
+// The engine of a dataset, for the engine's own sources and in-tree tests.
+TODBCDataSetEngine& EngineOf(TODBCDataSet& DataSet);
 
 } // namespace quorda

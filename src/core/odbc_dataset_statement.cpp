@@ -120,8 +120,9 @@ void TODBCDataSet::DropStatement() {
     TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_RESET_PARAMS), "SQLFreeStmt(SQL_RESET_PARAMS)");
     TraceODBC(SQLFreeStmt(FEngine->Stmt.Get(), SQL_UNBIND), "SQLFreeStmt(SQL_UNBIND)");
     CheckCall(FreeStmtHandle(), "SQLFreeStmt(SQL_DROP)");
-    // Nothing is bound any more.
+    // Nothing is bound any more, and the next statement may belong to another connection.
     FParamValues.clear();
+    FEngine->Quirks.reset();
 }
 
 void TODBCDataSet::InternalClose() {
@@ -158,6 +159,8 @@ void TODBCDataSet::SetPrepared(bool Value) {
         PrepareSQL(FRealSQL);
     } else if (FEngine->Stmt) {
         InternalFreeStmt(SQL_RESET_PARAMS);
+        // Nothing is bound any more.
+        FParamValues.clear();
     }
     FPrepared = Value;
 }

@@ -1,5 +1,6 @@
 #include "quorda/tools/text_transfer.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -27,8 +28,17 @@ void ConverString(const std::string& Text, bool Encode, std::string& Result) {
     Result.clear();
     Result.reserve(Text.size());
     const std::string_view text(Text);
+    // The first characters of the texts searched for: runs without them are copied whole.
+    static constexpr std::string_view kEncodeStarts("'\\\0\r\n", 5);
+    const std::string_view starts = Encode ? kEncodeStarts : std::string_view("'\\");
     std::size_t pos = 0;
     while (pos < text.size()) {
+        const std::size_t next = std::min(text.find_first_of(starts, pos), text.size());
+        Result.append(text, pos, next - pos);
+        pos = next;
+        if (pos == text.size()) {
+            break;
+        }
         bool replaced = false;
         for (const TEscapePair& pair : kEscapes) {
             const std::string_view search = Encode ? pair.Plain : pair.Escaped;

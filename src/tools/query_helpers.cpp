@@ -129,6 +129,13 @@ std::int32_t ExecQueryLong(const std::string& SQL, const std::vector<Variant>& V
     return ExecQueryLongOn(*query, SQL, Values, ClearIndexes);
 }
 
+std::int64_t ExecQueryBatch(const std::string& SQL, const std::vector<std::vector<Variant>>& Rows) {
+    const auto query = CreateQuery();
+    query->SQL().SetText(SQL);
+    TExecCursorScope cursor;
+    return query->ExecSQLBatch(Rows);
+}
+
 std::unique_ptr<TODBCQuery> OpenQueryLong(const std::string& SQL, const std::vector<Variant>& Values) {
     auto query = CreateQuery();
     OpenQueryLongOn(*query, SQL, Values, false);

@@ -126,21 +126,26 @@ void CopyValue(const TODBCParam& From, TODBCParam& To) {
     }
 }
 
+// "insert into T(a,b) Values(:a,:b)" for the header line "a,b".
+std::string InsertStatement(const std::string& TableName, const std::string& Header) {
+    std::string names;
+    for (const char c : Header) {
+        names += c;
+        if (c == ',') {
+            names += ':';
+        }
+    }
+    return "insert into " + TableName + "(" + Header + ") Values(:" + names + ")";
+}
+
 // The statements of one import, prepared at its first row and executed again for every row.
 class TImportStatements {
 public:
     TImportStatements(const std::string& TableName, const std::string& KeyCondition,
                       const std::string& Header, TDataSet& Columns)
         : FTableName(TableName), FKeyCondition(KeyCondition) {
-        std::string names;
-        for (const char c : Header) {
-            names += c;
-            if (c == ',') {
-                names += ':';
-            }
-        }
         FInsert = CreateQuery();
-        FInsert->SQL().SetText("insert into " + TableName + "(" + Header + ") Values(:" + names + ")");
+        FInsert->SQL().SetText(InsertStatement(TableName, Header));
         PrepareQry(FInsert.get());
         for (int i = 0; i < FInsert->GetParamsCount(); ++i) {
             FColumnTypes.push_back(Columns.FieldByName(FInsert->Params()[i]->Name())->DataType());
@@ -204,7 +209,101 @@ private:
     std::vector<TFieldType> FColumnTypes;
 };
 
+// Rows handed to one batch execution while appending.
+constexpr std::size_t kAppendBatchRows = 1000;
+
+// Runs Body inside a transaction of DataBase: committed when it returns, rolled back when it raises;
+// the error passes on with the number of the line being handled.
+template <typename Body>
+void InImportTransaction(std::int64_t& LineNumber, Body&& Run) {
+    DataBase->StartTransaction();
+    try {
+        Run();
+        DataBase->Commit();
+    } catch (...) {
+        try {
+            DataBase->Rollback();
+        } catch (...) {
+            // The error that stopped the import is the one to report.
+        }
+        RethrowWithLine(LineNumber);
+    }
+}
+
+// The table's column types by name, read from an empty result.
+std::unique_ptr<TODBCQuery> OpenColumns(const std::string& TableName) {
+    auto columns = CreateQuery();
+    columns->SetUniDirectional(true);
+    columns->SQL().SetText("select * from " + TableName + " where 1 = 0");
+    columns->Open();
+    return columns;
+}
+
 } // namespace
+
+void AppendDataSet(const std::string& FileName, const std::string& TableName,
+                   const TTransferProgress& Progress) {
+    TLineReader file(FileName);
+    std::string header;
+    if (!file.ReadLine(header)) {
+        return;
+    }
+    const auto columns = OpenColumns(TableName);
+    const auto insert = CreateQuery();
+    insert->SQL().SetText(InsertStatement(TableName, header));
+    // Long and 64-bit columns keep the type their values need; the others take their values' types.
+    std::vector<TFieldType> types;
+    for (int i = 0; i < insert->GetParamsCount(); ++i) {
+        TODBCParam& param = *insert->Params()[i];
+        types.push_back(columns->FieldByName(param.Name())->DataType());
+        if (types.back() == ftBlob || types.back() == ftMemo || types.back() == ftLargeint) {
+            param.SetDataType(types.back());
+        }
+    }
+    std::int64_t lineNumber = 1;
+    InImportTransaction(lineNumber, [&] {
+        std::vector<std::vector<Variant>> rows;
+        std::string line;
+        std::vector<std::string> tokens;
+        TODBCParam cell(nullptr);
+        std::int64_t firstLine = 2;
+        auto flush = [&] {
+            try {
+                insert->ExecSQLBatch(rows);
+            } catch (const EODBCBatchError& e) {
+                lineNumber = firstLine + static_cast<std::int64_t>(e.RowIndex());
+                throw;
+            }
+            firstLine += static_cast<std::int64_t>(rows.size());
+            rows.clear();
+            if (Progress) {
+                Progress(firstLine - 2);
+            }
+        };
+        while (file.ReadLine(line)) {
+            ++lineNumber;
+            SplitLine(line, tokens);
+            if (tokens.size() > types.size()) {
+                DatabaseErrorFmt("The line holds %d values for %d columns", static_cast<int>(tokens.size()),
+                                 static_cast<int>(types.size()));
+            }
+            std::vector<Variant>& values = rows.emplace_back(types.size(), Variant::Null());
+            for (std::size_t k = 0; k < tokens.size(); ++k) {
+                ResetParam(cell);
+                AssignToken(cell, types[k], tokens[k]);
+                if (!cell.IsNull()) {
+                    values[k] = cell.GetAsVariant();
+                }
+            }
+            if (rows.size() == kAppendBatchRows) {
+                flush();
+            }
+        }
+        if (!rows.empty()) {
+            flush();
+        }
+    });
+}
 
 void ImportDataSet(const std::string& FileName, const std::string& TableName, const std::string& KeyCondition,
                    TImportType ImportType, const TTransferProgress& Progress) {
@@ -214,14 +313,10 @@ void ImportDataSet(const std::string& FileName, const std::string& TableName, co
         return;
     }
     // Only the column types are read from it, by name.
-    const auto columns = CreateQuery();
-    columns->SetUniDirectional(true);
-    columns->SQL().SetText("select * from " + TableName);
-    columns->Open();
+    const auto columns = OpenColumns(TableName);
 
-    DataBase->StartTransaction();
     std::int64_t lineNumber = 1;
-    try {
+    InImportTransaction(lineNumber, [&] {
         std::unique_ptr<TImportStatements> statements;
         std::string line;
         std::vector<std::string> tokens;
@@ -244,15 +339,7 @@ void ImportDataSet(const std::string& FileName, const std::string& TableName, co
                 Progress(lineNumber - 1);
             }
         }
-        DataBase->Commit();
-    } catch (...) {
-        try {
-            DataBase->Rollback();
-        } catch (...) {
-            // The error that stopped the import is the one to report.
-        }
-        RethrowWithLine(lineNumber);
-    }
+    });
 }
 
 } // namespace quorda

@@ -104,6 +104,11 @@ transfer)
     # Without a key every line is appended: the existing keys make it fail, all or nothing.
     run 1 import "$work/people.txt" copy
     expect_err "at line 2 of the file"
+    run 0 exec "create table appended (id integer primary key, name varchar(40), score double precision)"
+    run 0 import "$work/people.txt" appended
+    expect_out "2 lines imported into appended"
+    run 0 query "select count(*) as n, max(score) as s from appended" --csv
+    same "$(cat "$out")" "$(printf "n,s\r\n2,2.5\r")"
     run 0 export "select name from people where id = 2" "$work/one.txt"
     same "$(cat "$work/one.txt")" "$(printf "name\r\n'Ann'\r")"
     ;;

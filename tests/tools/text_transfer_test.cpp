@@ -84,6 +84,10 @@ TEST_P(TextTransfer, RoundTripKeepsEveryTypeAndAwkwardValue) {
     ImportDataSet(file.string(), target, "where id = :id", itIgnoreExists);
     EXPECT_EQ(Contents(target), Contents(source));
     EXPECT_EQ(Contents(target).size(), 2u);
+    // Appended in batches, the same values arrive.
+    const std::string appended = Table(AllTypes());
+    AppendDataSet(file.string(), appended);
+    EXPECT_EQ(Contents(appended), Contents(source));
 }
 
 TEST_P(TextTransfer, ExistingKeysAreSkippedOrReplacedByImportType) {
@@ -111,17 +115,32 @@ TEST_P(TextTransfer, ABadNumberOnLine5000LeavesTheTableAsItWas) {
     text += "5000,12x,'bad'\r\n";
     const auto file = TempPath();
     WriteFile(file, text);
-    try {
-        ImportDataSet(file.string(), t, "where id = :id", itUpdateExists);
-        FAIL() << "imported";
-    } catch (const EConvertError& e) {
-        const auto* info = dynamic_cast<const TImportLineInfo*>(&e);
-        ASSERT_NE(info, nullptr);
-        EXPECT_EQ(info->Line(), 5000);
-        EXPECT_EQ(e.Message(), "\"12x\" is an invalid float");
+    for (const bool append : {false, true}) {
+        try {
+            if (append) {
+                AppendDataSet(file.string(), t);
+            } else {
+                ImportDataSet(file.string(), t, "where id = :id", itUpdateExists);
+            }
+            ADD_FAILURE() << "imported";
+        } catch (const EConvertError& e) {
+            const auto* info = dynamic_cast<const TImportLineInfo*>(&e);
+            ASSERT_NE(info, nullptr);
+            EXPECT_EQ(info->Line(), 5000);
+            EXPECT_EQ(e.Message(), "\"12x\" is an invalid float");
+        }
+        EXPECT_EQ(Contents(t), (std::vector<quorda_test::Row>{{"1", "1.5", "kept"}})) << append;
+        EXPECT_FALSE(DataBase->InTransaction());
     }
-    EXPECT_EQ(Contents(t), (std::vector<quorda_test::Row>{{"1", "1.5", "kept"}}));
-    EXPECT_FALSE(DataBase->InTransaction());
+    // A key already in the table stops an append at its line, in a later batch.
+    WriteFile(file, text.substr(0, text.rfind("5000,")) + "1,2,'dup'\r\n");
+    try {
+        AppendDataSet(file.string(), t);
+        ADD_FAILURE() << "duplicate appended";
+    } catch (const EODBCError& e) {
+        EXPECT_EQ(dynamic_cast<const TImportLineInfo&>(e).Line(), 5000);
+    }
+    EXPECT_EQ(Contents(t).size(), 1u);
 
     // An empty condition counts the whole table: every line is skipped.
     WriteFile(file, "id,amount,name\r\n7,1,'a'\r\n7,2,'b'\r\n");

@@ -3,6 +3,7 @@
 #include "quorda/core/database_client.h"
 #include "quorda/core/odbc_params.h"
 #include "quorda/db/dataset.h"
+#include "quorda/odbc/odbc_error.h"
 #include "quorda/odbc/odbc_types.h"
 #include "quorda/rtl/strings.h"
 
@@ -21,6 +22,18 @@ class TODBCDatabase;
 struct TParamValueItem;
 struct TFieldValueItem;
 struct TODBCDataSetEngine;
+
+// A batch execution that failed at one row: the driver's diagnostics (or the conversion error) of that
+// row, with the index of the row in the batch (from 0) and a message that names it.
+class EODBCBatchError : public EODBCError {
+public:
+    EODBCBatchError(std::size_t RowIndex, const std::string& Message, const EODBCError* Cause);
+
+    std::size_t RowIndex() const noexcept { return FRowIndex; }
+
+private:
+    std::size_t FRowIndex;
+};
 
 // ODBC SQL type to field type, and field type to the SQL type of a parameter.
 QUORDA_API TFieldType ConvertSQLToBDE(int SQLType);
@@ -58,6 +71,13 @@ public:
     void SetPrepared(bool Value);
     // Executes a statement that returns no cursor; the dataset's state becomes dsBrowse.
     void ExecSQL();
+    // Executes the statement once per row of Rows, value i of a row going to parameter i (a row holds
+    // one value per parameter). A column's type is its parameter's DataType, else that of its first
+    // non-null value. Rows go through parameter arrays where the driver takes them and gains from
+    // them, else one execution each. Returns the rows affected in total. On a failure raises
+    // EODBCBatchError naming the row; rows before it may have been applied (run the batch in a
+    // transaction to have all or nothing). The dataset's state becomes dsBrowse.
+    std::int64_t ExecSQLBatch(const std::vector<std::vector<Variant>>& Rows);
     // SQLRowCount of the last execution; -1 when the driver cannot tell.
     int GetRowsAffected();
     int RowsAffected() { return GetRowsAffected(); }
@@ -245,10 +265,15 @@ protected:
     std::vector<std::unique_ptr<TFieldValueItem>> FFieldValues;
 
 private:
+    friend TODBCDataSetEngine& EngineOf(TODBCDataSet& DataSet);
+
     // The record buffer of every state but browsing.
     bool GetStateRecBuf(TRecordBuffer& RecBuf);
     // Sends the values of data-at-execution parameters after SQLExecute answered SQL_NEED_DATA.
     void SendDataAtExecution();
+    // Frees the forward-only statement a batch made for itself (nothing checked: it runs on the way
+    // out of ExecSQLBatch, also after an error).
+    void ReleaseBatchStatement() noexcept;
     // SQLFreeStmt with SQL_RESET_PARAMS, SQL_UNBIND and SQL_DROP; only the drop is checked.
     void DropStatement();
     // Refuses more parameters than the driver takes, before anything is bound.

@@ -50,6 +50,10 @@ std::unique_ptr<TODBCQuery> OpenQuery(const std::string& SQL);
 // RowsAffected; the query is freed in all cases.
 std::int32_t ExecQueryLong(const std::string& SQL, const std::vector<Variant>& Values,
                            const std::vector<std::int32_t>& ClearIndexes = {-1});
+// Executes SQL once per row of Rows (value i of a row to parameter i) in one call, through
+// TODBCDataSet::ExecSQLBatch under the wait cursor. Returns the rows affected in total; a failing row
+// raises EODBCBatchError naming it. The query is freed in all cases.
+std::int64_t ExecQueryBatch(const std::string& SQL, const std::vector<std::vector<Variant>>& Rows);
 // Opens SQL with parameter i set to Values[i]; the caller owns the open query.
 std::unique_ptr<TODBCQuery> OpenQueryLong(const std::string& SQL, const std::vector<Variant>& Values);
 // As OpenQueryLong on a forward-only cursor.

@@ -44,6 +44,12 @@ void SaveQryToFile(const std::string& FileName, const std::string& LeadText, TDa
 void ImportDataSet(const std::string& FileName, const std::string& TableName, const std::string& KeyCondition,
                    TImportType ImportType, const TTransferProgress& Progress = {});
 
+// Appends every row of a file written by ExportDataSet to TableName over DataBase, in batches of
+// rows (TODBCDataSet::ExecSQLBatch) inside one transaction: all rows or, on any error, none. Values
+// are read as ImportDataSet reads them; errors carry the failing line's number as there.
+void AppendDataSet(const std::string& FileName, const std::string& TableName,
+                   const TTransferProgress& Progress = {});
+
 // Mixed into the exception ImportDataSet re-raises: the exception keeps its class and message, and
 // a handler for this type learns the number of the file line (1 is the header) being handled.
 class TImportLineInfo {
