@@ -64,6 +64,17 @@ std::string SqlDialect::Milliseconds(const std::string& column) const {
     return Fill(MillisecondsPattern, column);
 }
 
+std::string SqlDialect::Text(const std::string& value) const {
+    std::string literal = "'";
+    for (const char c : value) {
+        if (c == '\'' || (c == '\\' && BackslashEscapes)) {
+            literal += c;
+        }
+        literal += c;
+    }
+    return literal + "'";
+}
+
 DataSourceProfile SqliteProfile() {
     DataSourceProfile profile;
     profile.Name = "sqlite";
@@ -123,6 +134,7 @@ DataSourceProfile MariaDbProfile() {
     profile.Sql.LongTextType = "longtext";
     profile.Sql.TimestampType = "datetime(3)";
     profile.Sql.MillisecondsPattern = "left(date_format({}, '%Y-%m-%d %H:%i:%s.%f'), 23)";
+    profile.Sql.BackslashEscapes = true;
     return profile;
 }
 
