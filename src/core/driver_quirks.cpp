@@ -1,4 +1,6 @@
-#include "driver_quirks_p.h"
+#include "quorda/core/driver_quirks.h"
+
+#include "odbc/odbc_api_p.h"
 #include "quorda/odbc/odbc_check.h"
 
 #include <array>
@@ -15,6 +17,10 @@ TDriverQuirks DriverQuirksFor(std::string_view DriverName) {
     // SQLite ODBC stores text parameters up to their first NUL byte, inline and sent at execution.
     if (DriverName.find("sqlite3odbc") != std::string_view::npos) {
         quirks.TextRejectsNul = true;
+    }
+    // libmaodbc.so, MariaDB Connector/ODBC.
+    if (DriverName.find("maodbc") != std::string_view::npos) {
+        quirks.UpdateCountsChangedRows = true;
     }
     return quirks;
 }

@@ -2,7 +2,7 @@
 // documented in docs/odbc-quirks.md with the test that pins it down.
 #pragma once
 
-#include "odbc/odbc_api_p.h"
+#include "quorda/odbc/odbc_types.h"
 
 #include <cstdint>
 #include <string_view>
@@ -22,6 +22,9 @@ struct TDriverQuirks {
     // Text parameters cannot carry a NUL byte: PostgreSQL refuses one in any text value, SQLite ODBC
     // cuts the value at it.
     bool TextRejectsNul = false;
+    // An UPDATE counts the rows it changed, not those it matched (MariaDB Connector/ODBC unless the
+    // connection string sets OPTION=2): setting a column to itself counts 0 for a row that is there.
+    bool UpdateCountsChangedRows = false;
 };
 
 // The quirks of a driver by the file name it reports for SQL_DRIVER_NAME ("psqlodbcw.so").
