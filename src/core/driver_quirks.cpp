@@ -1,4 +1,6 @@
-#include "driver_quirks_p.h"
+#include "core/driver_quirks_p.h"
+
+#include "odbc/odbc_api_p.h"
 #include "quorda/odbc/odbc_check.h"
 #include "quorda/odbc/odbc_error.h"
 
@@ -17,6 +19,10 @@ TDriverQuirks DriverQuirksFor(std::string_view DriverName) {
     if (DriverName.find("sqlite3odbc") != std::string_view::npos) {
         quirks.TextRejectsNul = true;
         quirks.ParamArraysSlowerThanSingleExecutes = true;
+    }
+    // libmaodbc.so, MariaDB Connector/ODBC.
+    if (DriverName.find("maodbc") != std::string_view::npos) {
+        quirks.UpdateCountsChangedRows = true;
     }
     return quirks;
 }

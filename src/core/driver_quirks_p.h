@@ -22,6 +22,9 @@ struct TDriverQuirks {
     // Text parameters cannot carry a NUL byte: PostgreSQL refuses one in any text value, SQLite ODBC
     // cuts the value at it.
     bool TextRejectsNul = false;
+    // An UPDATE counts the rows it changed, not those it matched (MariaDB Connector/ODBC unless the
+    // connection string sets OPTION=2): setting a column to itself counts 0 for a row that is there.
+    bool UpdateCountsChangedRows = false;
     // The driver takes arrays of parameter sets (SQL_ATTR_PARAMSET_SIZE) and reports how it counts
     // their rows (SQL_PARAM_ARRAY_ROW_COUNTS answers).
     bool ParamArrays = false;

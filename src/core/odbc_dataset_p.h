@@ -2,7 +2,7 @@
 
 // The engine behind TODBCDataSet: binding records, record layout and statement state. Private to
 // the library: its own modules (and in-tree tests) include it as "core/odbc_dataset_p.h".
-#include "driver_quirks_p.h"
+#include "core/driver_quirks_p.h"
 #include "odbc/odbc_api_p.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_handle.h"

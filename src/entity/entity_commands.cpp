@@ -1,4 +1,5 @@
 // Entity commands: add, edit, delete and the pessimistic locks, and the binding of their parameters.
+#include "core/driver_quirks_p.h"
 #include "quorda/db/field.h"
 #include "quorda/entity/entity.h"
 #include "quorda/odbc/odbc_error.h"
@@ -168,7 +169,10 @@ TLockResult TEntity::LockForArray(TCommandDataType DataType, const TCommandValue
         try {
             SetParam(*Query, DataType, FDataQuery.get(), Values);
             ExecQry(Query.get());
-            if (Query->GetRowsAffected() == 0) {
+            // A driver that counts changed rows counts 0 for the row the lock found (docs/odbc-quirks.md).
+            if (Query->GetRowsAffected() == 0 &&
+                !(DriverQuirksOf(Query->ODBCDatabase()->GetDBC()).UpdateCountsChangedRows &&
+                  LockedRowIsThere(DataType, Values))) {
                 Result = lrDeleted;
             }
         } catch (const EODBCError& E) {
@@ -227,6 +231,15 @@ TLockResult TEntity::LockCascadeForQry() {
 
 Variant TEntity::DeleteForQry() {
     return DeleteForArray(cdtQry, {});
+}
+
+bool TEntity::LockedRowIsThere(TCommandDataType DataType, const TCommandValues& Values) {
+    // A locking read, not the transaction's snapshot: a row deleted meanwhile is gone.
+    const auto Query = CreateQuery();
+    Query->SQL().Add("SELECT COUNT(*) FROM " + FFactTable + " WHERE " + KeyConditions(true) + " FOR UPDATE");
+    SetParam(*Query, DataType, FDataQuery.get(), Values);
+    OpenQry(Query.get());
+    return Query->Fields()[0]->AsInteger() > 0;
 }
 
 void TEntity::SelectAfterLock(TCommandDataType DataType, const TCommandValues& Values) {

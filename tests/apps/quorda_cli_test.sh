@@ -140,22 +140,30 @@ errors)
     grep -q s3cret "$err" && fail "the password was printed"
     run nonzero -d QuordaDemo -c "Driver=SQLite3" tables
     ;;
-pgsql)
-    # The private cluster by data source name, user and password; a table of this run's own.
-    # shellcheck disable=SC1091
-    source "$QUORDA_TEST_ENV_DIR/pg/pg.env"
-    pg() { run "$1" -d "$QUORDA_PG_DSN_ANSI" -u "$QUORDA_PG_USER" -P quorda "${@:2}"; }
+pgsql | mariadb)
+    # A private server by data source name, user and password; a table of this run's own.
+    if [ "$case" = pgsql ]; then
+        # shellcheck disable=SC1091
+        source "$QUORDA_TEST_ENV_DIR/pg/pg.env"
+        dsn=$QUORDA_PG_DSN_ANSI user=$QUORDA_PG_USER password=quorda syntax_state=42601
+    else
+        # shellcheck disable=SC1091
+        source "$QUORDA_TEST_ENV_DIR/mariadb/mariadb.env"
+        dsn=$QUORDA_MARIADB_DSN user=$QUORDA_MARIADB_USER password=$QUORDA_MARIADB_PASSWORD
+        syntax_state=37000
+    fi
+    srv() { run "$1" -d "$dsn" -u "$user" -P "$password" "${@:2}"; }
     t=cli_$$_$RANDOM
-    pg 0 exec "create table $t (id bigint primary key, name text, at date)"
-    pg 0 exec "insert into $t values (9007199254740993, 'x, ''y''', '2024-02-29'), (2, NULL, NULL)"
-    pg 0 export "$t" "$work/t.txt"
-    pg 0 exec "delete from $t where id = 2"
-    pg 0 import "$work/t.txt" "$t" --key "where id = :id" --update
-    pg 0 query "select id, name, at from $t order by id" --csv
+    srv 0 exec "create table $t (id bigint primary key, name text, at date)"
+    srv 0 exec "insert into $t values (9007199254740993, 'x, ''y''', '2024-02-29'), (2, NULL, NULL)"
+    srv 0 export "$t" "$work/t.txt"
+    srv 0 exec "delete from $t where id = 2"
+    srv 0 import "$work/t.txt" "$t" --key "where id = :id" --update
+    srv 0 query "select id, name, at from $t order by id" --csv
     same "$(cat "$out")" "$(printf 'id,name,at\r\n2,,\r\n9007199254740993,"x, '"'y'"'",2024-02-29\r')"
-    pg 1 query "select * from $t where"
-    expect_err "SQLSTATE 42601"
-    pg 0 exec "drop table $t"
+    srv 1 query "select * from $t where"
+    expect_err "SQLSTATE $syntax_state"
+    srv 0 exec "drop table $t"
     ;;
 *)
     echo "unknown case $case" >&2

@@ -123,7 +123,7 @@ TEST_P(PoolThreads, EightReadersAndAWriterShareThreeConnections) {
     raw.Exec("drop table " + Log);
 }
 
-INSTANTIATE_TEST_SUITE_P(Drivers, PoolThreads, ::testing::Values("sqlite", "pgsql"),
+INSTANTIATE_TEST_SUITE_P(Drivers, PoolThreads, ::testing::Values("sqlite", "pgsql", "mariadb"),
                          quorda_test::ProfileTestName);
 
 } // namespace

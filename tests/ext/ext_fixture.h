@@ -25,10 +25,8 @@ protected:
         Db.Open();
         Raw = std::make_unique<quorda_test::RawOdbc>(Profile.ConnectionString);
         Table = quorda_test::UniqueTableName("ext_lines");
-        const bool sqlite = Profile.Name == "sqlite";
-        Raw->Exec("create table " + Table +
-                  " (id integer primary key, item varchar(20), qty integer, note text, " + "data " +
-                  (sqlite ? "blob" : "bytea") + ")");
+        Raw->Exec("create table " + Table + " (id integer primary key, item varchar(20), qty integer, note " +
+                  Profile.Sql.LongTextType + ", data " + Profile.Sql.BlobType + ")");
         Raw->Exec("insert into " + Table +
                   " (id, item, qty) values (1, 'bolt', 10), (2, 'nut', 20), (3, 'gear', 30)");
         Query.SetODBCDatabase(&Db);

@@ -57,8 +57,8 @@ TEST_P(Batch, RowsNullsAndMixedTypesArriveOnEveryPath) {
                             i % 7 == 0 ? std::nullopt : std::optional(std::to_string(bytes.size()))});
     }
     for (const auto& [path, quirks] : kPaths) {
-        const std::string t = Table("id integer, n bigint, t varchar(50), f double precision, b " +
-                                    (IsSqlite() ? "blob"s : "bytea"s));
+        const std::string t =
+            Table("id integer, n bigint, t varchar(50), f double precision, b " + Profile.Sql.BlobType);
         const auto query = Query("insert into " + t + " values (:id, :n, :t, :f, :b)", quirks);
         // A parameter's own type wins over its values'.
         query->ParamByName("b")->SetDataType(ftBlob);
@@ -133,7 +133,7 @@ TEST_P(Batch, AFailingRowIsNamedAndATransactionLeavesNothing) {
 // A statement executed again keeps the bindings its new values fit and binds again where they do
 // not: each execution must still send exactly its own values.
 TEST_P(Batch, RepeatedExecutesSendEachExecutionsOwnValues) {
-    const std::string t = Table("id integer, t varchar(300), b " + (IsSqlite() ? "blob"s : "bytea"s));
+    const std::string t = Table("id integer, t varchar(300), b " + Profile.Sql.BlobType);
     const auto query = Query("insert into " + t + " values (:id, :t, :b)", std::nullopt);
     struct Step {
         Variant Text;

@@ -14,12 +14,11 @@ using namespace std::string_literals;
 
 class TextTransfer : public ToolsTest {
 protected:
-    std::string Blob() const { return IsSqlite() ? "blob" : "bytea"; }
     // Every column type the file format distinguishes.
     std::string AllTypes() const {
         return "id bigint primary key, i integer, s smallint, f double precision, t varchar(200), m text, "
                "b " +
-               Blob() + ", d date, ts timestamp, n numeric(12,2)";
+               Profile.Sql.BlobType + ", d date, ts timestamp, n numeric(12,2)";
     }
     std::vector<quorda_test::Row> Contents(const std::string& Table) {
         return Raw.QueryStrings("select * from " + Table + " order by 1");
@@ -33,8 +32,8 @@ protected:
 TEST_P(TextTransfer, ExportWritesTheByteExactFormat) {
     const std::string t = Table("id integer, name varchar(40), amount double precision, note varchar(40)");
     Raw.Exec("insert into " + t + " values (1, 'O''Brien', 2.5, 'a,b')");
-    Raw.Exec("insert into " + t + " values (2, 'D:\\data', -0.125, 'x' || " +
-             (IsSqlite() ? "char(13, 10)"s : "chr(13) || chr(10)"s) + ")");
+    Raw.Exec("insert into " + t + " values (2, " + Profile.Sql.Text("D:\\data") + ", -0.125, " +
+             Profile.Sql.Text("x\r\n") + ")");
     Raw.Exec("insert into " + t + " values (3, NULL, NULL, '')");
     Raw.Exec("insert into " + t + " values (4, 'four', 4, 'Grüße')");
     const auto file = TempPath();

@@ -201,6 +201,8 @@ public:
                   const TCommandValues& Values);
     // Re-reads the key's row from the fact table into LockQuery (forward-only per LockUniDirectional).
     virtual void SelectAfterLock(TCommandDataType DataType, const TCommandValues& Values);
+    // Whether the row of a lock whose update counted no row is there after all.
+    bool LockedRowIsThere(TCommandDataType DataType, const TCommandValues& Values);
     // A query holding strExecuteProc, the command's procedure name and its arguments (the fields that
     // take part in the command, in field order). Raises "Can not create empty procedure".
     std::unique_ptr<TODBCQuery> CreateSProcedure(TExecType Command);

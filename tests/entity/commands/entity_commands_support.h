@@ -59,7 +59,6 @@ protected:
         FDatabase->Open();
         DataBase = FDatabase.get();
     }
-    bool IsSqlite() const { return Profile.Name == "sqlite"; }
     std::vector<quorda_test::Row> Rows() {
         return Raw.QueryStrings("select id, customer, note, memo from " + T + " order by id");
     }

@@ -50,6 +50,9 @@ TEST_P(EntityCommands, AddEditDeleteReachTheTableAndNotifyNamesakes) {
 }
 
 TEST_P(EntityCommands, QuotedNamesBindByTheBareName) {
+    if (!Profile.Sql.QuotedNames.empty()) {
+        ExecuteQuery(Profile.Sql.QuotedNames);
+    }
     TNotesEntity Notes(T, "");
     for (int I = 0; I < Notes.FieldCount(); ++I) {
         Notes.GetFields(I)->SetFactQuote("\"");
@@ -119,7 +122,7 @@ TEST_P(EntityCommands, FieldBindingNamesAParameterWithoutField) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Drivers, EntityCommands, ::testing::Values("sqlite", "pgsql"),
+INSTANTIATE_TEST_SUITE_P(Drivers, EntityCommands, ::testing::Values("sqlite", "pgsql", "mariadb"),
                          quorda_test::ProfileTestName);
 
 } // namespace

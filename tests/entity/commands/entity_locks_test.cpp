@@ -13,13 +13,13 @@ protected:
         CommandsTest::SetUp();
         Raw.Exec("insert into " + T + " values (1, 10, 'one', null)");
         Raw.Exec("insert into " + T + " values (2, 20, 'two', null)");
-        if (IsSqlite()) {
+        if (Profile.Sql.ShortLockWait.empty()) {
             // The busy timeout is SQLite's lock wait.
             std::string Short = Profile.ConnectionString;
             Short.replace(Short.find("Timeout=5000"), 12, "Timeout=200");
             Connect(Short);
         } else {
-            ExecuteQuery("SET lock_timeout = '200ms'");
+            ExecuteQuery(Profile.Sql.ShortLockWait);
         }
     }
 };
@@ -64,7 +64,7 @@ TEST_P(EntityLocks, LockForQryTakesTheKeyFromTheOpenSelection) {
     EXPECT_EQ(Rows().size(), 1u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Drivers, EntityLocks, ::testing::Values("sqlite", "pgsql"),
+INSTANTIATE_TEST_SUITE_P(Drivers, EntityLocks, ::testing::Values("sqlite", "pgsql", "mariadb"),
                          quorda_test::ProfileTestName);
 
 // A lock procedure says that the row is gone with native error -746; any other error means the row

@@ -64,6 +64,17 @@ std::string SqlDialect::Milliseconds(const std::string& column) const {
     return Fill(MillisecondsPattern, column);
 }
 
+std::string SqlDialect::Text(const std::string& value) const {
+    std::string literal = "'";
+    for (const char c : value) {
+        if (c == '\'' || (c == '\\' && BackslashEscapes)) {
+            literal += c;
+        }
+        literal += c;
+    }
+    return literal + "'";
+}
+
 DataSourceProfile SqliteProfile() {
     DataSourceProfile profile;
     profile.Name = "sqlite";
@@ -98,6 +109,7 @@ DataSourceProfile PostgresProfile(bool unicode) {
     profile.Sql.HexPattern = "encode({}, 'hex')";
     profile.Sql.BinaryLiteralPattern = "'\\x{}'";
     profile.Sql.MillisecondsPattern = "to_char({}, 'YYYY-MM-DD HH24:MI:SS.MS')";
+    profile.Sql.ShortLockWait = "SET lock_timeout = '200ms'";
     return profile;
 }
 
@@ -123,6 +135,10 @@ DataSourceProfile MariaDbProfile() {
     profile.Sql.LongTextType = "longtext";
     profile.Sql.TimestampType = "datetime(3)";
     profile.Sql.MillisecondsPattern = "left(date_format({}, '%Y-%m-%d %H:%i:%s.%f'), 23)";
+    profile.Sql.BackslashEscapes = true;
+    profile.Sql.QuotedNames = "SET sql_mode = concat(@@sql_mode, ',ANSI_QUOTES')";
+    // Whole seconds: 0 would not wait at all.
+    profile.Sql.ShortLockWait = "SET innodb_lock_wait_timeout = 1";
     return profile;
 }
 

@@ -52,6 +52,14 @@ struct SqlDialect {
     std::string HexPattern = "lower(hex({}))";
     std::string BinaryLiteralPattern = "x'{}'";
     std::string MillisecondsPattern = "strftime('%Y-%m-%d %H:%M:%f', {})";
+    // A statement after which double quotes delimit names on this connection, as the standard has
+    // it (MariaDB reads them as strings otherwise); empty where they always do.
+    std::string QuotedNames;
+    // A statement that makes this connection give up waiting for a row lock after a moment; empty
+    // where the connection string sets the wait (SQLite's busy timeout).
+    std::string ShortLockWait;
+    // A backslash in a string literal starts an escape (MariaDB), so a literal one is written twice.
+    bool BackslashEscapes = false;
 
     // Lower-case hexadecimal digits of a binary column.
     std::string Hex(const std::string& column) const;
@@ -59,6 +67,8 @@ struct SqlDialect {
     std::string BinaryLiteral(const std::string& hex) const;
     // A date-time column as "yyyy-mm-dd hh:mm:ss.zzz".
     std::string Milliseconds(const std::string& column) const;
+    // A string literal holding exactly value (quotes, backslashes and line breaks included).
+    std::string Text(const std::string& value) const;
 };
 
 struct DataSourceProfile {
