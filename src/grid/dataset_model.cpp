@@ -81,7 +81,7 @@ void TDataSetModel::SetDataSource(TDataSource* Value) {
     FBusy = false;
     FRows.clear();
     FAtEnd = false;
-    endResetModel();
+    EndReset();
 }
 
 TDataSet* TDataSetModel::DataSet() const {
@@ -92,7 +92,14 @@ void TDataSetModel::Reset() {
     beginResetModel();
     FRows.clear();
     FAtEnd = false;
+    EndReset();
+}
+
+void TDataSetModel::EndReset() {
+    // Views answer the reset by asking for rows; they get them once the reset is announced.
+    FAnnouncing = true;
     endResetModel();
+    FAnnouncing = false;
 }
 
 void TDataSetModel::DataSetEvent() {
@@ -186,7 +193,8 @@ QVariant TDataSetModel::headerData(int Section, Qt::Orientation Orientation, int
 }
 
 Qt::ItemFlags TDataSetModel::flags(const QModelIndex& Index) const {
-    if (!checkIndex(Index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) {
+    if (!Index.isValid() || Index.model() != this || Index.row() >= rowCount() ||
+        Index.column() >= columnCount()) {
         return Qt::NoItemFlags;
     }
     Qt::ItemFlags result = Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
@@ -199,7 +207,7 @@ Qt::ItemFlags TDataSetModel::flags(const QModelIndex& Index) const {
 }
 
 bool TDataSetModel::canFetchMore(const QModelIndex& Parent) const {
-    return !Parent.isValid() && DataSet() && !FAtEnd;
+    return !Parent.isValid() && DataSet() && !FAtEnd && !FAnnouncing;
 }
 
 void TDataSetModel::fetchMore(const QModelIndex& Parent) {
@@ -226,11 +234,13 @@ void TDataSetModel::fetchMore(const QModelIndex& Parent) {
         return;
     }
     const int first = static_cast<int>(FRows.size());
+    FAnnouncing = true;
     beginInsertRows(QModelIndex(), first, first + static_cast<int>(chunk.size()) - 1);
     for (TRow& row : chunk) {
         FRows.push_back(std::move(row));
     }
     endInsertRows();
+    FAnnouncing = false;
 }
 
 } // namespace quorda

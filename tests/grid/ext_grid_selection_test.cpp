@@ -28,6 +28,10 @@ struct SelectionCase {
     int Current;
 };
 
+void PrintTo(const SelectionCase& Case, std::ostream* Out) {
+    *Out << Case.Name;
+}
+
 const Qt::KeyboardModifiers kShift = Qt::ShiftModifier;
 const Qt::KeyboardModifiers kCtrl = Qt::ControlModifier;
 

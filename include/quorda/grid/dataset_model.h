@@ -52,6 +52,7 @@ private:
     // The texts of the dataset's active record.
     TRow ReadRow() const;
     void DataSetEvent();
+    void EndReset();
 
     std::unique_ptr<TDataSetModelLink> FLink;
     std::vector<TRow> FRows;
@@ -59,6 +60,8 @@ private:
     bool FAtEnd = false;
     // Set while the model moves the dataset itself: the events that causes are its own.
     bool FBusy = false;
+    // Set while a change is being announced: views that ask for more rows then get them later.
+    bool FAnnouncing = false;
 };
 
 } // namespace quorda
