@@ -262,3 +262,55 @@ TEST_F(GridTest, TheWindowIsTheVisibleRows) {
 
 } // namespace
 } // namespace quorda::gridtest
+
+namespace quorda::gridtest {
+namespace {
+
+// Row-select mode: whole rows move with Left and Right, Home and End go to the first and last row.
+class RowSelect : public GridTest {
+protected:
+    RowSelect() {
+        TDBGridOptions options = Grid.Options();
+        options.insert(dgRowSelect);
+        Grid.SetOptions(options);
+    }
+    QColor PixelAt(const QPoint& Point) { return Grid.viewport()->grab().toImage().pixelColor(Point); }
+};
+
+TEST_F(RowSelect, ArrowsMoveRowsAndHomeEndReachTheEnds) {
+    GoTo(5);
+    Key(Qt::Key_Right, Qt::ShiftModifier);
+    Key(Qt::Key_Right, Qt::ShiftModifier);
+    EXPECT_EQ(SelectedIds(), Range(5, 7));
+    Key(Qt::Key_Left);
+    EXPECT_EQ(SelectedIds(), std::vector<int>{6});
+    Key(Qt::Key_End);
+    EXPECT_EQ(CurrentId(), 40);
+    EXPECT_EQ(SelectedIds(), std::vector<int>{40});
+    Key(Qt::Key_Home);
+    EXPECT_EQ(CurrentId(), 1);
+    EXPECT_FALSE(Grid.CanEditShow());
+}
+
+TEST_F(RowSelect, SelectedRowsTakeButtonColoursWithoutTheFocusAndTheCurrentRowADottedFrame) {
+    GoTo(3);
+    Click(4);
+    Click(6, Qt::ShiftModifier);
+    const QPoint inside = CellPoint(5) + QPoint(10, 0);
+    ASSERT_TRUE(Grid.hasFocus());
+    EXPECT_EQ(PixelAt(inside), Grid.palette().color(QPalette::Highlight));
+    // The frame's pixels alternate between the caption colour and its inverse along the top edge.
+    const QRect current = Grid.CellRect(1, Grid.Row());
+    const QColor a = PixelAt(current.topLeft() + QPoint(4, 0));
+    const QColor b = PixelAt(current.topLeft() + QPoint(5, 0));
+    EXPECT_EQ(a.rgb() ^ b.rgb(), 0x00FFFFFFu);
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    other.setFocus();
+    Grid.clearFocus();
+    EXPECT_EQ(PixelAt(inside), Grid.palette().color(QPalette::Button));
+}
+
+} // namespace
+} // namespace quorda::gridtest

@@ -53,7 +53,7 @@ protected:
     }
     ~GridTest() override { Grid.SetDataSource(nullptr); }
 
-    virtual TDBGridOptions Options() const {
+    static TDBGridOptions Options() {
         TDBGridOptions options = DefaultDBGridOptions;
         options.insert(dgMultiSelect);
         return options;
