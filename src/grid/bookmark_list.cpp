@@ -12,16 +12,9 @@ TDataSet* TBookmarkList::DataSet() const {
 }
 
 int TBookmarkList::Compare(const TBookmarkStr& A, const TBookmarkStr& B) const {
-    // The dataset's order first; a dataset that cannot compare keeps the bytes' order, so that the
-    // list stays sorted and searchable either way.
-    int result = 0;
-    if (TDataSet* dataSet = DataSet()) {
-        result = dataSet->CompareBookmarks(TBookmark(A), TBookmark(B));
-    }
-    if (result == 0 && A != B) {
-        result = A < B ? -1 : 1;
-    }
-    return result;
+    // The dataset knows when two bookmarks stand for one record (their bytes may differ).
+    TDataSet* dataSet = DataSet();
+    return dataSet ? dataSet->CompareBookmarks(TBookmark(A), TBookmark(B)) : A.compare(B);
 }
 
 bool TBookmarkList::Find(const TBookmarkStr& Item, int& Index) const {
@@ -29,7 +22,7 @@ bool TBookmarkList::Find(const TBookmarkStr& Item, int& Index) const {
         std::lower_bound(FList.begin(), FList.end(), Item,
                          [this](const TBookmarkStr& A, const TBookmarkStr& B) { return Compare(A, B) < 0; });
     Index = static_cast<int>(place - FList.begin());
-    return place != FList.end() && *place == Item;
+    return place != FList.end() && Compare(*place, Item) == 0;
 }
 
 int TBookmarkList::IndexOf(const TBookmarkStr& Item) const {

@@ -9,7 +9,9 @@ namespace quorda {
 class TCustomDBGrid;
 class TDataSet;
 
-// The rows selected in a grid, kept as bookmarks in the dataset's bookmark order.
+// The rows selected in a grid, kept as bookmarks in the dataset's bookmark order. The dataset's
+// CompareBookmarks decides which bookmarks are the same record, so a dataset that cannot compare its
+// bookmarks cannot hold a selection of several rows.
 class TBookmarkList {
 public:
     explicit TBookmarkList(TCustomDBGrid* Grid) : FGrid(Grid) {}
