@@ -110,9 +110,13 @@ int main(int argc, char** argv) {
         return app.exec();
     }
     int result = 1;
-    QTimer::singleShot(0, &window, [&] {
+    // Give the window manager (if any) a moment to map and activate the window.
+    QTimer::singleShot(300, &window, [&] {
         if (window.Run(false)) {
             TExtDBGrid& grid = window.Grid();
+            window.activateWindow();
+            grid.setFocus();
+            QApplication::processEvents();
             Press(grid, Qt::Key_Down);
             for (int i = 0; i < options.ShiftDown; ++i) {
                 Press(grid, Qt::Key_Down, Qt::ShiftModifier);
