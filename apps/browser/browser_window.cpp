@@ -2,16 +2,19 @@
 
 #include "param_dialog.h"
 #include "quorda/core/session.h"
+#include "quorda/grid/field_save.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/strings.h"
 
 #include <QComboBox>
+#include <QCryptographicHash>
 #include <QHBoxLayout>
 #include <QKeySequence>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSettings>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStatusBar>
@@ -85,6 +88,7 @@ BrowserWindow::BrowserWindow(QWidget* Parent) : QMainWindow(Parent) {
 }
 
 BrowserWindow::~BrowserWindow() {
+    SaveLayout();
     FGrid->SetDataSource(nullptr);
     FQuery.Close();
 }
@@ -141,7 +145,9 @@ bool BrowserWindow::Run(bool Ask) {
         return false;
     }
     try {
+        SaveLayout();
         FQuery.Close();
+        FShownSql.clear();
         FQuery.SQL().SetText(FEditor->toPlainText().toStdString());
         if (FQuery.Params().Count() > 0 && Ask) {
             ParamDialog dialog(FQuery.Params(), this);
@@ -154,6 +160,8 @@ bool BrowserWindow::Run(bool Ask) {
         FQuery.Open();
         const auto elapsed =
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
+        FShownSql = FEditor->toPlainText();
+        RestoreLayout();
         FRowsLabel->setText(QString("%1 rows in %2 ms").arg(FQuery.RecordCount()).arg(elapsed.count()));
         FGrid->setFocus();
         UpdateSelectionStatus();
@@ -162,6 +170,44 @@ bool BrowserWindow::Run(bool Ask) {
         ShowError("Query failed", e);
         return false;
     }
+}
+
+namespace {
+
+QString LayoutKey(const QString& Sql) {
+    const QByteArray hash = QCryptographicHash::hash(Sql.trimmed().toUtf8(), QCryptographicHash::Sha1);
+    return "layouts/" + QString::fromLatin1(hash.toHex());
+}
+
+} // namespace
+
+void BrowserWindow::SaveLayout() {
+    if (FShownSql.isEmpty() || !FQuery.Active()) {
+        return;
+    }
+    TFieldSave save;
+    save.GetInfoGrid(*FGrid);
+    QStringList entries;
+    for (int i = 0; i < save.FieldCount(); ++i) {
+        entries << QString::fromStdString(save.Fields(i)->FieldName) + "|" +
+                       QString::number(save.Fields(i)->Width);
+    }
+    QSettings().setValue(LayoutKey(FShownSql), entries);
+}
+
+void BrowserWindow::RestoreLayout() {
+    const QStringList entries = QSettings().value(LayoutKey(FShownSql)).toStringList();
+    if (entries.isEmpty()) {
+        return;
+    }
+    TFieldSave save;
+    for (int i = 0; i < entries.size(); ++i) {
+        const QStringList parts = entries[i].split('|');
+        if (parts.size() == 2) {
+            save.Add(parts[0].toStdString(), std::string(), i, parts[1].toInt());
+        }
+    }
+    save.SetInfoGrid(*FGrid);
 }
 
 void BrowserWindow::UpdateSelectionStatus() {

@@ -7,6 +7,7 @@
 #include "quorda/grid/image_list.h"
 
 #include <QMainWindow>
+#include <QString>
 #include <memory>
 #include <string>
 
@@ -36,6 +37,9 @@ public:
 
 private:
     void ShowError(const std::string& Title, const std::exception& E);
+    // The grid layout of the query on show is kept in the settings file, under the query's text.
+    void SaveLayout();
+    void RestoreLayout();
     void UpdateSelectionStatus();
 
     TODBCDatabase FDatabase{nullptr};
@@ -48,6 +52,8 @@ private:
     QLabel* FRowsLabel;
     QLabel* FSelectionLabel;
     std::string FConnected;
+    // The SQL whose rows the grid shows (empty while none).
+    QString FShownSql;
     bool FQuiet = false;
 };
 

@@ -64,6 +64,8 @@ void Press(QWidget& Target, int Key, Qt::KeyboardModifiers Modifiers = Qt::NoMod
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
+    QApplication::setOrganizationName("Quorda");
+    QApplication::setApplicationName("Quorda Browser");
     Options options;
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];

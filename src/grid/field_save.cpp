@@ -24,20 +24,25 @@ void TFieldSave::Clear() {
     FList.Clear();
 }
 
+TFieldSaveItem* TFieldSave::Add(const std::string& FieldName, const std::string& Caption, std::int32_t Index,
+                                std::int32_t Width) {
+    if (TFieldSaveItem* item = FieldByName(FieldName)) {
+        item->FieldName = FieldName;
+        item->Caption = Caption;
+        item->Index = Index;
+        item->Width = Width;
+        return item;
+    }
+    auto* item = new TFieldSaveItem(FieldName, Caption, Index, Width);
+    FList.AddObject(FieldName, item);
+    return item;
+}
+
 void TFieldSave::GetInfoGrid(TExtCustomDBGrid& Grid) {
     TDBGridColumns& columns = Grid.Columns();
     for (int c = 0; c < columns.Count(); ++c) {
         TColumn* column = columns[c];
-        const std::string caption = column->Title().Caption();
-        if (TFieldSaveItem* item = FieldByName(column->FieldName())) {
-            item->FieldName = column->FieldName();
-            item->Caption = caption;
-            item->Index = column->Index();
-            item->Width = column->Width();
-        } else {
-            FList.AddObject(column->FieldName(), new TFieldSaveItem(column->FieldName(), caption,
-                                                                    column->Index(), column->Width()));
-        }
+        Add(column->FieldName(), column->Title().Caption(), column->Index(), column->Width());
         // Bring the entry up behind the entries of the grid's earlier columns.
         int p = FList.IndexOf(column->FieldName());
         for (int j = c - 1; j >= 0; --j) {

@@ -71,6 +71,15 @@ TEST_F(FieldSaveTest, RestoringMovesSavedColumnsAndSetsTheirWidths) {
     Layout({"A", "B", "C"});
     Save.SetInfoGrid(Grid);
     EXPECT_EQ(GridOrder(), (std::vector<std::string>{"C:33", "A:20", "B:30"}));
+    // A layout kept elsewhere and read back item by item restores the same way.
+    TFieldSave readBack;
+    readBack.Add("B", "", 0, 44);
+    readBack.Add("a", "", 1, 55);
+    readBack.Add("B", "", 0, 66); // the same name again updates the entry
+    Layout({"A", "B", "C"});
+    readBack.SetInfoGrid(Grid);
+    EXPECT_EQ(readBack.FieldCount(), 2);
+    EXPECT_EQ(GridOrder(), (std::vector<std::string>{"B:66", "a:55", "C:30"}));
 }
 
 TEST_F(FieldSaveTest, ColumnsWithoutAnEntryKeepTheirWidthAndLetSavedOnesPass) {

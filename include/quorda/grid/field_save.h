@@ -38,6 +38,10 @@ public:
     int FieldCount() const { return GetFieldCount(); }
     int GetFieldCount() const { return FList.Count(); }
     void Clear();
+    // Appends an item (or updates the one of that name in place): for layouts kept elsewhere between
+    // runs and read back.
+    TFieldSaveItem* Add(const std::string& FieldName, const std::string& Caption, std::int32_t Index,
+                        std::int32_t Width);
 
     // Captures the grid's columns: their items are updated or added, and stand in the grid's order
     // ahead of items of columns the grid no longer shows.
