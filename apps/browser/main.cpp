@@ -9,9 +9,11 @@
 
 #include "browser_window.h"
 #include "demo_schema.h"
+#include "quorda/rtl/application.h"
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QMessageBox>
 #include <QTimer>
 #include <iostream>
 #include <string>
@@ -103,6 +105,12 @@ int main(int argc, char** argv) {
     }
 
     browser::BrowserWindow window;
+    if (options.Screenshot.empty()) {
+        // Errors of grid actions (posting, deleting) are shown; a scripted run writes them to stderr.
+        Application::SetExceptionHandler([&window](const std::exception& E) {
+            QMessageBox::critical(&window, "Quorda Browser", QString::fromStdString(E.what()));
+        });
+    }
     window.SetConnection(options.Connection);
     window.SetSql(options.Sql);
     window.SetQuiet(!options.Screenshot.empty());

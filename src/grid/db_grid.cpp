@@ -3,6 +3,7 @@
 #include "quorda/db/data_source.h"
 #include "quorda/db/dataset.h"
 #include "quorda/db/field.h"
+#include "quorda/rtl/application.h"
 
 #include <QEvent>
 #include <QLineEdit>
@@ -535,15 +536,10 @@ void TCustomDBGrid::ShowEditor() {
             if (FLoadingEditor) {
                 return;
             }
-            const QString typed = FEditor->text();
-            FEditorModified = true;
-            if (!FDataLink->Editing() && !FDataLink->Edit()) {
-                FEditorModified = false;
-                LoadEditorText();
-                return;
-            }
-            if (FEditor->text() != typed) {
-                FEditor->setText(typed);
+            try {
+                EditorTextEdited();
+            } catch (const std::exception& E) {
+                Application::HandleException(E);
             }
         });
     }
@@ -552,6 +548,20 @@ void TCustomDBGrid::ShowEditor() {
     PlaceEditor();
     FEditor->show();
     FEditor->setFocus();
+}
+
+void TCustomDBGrid::EditorTextEdited() {
+    // The first keystroke puts the dataset in edit mode; a dataset that refuses gets its text back.
+    const QString typed = FEditor->text();
+    FEditorModified = true;
+    if (!FDataLink->Editing() && !FDataLink->Edit()) {
+        FEditorModified = false;
+        LoadEditorText();
+        return;
+    }
+    if (FEditor->text() != typed) {
+        FEditor->setText(typed);
+    }
 }
 
 void TCustomDBGrid::HideEditor() {

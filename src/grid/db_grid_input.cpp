@@ -1,6 +1,7 @@
 #include "quorda/db/dataset.h"
 #include "quorda/grid/confirm.h"
 #include "quorda/grid/db_grid.h"
+#include "quorda/rtl/application.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -25,6 +26,19 @@ bool IsGridKey(int Key) {
     case Qt::Key_Escape:
         return true;
     default:
+        return false;
+    }
+}
+
+// Runs an input handler for Qt: an error of the dataset (moving, posting, deleting) goes to the
+// application's exception display, never through Qt's event loop.
+template <typename F>
+bool Guarded(F Handler) {
+    try {
+        Handler();
+        return true;
+    } catch (const std::exception& E) {
+        Application::HandleException(E);
         return false;
     }
 }
@@ -317,6 +331,10 @@ void TCustomDBGrid::MouseUp(Qt::MouseButton Button, Qt::KeyboardModifiers Shift,
 // ---- Qt events
 
 void TCustomDBGrid::keyPressEvent(QKeyEvent* Event) {
+    Guarded([&] { HandleKeyPress(Event); });
+}
+
+void TCustomDBGrid::HandleKeyPress(QKeyEvent* Event) {
     int key = Event->key();
     KeyDown(key, Event->modifiers());
     if (key == 0) {
@@ -355,8 +373,9 @@ bool TCustomDBGrid::eventFilter(QObject* Watched, QEvent* Event) {
         auto* keyEvent = static_cast<QKeyEvent*>(Event);
         if (IsGridKey(keyEvent->key())) {
             int key = keyEvent->key();
-            KeyDown(key, keyEvent->modifiers());
-            return key == 0;
+            const bool done = Guarded([&] { KeyDown(key, keyEvent->modifiers()); });
+            // A key whose action failed is not handed on to be tried again.
+            return key == 0 || !done;
         }
     }
     return QAbstractScrollArea::eventFilter(Watched, Event);
@@ -369,22 +388,22 @@ bool TCustomDBGrid::focusNextPrevChild(bool Next) {
 
 void TCustomDBGrid::mousePressEvent(QMouseEvent* Event) {
     const QPoint p = Event->position().toPoint();
-    MouseDown(Event->button(), Event->modifiers(), p.x(), p.y());
+    Guarded([&] { MouseDown(Event->button(), Event->modifiers(), p.x(), p.y()); });
 }
 
 void TCustomDBGrid::mouseDoubleClickEvent(QMouseEvent* Event) {
     const QPoint p = Event->position().toPoint();
-    MouseDown(Event->button(), Event->modifiers(), p.x(), p.y(), true);
+    Guarded([&] { MouseDown(Event->button(), Event->modifiers(), p.x(), p.y(), true); });
 }
 
 void TCustomDBGrid::mouseMoveEvent(QMouseEvent* Event) {
     const QPoint p = Event->position().toPoint();
-    MouseMove(Event->buttons(), Event->modifiers(), p.x(), p.y());
+    Guarded([&] { MouseMove(Event->buttons(), Event->modifiers(), p.x(), p.y()); });
 }
 
 void TCustomDBGrid::mouseReleaseEvent(QMouseEvent* Event) {
     const QPoint p = Event->position().toPoint();
-    MouseUp(Event->button(), Event->modifiers(), p.x(), p.y());
+    Guarded([&] { MouseUp(Event->button(), Event->modifiers(), p.x(), p.y()); });
 }
 
 void TCustomDBGrid::focusInEvent(QFocusEvent* Event) {
@@ -403,7 +422,7 @@ void TCustomDBGrid::focusOutEvent(QFocusEvent* Event) {
     TDataSet* dataSet = DataSet();
     if (HasOption(dgCancelOnExit) && dataSet && dataSet->State() == dsInsert && !dataSet->Modified() &&
         !FEditorModified) {
-        dataSet->Cancel();
+        Guarded([dataSet] { dataSet->Cancel(); });
     }
     if (OnExit) {
         OnExit(this);

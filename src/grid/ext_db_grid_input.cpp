@@ -55,6 +55,8 @@ void TExtCustomDBGrid::KeyDown(int& Key, Qt::KeyboardModifiers Shift) {
             break;
         case Qt::Key_Delete:
             DeleteWithConfirmation();
+            // The anchor row may be gone with the others.
+            FSelecting = SelectedRows().Count() > 0;
             DoSelectedChange();
             break;
         default:

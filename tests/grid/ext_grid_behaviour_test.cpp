@@ -1,6 +1,7 @@
 // Indicator images, the delete question, editing, column sizing and moving, dragging and the
 // vertical scroll bar of the multi-select grid.
 #include "grid_test_support.h"
+#include "quorda/rtl/application.h"
 
 #include <QImage>
 #include <QLineEdit>
@@ -174,6 +175,22 @@ TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscape) {
     EXPECT_EQ(CurrentId(), 4);
     GoTo(3);
     EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "Z");
+}
+
+TEST_F(GridTest, DataSetErrorsFromKeysGoToTheApplicationsExceptionDisplay) {
+    std::vector<std::string> shown;
+    const TExceptionHandler saved =
+        Application::SetExceptionHandler([&shown](const std::exception& E) { shown.push_back(E.what()); });
+    DataSet.BeforePost = [](TDataSet*) { throw EDatabaseError("refused"); };
+    GoTo(2);
+    Grid.MoveCol(2);
+    QTest::keyClicks(&Grid, "x");
+    QTest::keyClick(Grid.InplaceEditor(), Qt::Key_Return);
+    Application::SetExceptionHandler(saved);
+    EXPECT_EQ(shown, std::vector<std::string>{"refused"});
+    EXPECT_EQ(DataSet.State(), dsEdit);
+    DataSet.BeforePost = nullptr;
+    DataSet.Cancel();
 }
 
 TEST_F(GridTest, DownOnTheLastRowAppendsAndUpCancelsTheEmptyRecord) {

@@ -219,6 +219,8 @@ protected:
     bool focusNextPrevChild(bool Next) override;
 
 private:
+    void HandleKeyPress(QKeyEvent* Event);
+    void EditorTextEdited();
     void UpdateRowCount();
     void UpdateScrollBars();
     void VerticalAction(int Action);
