@@ -1,5 +1,5 @@
 # The two everyday commands: `make demo` and `make test`. Both install missing packages first.
-.PHONY: setup demo test bench fuzz format format-check clean
+.PHONY: setup demo browser test bench fuzz format format-check clean
 
 JOBS ?= $(shell nproc)
 
@@ -10,6 +10,13 @@ demo: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev --target quorda_demo quorda -j $(JOBS)
 	@bash scripts/run-demo build/dev
+	@echo
+	@echo "The desktop browser on the same database: make browser (or scripts/run-browser build/dev)"
+
+browser: setup
+	@cmake --preset dev >/dev/null
+	@cmake --build --preset dev --target quorda_browser -j $(JOBS)
+	@bash scripts/run-browser build/dev
 
 test: setup format-check
 	cmake --preset asan-ubsan

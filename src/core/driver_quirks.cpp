@@ -1,5 +1,4 @@
 #include "core/driver_quirks_p.h"
-
 #include "odbc/odbc_api_p.h"
 #include "quorda/odbc/odbc_check.h"
 #include "quorda/odbc/odbc_error.h"
@@ -7,6 +6,11 @@
 #include <array>
 
 namespace quorda {
+
+std::mutex& ConnectLock() {
+    static std::mutex lock;
+    return lock;
+}
 
 TDriverQuirks DriverQuirksFor(std::string_view DriverName) {
     TDriverQuirks quirks;

@@ -5,6 +5,7 @@
 #include "odbc/odbc_api_p.h"
 
 #include <cstdint>
+#include <mutex>
 #include <string_view>
 
 namespace quorda {
@@ -35,6 +36,12 @@ struct TDriverQuirks {
     // Whether a batch should go through parameter arrays.
     bool UseParamArrays() const { return ParamArrays && !ParamArraysSlowerThanSingleExecutes; }
 };
+
+// Taken around every connect and disconnect of the process. psqlODBC 13 changes the process locale
+// (setlocale, which is not thread-safe) while it connects: two threads connecting at once freed each
+// other's locale names (an AddressSanitizer heap-use-after-free inside the driver). The driver is not
+// known before the connect, so every driver's connects wait for each other.
+std::mutex& ConnectLock();
 
 // The quirks known by the file name a driver reports for SQL_DRIVER_NAME ("psqlodbcw.so").
 TDriverQuirks DriverQuirksFor(std::string_view DriverName);

@@ -1,5 +1,6 @@
 #include "quorda/core/odbc_database.h"
 
+#include "core/driver_quirks_p.h"
 #include "odbc/odbc_api_p.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_check.h"
@@ -33,6 +34,7 @@ TODBCDatabase::~TODBCDatabase() {
         // A failed rollback or disconnect must not escape a destructor; the connection is dropped
         // below as far as the driver lets it go.
         if (FConnected && FHandle) {
+            const std::lock_guard disconnecting(ConnectLock());
             TraceODBC(SQLDisconnect(FHandle.Get()), "SQLDisconnect");
             FConnected = false;
         }

@@ -1,4 +1,5 @@
 #include "connection_string_p.h"
+#include "core/driver_quirks_p.h"
 #include "odbc/odbc_api_p.h"
 #include "quorda/core/connection_string.h"
 #include "quorda/core/odbc_database.h"
@@ -90,11 +91,13 @@ bool TODBCDatabase::DataSourceConnect(SQLHDBC Handle) {
     std::vector<SQLCHAR> dsn = InputBuffer(FDSNName);
     std::vector<SQLCHAR> user = InputBuffer(FUserID);
     std::vector<SQLCHAR> password = InputBuffer(FPassword);
+    std::unique_lock connecting(ConnectLock());
     const SQLRETURN ret = CheckODBC(
         SQLConnect(Handle, dsn.data(), SQL_NTS, user.data(), SQL_NTS, password.data(), SQL_NTS), odbcEnv(),
         Handle, nullptr,
         ODBCTraceEnabled() ? "SQLConnect " + FDSNName + " " + FUserID + (FPassword.empty() ? "" : " ****")
                            : std::string("SQLConnect"));
+    connecting.unlock();
     return ret != SQL_NO_DATA_FOUND;
 }
 
@@ -103,6 +106,7 @@ bool TODBCDatabase::DriverConnect(SQLHDBC Handle) {
     std::vector<SQLCHAR> completed(static_cast<size_t>(kCompletedBufferSize) + 1, 0);
     SQLSMALLINT completedLength = 0;
     const auto window = static_cast<SQLHWND>(Application::MainWindowHandle());
+    std::unique_lock connecting(ConnectLock());
     const SQLRETURN ret =
         CheckODBC(SQLDriverConnect(Handle, window, input.data(), SQL_NTS, completed.data(),
                                    kCompletedBufferSize, &completedLength,
@@ -110,6 +114,7 @@ bool TODBCDatabase::DriverConnect(SQLHDBC Handle) {
                   odbcEnv(), Handle, nullptr,
                   ODBCTraceEnabled() ? "SQLDriverConnect " + MaskConnectionPassword(FConnectStr)
                                      : std::string("SQLDriverConnect"));
+    connecting.unlock();
     if (ret == SQL_NO_DATA_FOUND) {
         return false;
     }
@@ -143,7 +148,10 @@ void TODBCDatabase::Close() {
         }
     }
     SQLHDBC handle = FHandle.Get();
-    CheckODBC(SQLDisconnect(handle), odbcEnv(), handle, nullptr, "SQLDisconnect");
+    {
+        const std::lock_guard disconnecting(ConnectLock());
+        CheckODBC(SQLDisconnect(handle), odbcEnv(), handle, nullptr, "SQLDisconnect");
+    }
     FConnected = false;
     FInTransaction = false;
     CheckODBC(FHandle.Free(), odbcEnv(), handle, nullptr, "SQLFreeConnect");

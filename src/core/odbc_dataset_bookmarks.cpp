@@ -22,6 +22,27 @@ std::int32_t RowNumberOf(const std::byte* Buffer) {
 
 } // namespace
 
+int TODBCDataSet::CompareBookmarks(const TBookmark& Bookmark1, const TBookmark& Bookmark2) {
+    if (Bookmark1.Size() != sizeof(TODBCBookmark) || Bookmark2.Size() != sizeof(TODBCBookmark)) {
+        const bool nil1 = Bookmark1.Size() != sizeof(TODBCBookmark);
+        const bool nil2 = Bookmark2.Size() != sizeof(TODBCBookmark);
+        return nil1 == nil2 ? 0 : (nil1 ? 1 : -1);
+    }
+    TODBCBookmark first{};
+    TODBCBookmark second{};
+    std::memcpy(&first, Bookmark1.Data(), sizeof first);
+    std::memcpy(&second, Bookmark2.Data(), sizeof second);
+    // Either way of numbering counts upwards toward the last row (0, 1, 2 ... or ..., -2, -1, 0).
+    std::int64_t place1 = first.RowNumber;
+    std::int64_t place2 = second.RowNumber;
+    if (first.Origin != second.Origin) {
+        const std::int64_t count = GetRecordCount();
+        place1 = first.Origin == -1 ? count - 1 + place1 : place1;
+        place2 = second.Origin == -1 ? count - 1 + place2 : place2;
+    }
+    return place1 < place2 ? -1 : (place1 > place2 ? 1 : 0);
+}
+
 void TODBCDataSet::GetBookmarkData(TRecordBuffer Buffer, void* Data) {
     const TODBCBookmark bookmark{FOrigin, RowNumberOf(Buffer)};
     std::memcpy(Data, &bookmark, sizeof bookmark);

@@ -155,6 +155,9 @@ public:
     using TDataSet::SetFieldData;
     std::unique_ptr<TStream> CreateBlobStream(TField* Field, TBlobStreamMode Mode) override;
     bool IsSequenced() override { return false; }
+    // Orders bookmarks by their rows; rows numbered from different ends are placed through the record
+    // count (counted once). A nil bookmark sorts after every other one.
+    int CompareBookmarks(const TBookmark& Bookmark1, const TBookmark& Bookmark2) override;
     bool Locate(const std::string& KeyFields, const Variant& KeyValues,
                 const TLocateOptions& Options) override;
 

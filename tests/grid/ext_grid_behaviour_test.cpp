@@ -1,0 +1,333 @@
+// Indicator images, the delete question, editing, column sizing and moving, dragging and the
+// vertical scroll bar of the multi-select grid.
+#include "grid_test_support.h"
+#include "quorda/rtl/application.h"
+
+#include <QImage>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <functional>
+
+namespace quorda::gridtest {
+namespace {
+
+// Solid indicator images, one colour per index.
+const QColor kImageColors[] = {Qt::red, Qt::green, Qt::blue, Qt::yellow, Qt::magenta};
+
+class Indicators : public GridTest {
+protected:
+    Indicators() {
+        for (const QColor& color : kImageColors) {
+            QPixmap image(Images.Width(), Images.Height());
+            image.fill(color);
+            Images.Add(image);
+        }
+        Grid.SetIndicators(&Images);
+    }
+    // The colour painted in the indicator cell of data row DataRow.
+    QColor Painted(int DataRow) {
+        const QImage shot = Grid.viewport()->grab().toImage();
+        const QRect cell = Grid.CellRect(0, Grid.TitleOffset() + DataRow);
+        return shot.pixelColor(cell.left() + 4, cell.center().y());
+    }
+    TImageList Images{10, 10};
+};
+
+struct IndicatorCase {
+    const char* Name;
+    std::function<void(GridTest&)> Setup;
+    int Probe; // the row looked at, counted from the current one
+    int Image; // -1: none
+};
+
+void PrintTo(const IndicatorCase& Case, std::ostream* Out) {
+    *Out << Case.Name;
+}
+
+const IndicatorCase kIndicatorCases[] = {
+    {"CurrentRow", [](GridTest&) {}, 0, iiCurrent},
+    {"OtherRow", [](GridTest&) {}, 1, -1},
+    {"Editing", [](GridTest& T) { T.DataSet.Edit(); }, 0, iiEdit},
+    {"Inserting", [](GridTest& T) { T.DataSet.Insert(); }, 0, iiInsert},
+    {"SelectedCurrentRow", [](GridTest& T) { T.Grid.SelectedRows().SetCurrentRowSelected(true); }, 0,
+     iiSelectedCurrent},
+    {"SelectedOtherRow",
+     [](GridTest& T) {
+         T.Grid.SelectedRows().SetCurrentRowSelected(true);
+         T.DataSet.Next();
+     },
+     -1, iiSelected},
+};
+
+class IndicatorImages : public Indicators, public ::testing::WithParamInterface<IndicatorCase> {};
+
+TEST_P(IndicatorImages, FollowTheRowAndDataSetState) {
+    GoTo(5);
+    GetParam().Setup(*this);
+    const int row = Grid.DataLink()->ActiveRecord() + GetParam().Probe;
+    EXPECT_EQ(Grid.IndicatorImageFor(row), GetParam().Image);
+    const QColor expected = GetParam().Image < 0 ? Grid.FixedColor() : kImageColors[GetParam().Image];
+    EXPECT_EQ(Painted(row), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Grid, IndicatorImages, ::testing::ValuesIn(kIndicatorCases),
+                         [](const auto& Info) { return std::string(Info.param.Name); });
+
+TEST_F(Indicators, IndicatorSizeTakesOnlyValuesFromOneToFortyNine) {
+    for (int refused : {0, 50, 51, -3, 10}) {
+        Grid.SetIndicatorSize(refused);
+        EXPECT_EQ(Grid.IndicatorSize(), 10) << refused;
+        EXPECT_EQ(Grid.ColWidths(0), 10) << refused;
+    }
+    Grid.SetIndicatorSize(49);
+    EXPECT_EQ(Grid.ColWidths(0), 49);
+    {
+        // The image list going away leaves the grid without one, painting on.
+        TImageList temporary(10, 10);
+        Grid.SetIndicators(&temporary);
+    }
+    EXPECT_EQ(Grid.Indicators(), nullptr);
+    (void)Grid.viewport()->grab();
+}
+
+// Answers the delete question and remembers it.
+class DeleteQuestion : public GridTest {
+protected:
+    DeleteQuestion() {
+        Saved = Dialogs::SetConfirmHook([this](QWidget*, const std::string& Question) {
+            Asked.push_back(Question);
+            return Answer;
+        });
+    }
+    ~DeleteQuestion() override { Dialogs::SetConfirmHook(Saved); }
+    void SelectThree() {
+        Click(4);
+        Click(5, Qt::ControlModifier);
+        Click(9, Qt::ControlModifier);
+    }
+    std::vector<int> Ids() {
+        std::vector<int> ids;
+        for (DataSet.First(); !DataSet.Eof(); DataSet.Next()) {
+            ids.push_back(CurrentId());
+        }
+        return ids;
+    }
+    std::vector<std::string> Asked;
+    bool Answer = true;
+    TConfirmHook Saved;
+};
+
+TEST_F(DeleteQuestion, CtrlDeleteWithThreeSelectedRowsAsksOnceAndDeletesThem) {
+    SelectThree();
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    EXPECT_EQ(Asked, std::vector<std::string>{SDeleteMultipleRecordsQuestion});
+    std::vector<int> expected = Range(1, 40);
+    std::erase_if(expected, [](int id) { return id == 4 || id == 5 || id == 9; });
+    EXPECT_EQ(Ids(), expected);
+    EXPECT_EQ(Grid.SelectedRows().Count(), 0);
+}
+
+TEST_F(DeleteQuestion, NoKeepsTheRowsAndOneRowGetsTheSingleQuestion) {
+    SelectThree();
+    Answer = false;
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    EXPECT_EQ(DataSet.RecordCount(), 40);
+    Click(7);
+    Answer = true;
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    EXPECT_EQ(Asked.back(), SDeleteRecordQuestion);
+    EXPECT_EQ(DataSet.RecordCount(), 39);
+    EXPECT_EQ(DataSet.Locate("ID", 7, {}), false);
+}
+
+TEST_F(DeleteQuestion, NothingIsAskedWhenTheDataSetCannotChangeOrConfirmationIsOff) {
+    DataSet.SetReadOnly(true);
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    DataSet.SetReadOnly(false);
+    TDBGridOptions options = Grid.Options();
+    options.erase(dgConfirmDelete);
+    Grid.SetOptions(options);
+    Click(2);
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    EXPECT_TRUE(Asked.empty());
+    EXPECT_EQ(DataSet.RecordCount(), 39);
+}
+
+TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscape) {
+    GoTo(3);
+    Grid.MoveCol(2); // NAME
+    QTest::keyClicks(&Grid, "new");
+    ASSERT_NE(Grid.InplaceEditor(), nullptr);
+    EXPECT_EQ(DataSet.State(), dsEdit);
+    QTest::keyClick(Grid.InplaceEditor(), Qt::Key_Return);
+    EXPECT_EQ(DataSet.State(), dsBrowse);
+    EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "new");
+    Key(Qt::Key_F2);
+    QTest::keyClicks(Grid.InplaceEditor(), "X");
+    QTest::keyClick(Grid.InplaceEditor(), Qt::Key_Escape);
+    EXPECT_EQ(DataSet.State(), dsBrowse);
+    EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "new");
+    EXPECT_FALSE(Grid.EditorMode());
+    // A pending edit (F2 selects the text, so typing replaces it) is posted when the row is left.
+    Key(Qt::Key_F2);
+    QTest::keyClicks(Grid.InplaceEditor(), "Z");
+    QTest::keyClick(Grid.InplaceEditor(), Qt::Key_Down);
+    EXPECT_EQ(CurrentId(), 4);
+    GoTo(3);
+    EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "Z");
+}
+
+TEST_F(GridTest, DataSetErrorsFromKeysGoToTheApplicationsExceptionDisplay) {
+    std::vector<std::string> shown;
+    const TExceptionHandler saved =
+        Application::SetExceptionHandler([&shown](const std::exception& E) { shown.push_back(E.what()); });
+    DataSet.BeforePost = [](TDataSet*) { throw EDatabaseError("refused"); };
+    GoTo(2);
+    Grid.MoveCol(2);
+    QTest::keyClicks(&Grid, "x");
+    QTest::keyClick(Grid.InplaceEditor(), Qt::Key_Return);
+    Application::SetExceptionHandler(saved);
+    EXPECT_EQ(shown, std::vector<std::string>{"refused"});
+    EXPECT_EQ(DataSet.State(), dsEdit);
+    DataSet.BeforePost = nullptr;
+    DataSet.Cancel();
+}
+
+TEST_F(GridTest, DownOnTheLastRowAppendsAndUpCancelsTheEmptyRecord) {
+    GoTo(40);
+    Key(Qt::Key_Down);
+    EXPECT_EQ(DataSet.State(), dsInsert);
+    Key(Qt::Key_Down); // at the end of an unchanged insert: nothing
+    EXPECT_EQ(DataSet.State(), dsInsert);
+    Key(Qt::Key_Up);
+    EXPECT_EQ(DataSet.State(), dsBrowse);
+    EXPECT_EQ(DataSet.RecordCount(), 40);
+}
+
+TEST_F(GridTest, ColumnsAreSizedAndMovedWithTheMouseOnTheTitles) {
+    std::vector<std::string> log;
+    Grid.OnColumnMoved = [&log](TObject*, int From, int To) {
+        log.push_back("moved " + std::to_string(From) + ">" + std::to_string(To));
+    };
+    Grid.OnTitleClick = [&log](TColumn* Column) { log.push_back("title " + Column->FieldName()); };
+    const int titleY = Grid.TitleRowHeight() / 2;
+    const int border = Grid.CellRect(1, 0).right() + 1;
+    const int width = Grid.ColWidths(1);
+    Grid.MouseDown(Qt::LeftButton, {}, border, titleY);
+    Grid.MouseMove(Qt::LeftButton, {}, border + 30, titleY);
+    Grid.MouseUp(Qt::LeftButton, {}, border + 30, titleY);
+    EXPECT_EQ(Grid.ColWidths(1), width + 30);
+
+    const QPoint idTitle = Grid.CellRect(1, 0).center();
+    QTest::mouseClick(Grid.viewport(), Qt::LeftButton, {}, idTitle);
+    const QPoint nameTitle = Grid.CellRect(2, 0).center();
+    Grid.MouseDown(Qt::LeftButton, {}, idTitle.x(), titleY);
+    Grid.MouseMove(Qt::LeftButton, {}, idTitle.x() + 10, titleY);
+    EXPECT_EQ(Grid.GridState(), gsColMoving);
+    Grid.MouseMove(Qt::LeftButton, {}, nameTitle.x(), titleY);
+    Grid.MouseUp(Qt::LeftButton, {}, nameTitle.x(), titleY);
+    EXPECT_EQ(Grid.Columns()[0]->FieldName(), "NAME");
+    EXPECT_EQ(log, (std::vector<std::string>{"title ID", "moved 1>2"}));
+}
+
+TEST_F(GridTest, DragStartsAfterSixPixels) {
+    int drags = 0;
+    Grid.OnStartDrag = [&drags](TObject*) { ++drags; };
+    const QPoint p = CellPoint(3);
+    Grid.MouseDown(Qt::LeftButton, {}, p.x(), p.y());
+    Grid.MouseMove(Qt::LeftButton, {}, p.x() + 5, p.y() - 5);
+    EXPECT_EQ(drags, 0);
+    Grid.MouseMove(Qt::LeftButton, {}, p.x(), p.y() + 6);
+    EXPECT_EQ(drags, 1);
+    EXPECT_TRUE(Grid.Dragging());
+    Grid.MouseUp(Qt::LeftButton, {}, p.x(), p.y() + 6);
+    // Moving without the button pressed first is no drag.
+    Grid.MouseMove(Qt::NoButton, {}, p.x() + 20, p.y());
+    EXPECT_EQ(drags, 1);
+}
+
+TEST_F(GridTest, ScrollBarFollowsTheRecordNumberOrShowsThreePositions) {
+    QScrollBar* bar = Grid.verticalScrollBar();
+    GoTo(25);
+    EXPECT_EQ(bar->maximum(), 39);
+    EXPECT_EQ(bar->value(), 24);
+    bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
+    EXPECT_EQ(CurrentId(), 25 + kVisibleRows);
+    EXPECT_EQ(bar->value(), 24 + kVisibleRows);
+
+    // A filtered table is not numbered: top, between, bottom.
+    DataSet.OnFilterRecord = [](TDataSet*, bool& Accept) { Accept = true; };
+    DataSet.SetFiltered(true);
+    EXPECT_EQ(bar->maximum(), 2);
+    bar->triggerAction(QAbstractSlider::SliderToMaximum);
+    EXPECT_EQ(CurrentId(), 40);
+    EXPECT_EQ(bar->value(), 2);
+    DataSet.Prior();
+    EXPECT_EQ(bar->value(), 1);
+    bar->triggerAction(QAbstractSlider::SliderToMinimum);
+    EXPECT_EQ(CurrentId(), 1);
+    EXPECT_EQ(bar->value(), 0);
+}
+
+TEST_F(GridTest, TheWindowIsTheVisibleRows) {
+    EXPECT_EQ(Grid.VisibleRowCount(), kVisibleRows);
+    EXPECT_EQ(Grid.DataLink()->BufferCount(), kVisibleRows);
+    EXPECT_EQ(DataSet.BufferCount(), kVisibleRows);
+    Grid.resize(Grid.width(), Grid.height() + 3 * Grid.DefaultRowHeight());
+    EXPECT_EQ(DataSet.BufferCount(), kVisibleRows + 3);
+}
+
+} // namespace
+} // namespace quorda::gridtest
+
+namespace quorda::gridtest {
+namespace {
+
+// Row-select mode: whole rows move with Left and Right, Home and End go to the first and last row.
+class RowSelect : public GridTest {
+protected:
+    RowSelect() {
+        TDBGridOptions options = Grid.Options();
+        options.insert(dgRowSelect);
+        Grid.SetOptions(options);
+    }
+    QColor PixelAt(const QPoint& Point) { return Grid.viewport()->grab().toImage().pixelColor(Point); }
+};
+
+TEST_F(RowSelect, ArrowsMoveRowsAndHomeEndReachTheEnds) {
+    GoTo(5);
+    Key(Qt::Key_Right, Qt::ShiftModifier);
+    Key(Qt::Key_Right, Qt::ShiftModifier);
+    EXPECT_EQ(SelectedIds(), Range(5, 7));
+    Key(Qt::Key_Left);
+    EXPECT_EQ(SelectedIds(), std::vector<int>{6});
+    Key(Qt::Key_End);
+    EXPECT_EQ(CurrentId(), 40);
+    EXPECT_EQ(SelectedIds(), std::vector<int>{40});
+    Key(Qt::Key_Home);
+    EXPECT_EQ(CurrentId(), 1);
+    EXPECT_FALSE(Grid.CanEditShow());
+}
+
+TEST_F(RowSelect, SelectedRowsTakeButtonColoursWithoutTheFocusAndTheCurrentRowADottedFrame) {
+    GoTo(3);
+    Click(4);
+    Click(6, Qt::ShiftModifier);
+    const QPoint inside = CellPoint(5) + QPoint(10, 0);
+    ASSERT_TRUE(Grid.hasFocus());
+    EXPECT_EQ(PixelAt(inside), Grid.palette().color(QPalette::Highlight));
+    // The frame's pixels alternate between the caption colour and its inverse along the top edge.
+    const QRect current = Grid.CellRect(1, Grid.Row());
+    const QColor a = PixelAt(current.topLeft() + QPoint(4, 0));
+    const QColor b = PixelAt(current.topLeft() + QPoint(5, 0));
+    EXPECT_EQ(a.rgb() ^ b.rgb(), 0x00FFFFFFu);
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    other.setFocus();
+    Grid.clearFocus();
+    EXPECT_EQ(PixelAt(inside), Grid.palette().color(QPalette::Button));
+}
+
+} // namespace
+} // namespace quorda::gridtest

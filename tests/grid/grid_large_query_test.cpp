@@ -1,0 +1,111 @@
+// Grids over SQLite queries: a 100,000-row result read a screen at a time, and selections over rows
+// whose bookmarks are numbered from either end.
+#include "grid_test_support.h"
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_query.h"
+
+#include <quorda_test/profiles.h>
+#include <quorda_test/raw_odbc.h>
+
+namespace quorda::gridtest {
+namespace {
+
+// A query that counts the records the framework fetches and shows its ring.
+class TCountingQuery : public TODBCQuery {
+public:
+    using TDataSet::BufferCount;
+    using TODBCQuery::TODBCQuery;
+
+    int Reads = 0;
+
+protected:
+    TGetResult GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool DoCheck) override {
+        ++Reads;
+        return TODBCQuery::GetRecord(Buffer, GetMode, DoCheck);
+    }
+};
+
+// A grid of 25 rows over "select id, name from numbers order by id" on a new SQLite database.
+class SqliteGrid : public ::testing::Test {
+protected:
+    void Open(int Rows) {
+        {
+            quorda_test::RawOdbc raw(Profile.ConnectionString);
+            raw.Exec("create table numbers (id integer primary key, name varchar(20))");
+            raw.Exec("with recursive n(x) as (select 1 union all select x + 1 from n where x < " +
+                     std::to_string(Rows) + ") insert into numbers select x, 'row' || x from n");
+        }
+        Db.SetDriverConnectOption(dcoDriverNoPrompt);
+        Db.SetConnectStr(Profile.ConnectionString);
+        Db.Open();
+        Query.SetODBCDatabase(&Db);
+        Query.SQL().SetText("select id, name from numbers order by id");
+        Source.SetDataSet(&Query);
+        Grid.resize(300, Grid.TitleRowHeight() + 25 * Grid.DefaultRowHeight() + 2 * Grid.frameWidth());
+        TDBGridOptions options = Grid.Options();
+        options.insert(dgMultiSelect);
+        Grid.SetOptions(options);
+        Grid.SetDataSource(&Source);
+        Grid.show();
+        Query.Open();
+    }
+    ~SqliteGrid() override { Grid.SetDataSource(nullptr); }
+    int Id() { return Query.FieldByName("id")->AsInteger(); }
+    // Paints the grid and returns how many records were fetched since the last call.
+    int PaintAndCountReads() {
+        (void)Grid.viewport()->grab();
+        return std::exchange(Query.Reads, 0);
+    }
+
+    quorda_test::DataSourceProfile Profile = quorda_test::SqliteProfile();
+    TODBCDatabase Db{nullptr};
+    TCountingQuery Query{nullptr};
+    TDataSource Source{nullptr};
+    TExtDBGrid Grid;
+};
+
+TEST_F(SqliteGrid, ReachesTheLastRowOfAHundredThousandAndBackReadingAScreenAtATime) {
+    constexpr int rows = 100000;
+    Open(rows);
+    const int screen = Grid.VisibleRowCount();
+    EXPECT_EQ(Query.BufferCount(), screen);
+    EXPECT_LE(PaintAndCountReads(), screen + 1);
+
+    QTest::keyClick(&Grid, Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(Id(), rows);
+    EXPECT_EQ(Grid.verticalScrollBar()->value(), 2); // not numbered: the bottom of three positions
+    EXPECT_LE(PaintAndCountReads(), screen + 1);
+
+    QTest::keyClick(&Grid, Qt::Key_PageUp);
+    EXPECT_EQ(Id(), rows - screen);
+    EXPECT_EQ(Grid.verticalScrollBar()->value(), 1);
+    EXPECT_LE(PaintAndCountReads(), screen + 1);
+
+    QTest::keyClick(&Grid, Qt::Key_Home, Qt::ControlModifier);
+    EXPECT_EQ(Id(), 1);
+    EXPECT_EQ(Grid.verticalScrollBar()->value(), 0);
+    EXPECT_LE(PaintAndCountReads(), screen + 1);
+    EXPECT_EQ(Query.BufferCount(), screen);
+}
+
+TEST_F(SqliteGrid, ShiftSelectionSpansRowsNumberedFromEitherEnd) {
+    Open(60);
+    QTest::keyClick(&Grid, Qt::Key_Down);
+    QTest::keyClick(&Grid, Qt::Key_Down, Qt::ShiftModifier);
+    QTest::keyClick(&Grid, Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_EQ(Grid.SelectedRows().Count(), 3);
+    // The last rows are numbered from the end: the anchor (row 2) still orders before them.
+    QTest::keyClick(&Grid, Qt::Key_End, Qt::ControlModifier);
+    const QPoint row58 = Grid.CellRect(1, Grid.Row() - 2).center();
+    QTest::mouseClick(Grid.viewport(), Qt::LeftButton, Qt::ShiftModifier, row58);
+    EXPECT_EQ(Id(), 58);
+    EXPECT_EQ(Grid.SelectedRows().Count(), 57);
+    QTest::keyClick(&Grid, Qt::Key_Space, Qt::ControlModifier);
+    EXPECT_EQ(Grid.SelectedRows().Count(), 56);
+    EXPECT_FALSE(Grid.SelectedRows().CurrentRowSelected());
+    Query.Prior();
+    EXPECT_TRUE(Grid.SelectedRows().CurrentRowSelected());
+}
+
+} // namespace
+} // namespace quorda::gridtest
