@@ -1,8 +1,8 @@
 // TODBCDataSet, parameter binding: each parameter's value converted into a buffer of its own and
 // bound with SQLBindParameter, inline or to be sent at execution time.
 
-#include "odbc_dataset_p.h"
 #include "core/driver_quirks_p.h"
+#include "odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_error.h"

@@ -15,13 +15,18 @@ struct BuiltInMessage {
 
 constexpr std::array kBuiltIn{
     // The library's own messages, below the classic table.
-    BuiltInMessage{65498, "SODBCNoStatement", "ODBC There is no statement yet: prepare or open the dataset first"},
-    BuiltInMessage{65499, "SODBCNoResultSet", "ODBC The statement returns no result set: run it with ExecSQL"},
-    BuiltInMessage{65500, "SODBCParamHoldsNul", "ODBC Parameter %s holds a NUL byte, which the driver cannot pass on"},
-    BuiltInMessage{65501, "SODBCTooManyParams", "ODBC The statement has %d parameters, more than the %d the driver takes"},
+    BuiltInMessage{65498, "SODBCNoStatement",
+                   "ODBC There is no statement yet: prepare or open the dataset first"},
+    BuiltInMessage{65499, "SODBCNoResultSet",
+                   "ODBC The statement returns no result set: run it with ExecSQL"},
+    BuiltInMessage{65500, "SODBCParamHoldsNul",
+                   "ODBC Parameter %s holds a NUL byte, which the driver cannot pass on"},
+    BuiltInMessage{65501, "SODBCTooManyParams",
+                   "ODBC The statement has %d parameters, more than the %d the driver takes"},
     BuiltInMessage{65502, "SODBCEmptyConnectValue", "ODBC The connection string names an empty %s"},
     BuiltInMessage{65503, "SODBCConnectInputNul", "ODBC %s holds a NUL byte"},
-    BuiltInMessage{65504, "SODBCMaxStringSize", "ODBC Not correct BlobBufferSize=%d (0 < BlobBufferSize <= 8192)"},
+    BuiltInMessage{65504, "SODBCMaxStringSize",
+                   "ODBC Not correct BlobBufferSize=%d (0 < BlobBufferSize <= 8192)"},
     BuiltInMessage{65505, "SODBCMaxBlobBuffer", "ODBC Not correct MaxBlobBuffer=%d (0 < BlobBufferSize)"},
     BuiltInMessage{65506, "SODBCInvalidBLOB", "ODBC Invalid BLOB parameter"},
     BuiltInMessage{65507, "SODBCNotImplemented", "ODBC This function not implemented"},
