@@ -153,6 +153,16 @@ void TODBCDataSet::InternalLast() {
 }
 
 TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientation) {
+    // A forward-only cursor that reported its end stays there, whichever way the step goes: no row can
+    // follow, and after a rowset fetch's SQL_NO_DATA the driver manager refuses another fetch (S1010).
+    // The answer is the one a fetch gave before: the end going forward, the start going back.
+    if (FUniDirectional && FCrack == 1) {
+        if (Orientation == SQL_FETCH_NEXT) {
+            return grEOF;
+        }
+        FCrack = -1;
+        return grBOF;
+    }
     SQLRETURN ret = SQL_SUCCESS;
     if (BlockMode() && Orientation == SQL_FETCH_NEXT) {
         if (FRowsetIndex != -1 && FRowsetIndex < static_cast<std::int64_t>(FRowsFetched) - 1) {
