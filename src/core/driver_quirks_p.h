@@ -3,6 +3,7 @@
 #pragma once
 
 #include "odbc/odbc_api_p.h"
+#include "quorda/export.h"
 
 #include <cstdint>
 #include <mutex>
@@ -47,8 +48,8 @@ std::mutex& ConnectLock();
 TDriverQuirks DriverQuirksFor(std::string_view DriverName);
 // The quirks of the driver behind an open connection, by its name (one SQLGetInfo call; none known
 // when the driver cannot tell its name).
-TDriverQuirks DriverQuirksOf(SQLHDBC Connection);
+QUORDA_API TDriverQuirks DriverQuirksOf(SQLHDBC Connection);
 // DriverQuirksOf, plus what the driver answers about parameter arrays.
-TDriverQuirks ProbeDriverQuirks(SQLHDBC Connection);
+QUORDA_API TDriverQuirks ProbeDriverQuirks(SQLHDBC Connection);
 
 } // namespace quorda

@@ -91,7 +91,7 @@ inline constexpr std::size_t kRecordHeaderSize = 5;
 inline constexpr std::int32_t kRowNotNumbered = 4095;
 
 // The C type a result column of SQLType is bound as (SQL_C_DEFAULT for the unmapped types).
-SQLSMALLINT BindCTypeFor(int SQLType);
+QUORDA_API SQLSMALLINT BindCTypeFor(int SQLType);
 
 // The statement handle of a dataset and the row-status cells its fetches fill.
 struct TODBCDataSetEngine {
@@ -106,6 +106,6 @@ struct TODBCDataSetEngine {
 };
 
 // The engine of a dataset, for the engine's own sources and in-tree tests.
-TODBCDataSetEngine& EngineOf(TODBCDataSet& DataSet);
+QUORDA_API TODBCDataSetEngine& EngineOf(TODBCDataSet& DataSet);
 
 } // namespace quorda

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <memory>
 #include <string>
 
@@ -10,6 +12,6 @@ class TODBCDatabase;
 // A new database, connected through the driver connection string ConnectStr ("DSN=...;UID=...",
 // "Driver=SQLite3;Database=..."); the driver never prompts. Raises EODBCError when the connection
 // fails.
-std::unique_ptr<TODBCDatabase> ODBCConnect(const std::string& ConnectStr);
+QUORDA_API std::unique_ptr<TODBCDatabase> ODBCConnect(const std::string& ConnectStr);
 
 } // namespace quorda

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 namespace quorda {
 
 class TODBCDatabase;
@@ -12,7 +14,7 @@ class TODBCDatabase;
 //     TODBCTransaction transaction(db);
 //     insert.ExecSQL();
 //     transaction.Commit();
-class TODBCTransaction {
+class QUORDA_API TODBCTransaction {
 public:
     explicit TODBCTransaction(TODBCDatabase& Database);
     ~TODBCTransaction();

@@ -32,7 +32,7 @@ using TCommandValues = std::vector<Variant>;
 //
 // A derived entity declares its fields in its own constructor with CreateField; the defaults of the
 // base (queries, stored-procedure slots, registration) are in place by then.
-class TEntity : public TComponent {
+class QUORDA_API TEntity : public TComponent {
 public:
     explicit TEntity(TComponent* AOwner);
     // Leaves the registry, runs execClose, frees the queries, writes the settings (erasing the
@@ -255,14 +255,14 @@ private:
 };
 
 // Marks every entity named Name for re-reading.
-void SetRereadFlag(const std::string& Name);
+QUORDA_API void SetRereadFlag(const std::string& Name);
 // After a write by Entity: marks every entity named Name, the writer too, and makes the writer the
 // first of them in lstOpenEntity.
-void SetUpdateEntity(const std::string& Name, TEntity* Entity);
+QUORDA_API void SetUpdateEntity(const std::string& Name, TEntity* Entity);
 // Makes Entity the first of the entities named Name, marking nothing.
-void FirstNumber(const std::string& Name, TEntity* Entity);
+QUORDA_API void FirstNumber(const std::string& Name, TEntity* Entity);
 // The re-read decision: each run of consecutive unmarked namesakes asks its first member's
 // CheckUpdate once and gives every member that answer.
-void StartRereadAllUpdate();
+QUORDA_API void StartRereadAllUpdate();
 
 } // namespace quorda

@@ -65,7 +65,7 @@ inline constexpr TSetExecType cnstETView{};
 static_assert(cnstETPK.Bits() == 0x33 && cnstETField.Bits() == 0x0F && cnstETView.Bits() == 0x00);
 
 // Raised for every entity error.
-class EEntityException : public Exception {
+class QUORDA_API EEntityException : public Exception {
 public:
     using Exception::Exception;
 };
@@ -80,13 +80,13 @@ inline constexpr char SEntityEmptyProcedure[] = "Can not create empty procedure"
 inline constexpr char SEntityFieldNotFound[] = "Field %s not found";
 
 // Registry key path under which every entity keeps its settings; the application sets it.
-extern std::string EntityINIFileName;
+extern QUORDA_API std::string EntityINIFileName;
 // Put before a procedure name to call it.
-extern std::string strExecuteProc;
+extern QUORDA_API std::string strExecuteProc;
 // The value that clears find, filter and value slots.
-extern const Variant NullValue;
+extern QUORDA_API const Variant NullValue;
 // Every live entity: the entry's string is the entity's viewEntity, its object the entity.
 // Duplicates accepted, not sorted, names compared case-sensitively. It lives to the end of the process.
-TStringList& lstOpenEntity();
+QUORDA_API TStringList& lstOpenEntity();
 
 } // namespace quorda

@@ -14,7 +14,7 @@ class TEntity;
 
 // One column of an entity: how it is named in the fact table and selected from the view, how it is
 // shown, which commands it takes part in, and its find, filter and value slots.
-class TFieldItem : public TPersistent {
+class QUORDA_API TFieldItem : public TPersistent {
 public:
     TFieldItem(TEntity* AEntity, const std::string& Name, const std::string& ADisplayName,
                const std::string& AViewTable, std::int32_t Width, bool View, bool Visible, bool Ident,

@@ -9,7 +9,7 @@ class TODBCExtDataSet;
 // The blob stream of the editable dataset. Reading prefers the value written in the current edit;
 // writing records the old value, keeps the bytes of the latest Write call as the field's new value
 // and marks an update pending.
-class TODBCExtBlobStream : public TODBCBlobStream {
+class QUORDA_API TODBCExtBlobStream : public TODBCBlobStream {
 public:
     TODBCExtBlobStream(TBlobField* Field, TBlobStreamMode Mode);
 

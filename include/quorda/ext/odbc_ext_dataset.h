@@ -20,7 +20,7 @@ using TUpdateRecordEvent =
     std::function<void(TDataSet* DataSet, TUpdateKind UpdateKind, TUpdateAction& UpdateAction)>;
 
 // One value kept for a field in the old-value or new-value list.
-class TFieldValue : public TObject {
+class QUORDA_API TFieldValue : public TObject {
 public:
     explicit TFieldValue(Variant AValue) : Value(std::move(AValue)) {}
     Variant Value;
@@ -33,7 +33,7 @@ enum : std::uint8_t { kUpdateNone = 0, kUpdateModify = 1, kUpdateInsert = 2, kUp
 // field had before its first change is kept in memory, and posting or deleting hands the change to
 // OnUpdateRec, OnInsertRec or OnDeleteRec, whose handlers write it to the database. After a post the
 // dataset re-executes its statement and returns to the record it stood on.
-class TODBCExtDataSet : public TODBCDataSet {
+class QUORDA_API TODBCExtDataSet : public TODBCDataSet {
 public:
     explicit TODBCExtDataSet(TComponent* AOwner);
     ~TODBCExtDataSet() override;
@@ -87,7 +87,7 @@ protected:
 };
 
 // The editable query component.
-class TODBCExtQuery : public TODBCExtDataSet {
+class QUORDA_API TODBCExtQuery : public TODBCExtDataSet {
 public:
     explicit TODBCExtQuery(TComponent* AOwner) : TODBCExtDataSet(AOwner) {}
     std::string ClassName() const override { return "TODBCExtQuery"; }

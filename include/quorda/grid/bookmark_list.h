@@ -12,7 +12,7 @@ class TDataSet;
 // The rows selected in a grid, kept as bookmarks in the dataset's bookmark order. The dataset's
 // CompareBookmarks decides which bookmarks are the same record, so a dataset that cannot compare its
 // bookmarks cannot hold a selection of several rows.
-class TBookmarkList {
+class QUORDA_API TBookmarkList {
 public:
     explicit TBookmarkList(TCustomDBGrid* Grid) : FGrid(Grid) {}
 

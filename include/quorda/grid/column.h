@@ -15,7 +15,7 @@ class TField;
 class TColumn;
 
 // The title of a column: its caption defaults to the field's display label.
-class TColumnTitle {
+class QUORDA_API TColumnTitle {
 public:
     explicit TColumnTitle(TColumn* Column) : FColumn(Column) {}
 
@@ -34,7 +34,7 @@ private:
 };
 
 // One column of a data grid, bound to a field by name.
-class TColumn {
+class QUORDA_API TColumn {
 public:
     explicit TColumn(TDBGridColumns* Collection);
 
@@ -81,7 +81,7 @@ enum TDBGridColumnsState { csDefault, csCustomized };
 
 // The columns of a grid. In the default state they are made from the dataset's visible fields each
 // time the dataset's layout changes; adding a column by hand makes them customized.
-class TDBGridColumns {
+class QUORDA_API TDBGridColumns {
 public:
     explicit TDBGridColumns(TCustomDBGrid* Grid) : FGrid(Grid) {}
 

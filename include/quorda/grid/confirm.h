@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <functional>
 #include <string>
 
@@ -17,9 +19,9 @@ using TConfirmHook = std::function<bool(QWidget* Parent, const std::string& Ques
 namespace Dialogs {
 
 // Asks through the installed hook, by default a modal message box.
-bool Confirm(QWidget* Parent, const std::string& Question);
+QUORDA_API bool Confirm(QWidget* Parent, const std::string& Question);
 // Installs Hook (empty restores the message box) and returns the previous one.
-TConfirmHook SetConfirmHook(TConfirmHook Hook);
+QUORDA_API TConfirmHook SetConfirmHook(TConfirmHook Hook);
 
 } // namespace Dialogs
 

@@ -17,7 +17,7 @@ class TDataSetModelLink;
 // asks for more (canFetchMore / fetchMore); each row read keeps its bookmark and its texts, so the
 // view can show and edit it without moving the dataset about. Opening, closing, refreshing or
 // editing the dataset elsewhere resets the model.
-class TDataSetModel : public QAbstractTableModel {
+class QUORDA_API TDataSetModel : public QAbstractTableModel {
 public:
     explicit TDataSetModel(QObject* Parent = nullptr);
     ~TDataSetModel() override;

@@ -24,7 +24,7 @@ class TDataSource;
 class TField;
 
 // The grid's link to its data source: a window of as many records as the grid shows rows.
-class TGridDataLink : public TDataLink {
+class QUORDA_API TGridDataLink : public TDataLink {
 public:
     explicit TGridDataLink(TCustomDBGrid* Grid);
 
@@ -58,7 +58,7 @@ using TKeyPressEvent = std::function<void(TObject* Sender, QString& Text)>;
 // Grid coordinates count the indicator as column 0 (when shown) and the title as row 0 (when shown);
 // data row r of the window is grid row TitleOffset() + r. The keyboard and mouse handlers call small
 // public operations, so that behaviour can be driven without events.
-class TCustomDBGrid : public QAbstractScrollArea, public TObject {
+class QUORDA_API TCustomDBGrid : public QAbstractScrollArea, public TObject {
 public:
     explicit TCustomDBGrid(QWidget* Parent = nullptr);
     ~TCustomDBGrid() override;

@@ -28,7 +28,7 @@ enum TIndicatorImage {
 // column is painted from an image list, selected rows change colour when the grid loses the focus,
 // a dotted frame marks the current row in row-select mode, and every change of the selection is
 // reported through OnSelectionChange.
-class TExtCustomDBGrid : public TCustomDBGrid {
+class QUORDA_API TExtCustomDBGrid : public TCustomDBGrid {
 public:
     explicit TExtCustomDBGrid(QWidget* Parent = nullptr);
     ~TExtCustomDBGrid() override;
@@ -96,7 +96,7 @@ private:
 };
 
 // The grid as an application places it on a form.
-class TExtDBGrid : public TExtCustomDBGrid {
+class QUORDA_API TExtDBGrid : public TExtCustomDBGrid {
 public:
     using TExtCustomDBGrid::TExtCustomDBGrid;
 };

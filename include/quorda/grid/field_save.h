@@ -11,7 +11,7 @@ namespace quorda {
 class TExtCustomDBGrid;
 
 // The saved layout of one grid column.
-class TFieldSaveItem : public TObject {
+class QUORDA_API TFieldSaveItem : public TObject {
 public:
     TFieldSaveItem(std::string AFieldName, std::string ACaption, std::int32_t AIndex, std::int32_t AWidth)
         : FieldName(std::move(AFieldName)), Caption(std::move(ACaption)), Index(AIndex), Width(AWidth) {}
@@ -24,7 +24,7 @@ public:
 
 // The column layout of a grid, kept in memory: one item per field name, in the saved column order.
 // Names are matched without regard to case. Keeping the object between runs is up to the application.
-class TFieldSave {
+class QUORDA_API TFieldSave {
 public:
     TFieldSave();
     ~TFieldSave();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <QColor>
 #include <QObject>
 #include <QPixmap>
@@ -11,7 +13,7 @@ class QPainter;
 namespace quorda {
 
 // Images of one size, drawn by index; transparent parts show the background colour.
-class TImageList : public QObject {
+class QUORDA_API TImageList : public QObject {
 public:
     TImageList(int Width, int Height, QObject* Parent = nullptr);
 

@@ -16,7 +16,7 @@ using TOnDBNotifyEvent = std::function<void(TMultiODBCDataBase* DataBase)>;
 
 // A pool of connections made from one template of connection settings. The pool's own lock is taken
 // only by Lock/UnLock: callers that grow the pool from several threads hold it around FindDataBase.
-class TMultiDataBases {
+class QUORDA_API TMultiDataBases {
 public:
     TMultiDataBases() = default;
     // Frees every connection (ClearDataBase).

@@ -17,7 +17,7 @@ struct TSectionHolder {
 
 // A pooled connection: a TODBCDatabase whose dataset list and open/close are serialised by a
 // critical section of its own, which TODBCMultiQuery also takes around each of its cursor operations.
-class TMultiODBCDataBase : private multidb_detail::TSectionHolder, public TODBCDatabase {
+class QUORDA_API TMultiODBCDataBase : private multidb_detail::TSectionHolder, public TODBCDatabase {
 public:
     explicit TMultiODBCDataBase(TComponent* AOwner);
     ~TMultiODBCDataBase() override;
@@ -47,7 +47,7 @@ private:
 
 // Lock ... UnLock of a pooled connection for a scope, released also when the scope is left by an
 // exception; a null connection is not locked.
-class TMultiLockGuard {
+class QUORDA_API TMultiLockGuard {
 public:
     explicit TMultiLockGuard(TMultiODBCDataBase* DataBase) : FDataBase(DataBase) {
         if (FDataBase != nullptr) {

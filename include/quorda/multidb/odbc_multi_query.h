@@ -10,7 +10,7 @@ class TCriticalSection;
 namespace multidb_detail {
 // Leaves a critical section when destroyed. As a base listed before the dataset, it outlives the
 // dataset's own destructor.
-struct TSectionExit {
+struct QUORDA_API TSectionExit {
     TCriticalSection* FEntered = nullptr;
     ~TSectionExit();
 };
@@ -20,7 +20,7 @@ struct TSectionExit {
 // of the session and holds that connection's lock around each of its cursor operations, so queries
 // on different threads that share a connection never use it at the same time. One query still
 // belongs to one thread at a time.
-class TODBCMultiQuery : private multidb_detail::TSectionExit, public TODBCDataSet {
+class QUORDA_API TODBCMultiQuery : private multidb_detail::TSectionExit, public TODBCDataSet {
 public:
     explicit TODBCMultiQuery(TComponent* AOwner) : TODBCDataSet(AOwner) {}
     // Detaches while holding the connection's critical section (entered directly, uncounted).

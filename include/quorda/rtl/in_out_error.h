@@ -8,7 +8,7 @@ namespace quorda {
 
 // A file could not be opened, read or written. ErrorCode is the operating system's error number
 // (errno); the message names the file and the reason.
-class EInOutError : public Exception {
+class QUORDA_API EInOutError : public Exception {
 public:
     EInOutError(std::string message, int errorCode) : Exception(std::move(message)), FErrorCode(errorCode) {}
 
@@ -19,6 +19,7 @@ private:
 };
 
 // Raises EInOutError "<action> \"<file>\": <strerror(errorCode)>".
-[[noreturn]] void RaiseInOutError(const std::string& action, const std::string& fileName, int errorCode);
+[[noreturn]] QUORDA_API void RaiseInOutError(const std::string& action, const std::string& fileName,
+                                             int errorCode);
 
 } // namespace quorda

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "quorda/export.h"
+
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,7 +18,7 @@ namespace quorda {
 // blanks, "=" in a key, "]" in a section name, a key starting with "[", ";" or "#". Any other
 // backslash is read literally. Section and key names compare ignoring case; a section named twice
 // is read as one, in file order, and the first of two equal keys counts.
-class TIniDocument {
+class QUORDA_API TIniDocument {
 public:
     static TIniDocument Parse(std::string_view Text);
     // One line per header, entry and kept line, each ending in "\n".

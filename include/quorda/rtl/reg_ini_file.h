@@ -14,7 +14,7 @@ namespace quorda {
 class TStrings;
 
 // Raised when settings cannot be written (folder, lock, write, flush or rename failed).
-class ERegistryException : public Exception {
+class QUORDA_API ERegistryException : public Exception {
 public:
     using Exception::Exception;
 };
@@ -30,7 +30,7 @@ public:
 // crash, a full disk or a second writer never leaves a half-written or mixed file. Between
 // BeginUpdate and EndUpdate the lock is held and the writes of the batch replace the file once; any
 // other object writing the same file meanwhile waits for EndUpdate, also in the same thread.
-class TRegIniFile {
+class QUORDA_API TRegIniFile {
 public:
     explicit TRegIniFile(std::string FileName);
     // An update still open is abandoned: its changes are not written.

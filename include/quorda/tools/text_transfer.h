@@ -3,6 +3,8 @@
 // escaped so that a record stays on one line. Bytes are kept as they are (UTF-8 text survives).
 #pragma once
 
+#include "quorda/export.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -23,36 +25,38 @@ using TTransferProgress = std::function<void(std::int64_t Rows)>;
 
 // Result := Text escaped (Encode) or unescaped. The pairs, tried in this order at each position:
 // ' <-> '', \ <-> \\, NUL <-> \x00, CR <-> \x0D, LF <-> \x0A. Any other backslash sequence is kept.
-void ConverString(const std::string& Text, bool Encode, std::string& Result);
-std::string ConverString(const std::string& Text, bool Encode);
+QUORDA_API void ConverString(const std::string& Text, bool Encode, std::string& Result);
+QUORDA_API std::string ConverString(const std::string& Text, bool Encode);
 
 // Writes a header line of field names and one line per record, from the current record to the end.
 // The file is created or truncated; EInOutError when it cannot be written.
-void ExportDataSet(TDataSet* DataSet, const std::string& FileName, const TTransferProgress& Progress = {});
+QUORDA_API void ExportDataSet(TDataSet* DataSet, const std::string& FileName,
+                              const TTransferProgress& Progress = {});
 
 // Appends a line per record from the current one: LeadText, then "," and the value of field j for
 // each j below Fields.size() (fields by position; the entries' texts are not used). Creates the file
 // when absent; does nothing at the end of the dataset.
-void SaveQryToFile(const std::string& FileName, const std::string& LeadText, TDataSet* DataSet,
-                   const std::vector<std::string>& Fields);
+QUORDA_API void SaveQryToFile(const std::string& FileName, const std::string& LeadText, TDataSet* DataSet,
+                              const std::vector<std::string>& Fields);
 
 // Inserts the rows of a file written by ExportDataSet into TableName over DataBase, in one
 // transaction. KeyCondition ("where id = :id", parameters named like the header's columns) finds an
 // existing row for ImportType. Any error rolls the transaction back and passes on; an error raised
 // while a line is handled also carries that line's number (catch TImportLineInfo). EInOutError when
 // the file cannot be read.
-void ImportDataSet(const std::string& FileName, const std::string& TableName, const std::string& KeyCondition,
-                   TImportType ImportType, const TTransferProgress& Progress = {});
+QUORDA_API void ImportDataSet(const std::string& FileName, const std::string& TableName,
+                              const std::string& KeyCondition, TImportType ImportType,
+                              const TTransferProgress& Progress = {});
 
 // Appends every row of a file written by ExportDataSet to TableName over DataBase, in batches of
 // rows (TODBCDataSet::ExecSQLBatch) inside one transaction: all rows or, on any error, none. Values
 // are read as ImportDataSet reads them; errors carry the failing line's number as there.
-void AppendDataSet(const std::string& FileName, const std::string& TableName,
-                   const TTransferProgress& Progress = {});
+QUORDA_API void AppendDataSet(const std::string& FileName, const std::string& TableName,
+                              const TTransferProgress& Progress = {});
 
 // Mixed into the exception ImportDataSet re-raises: the exception keeps its class and message, and
 // a handler for this type learns the number of the file line (1 is the header) being handled.
-class TImportLineInfo {
+class QUORDA_API TImportLineInfo {
 public:
     explicit TImportLineInfo(std::int64_t line) : FLine(line) {}
     virtual ~TImportLineInfo() = default;
