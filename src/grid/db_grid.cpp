@@ -283,7 +283,8 @@ void TCustomDBGrid::UpdateScrollBars() {
     FSettingScrollBar = true;
     QScrollBar* bar = verticalScrollBar();
     TDataSet* dataSet = DataSet();
-    if (!FDataLink->Active() || !dataSet) {
+    if (!FDataLink->Active() || !dataSet || dataSet->IsEmpty()) {
+        // Nothing to scroll: no thumb, rather than one that suggests rows below.
         bar->setRange(0, 0);
     } else if (dataSet->IsSequenced()) {
         // One position per record.
