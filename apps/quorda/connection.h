@@ -19,7 +19,5 @@ struct ConnectionOptions {
 std::string DefaultDatabaseFile();
 // An open connection for the options.
 std::unique_ptr<TODBCDatabase> Connect(const ConnectionOptions& Options);
-// The connection string with the values of PWD= and Password= replaced by "***".
-std::string MaskPassword(const std::string& ConnectionString);
 
 } // namespace quorda::cli

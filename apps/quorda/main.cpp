@@ -3,6 +3,7 @@
 
 #include "commands.h"
 #include "connection.h"
+#include "quorda/core/connection_string.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/tools/query_helpers.h"
 #include "quorda/tools/text_transfer.h"
@@ -36,7 +37,7 @@ int Report(const ConnectionOptions& Connection) {
     } catch (...) {
     }
     if (!Connection.ConnectionString.empty()) {
-        std::cerr << "  connection: " << MaskPassword(Connection.ConnectionString) << '\n';
+        std::cerr << "  connection: " << MaskConnectionPassword(Connection.ConnectionString) << '\n';
     }
     return kFailure;
 }
