@@ -1,6 +1,5 @@
 #include "connection.h"
 
-
 #include <cstdlib>
 
 #ifndef QUORDA_DEFAULT_DATABASE
