@@ -82,6 +82,15 @@ void TEntity::AddField(std::unique_ptr<TFieldItem> Item) {
     ReadFromINIField(Field, Name);
 }
 
+void TEntity::ReplaceFields(std::vector<std::unique_ptr<TFieldItem>> Fields) {
+    FLstFields->Clear();
+    for (auto& Item : Fields) {
+        TFieldItem* Field = Item.get();
+        FLstFields->AddObject(Field->FactName(), Item.release());
+        ReadFromINIField(Field, {});
+    }
+}
+
 TFieldItem* TEntity::GetFields(int Index) const {
     return static_cast<TFieldItem*>(FLstFields->Objects(Index));
 }

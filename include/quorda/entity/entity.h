@@ -16,6 +16,7 @@
 namespace quorda {
 
 class TDataSet;
+class TField;
 class TRegIniFile;
 
 // The query an entity selects and re-reads through: the editable query, made by CreateQueryExt on
@@ -209,6 +210,30 @@ public:
     Variant ProcedureOpen(TODBCDataSet& Query);
     void ProcedureExec(TODBCDataSet& Query);
 
+    // --- the open selection
+    // Runs the select procedure first when one is named (it prepares the data), then EntityOpenOnly.
+    virtual void EntityOpen();
+    // (Re)opens DataQuery on the statement of the selection, its parameters bound from the fields'
+    // Value slots (filter values copied in), shows the columns through OpenTableProc, makes this entity
+    // the unmarked leader of its namesakes and stands on the row it stood on before, when it had one.
+    virtual void EntityOpenOnly();
+    // When DataQuery is open: the re-read decision pass, then a refresh (or, for a marked entity with a
+    // select procedure, the procedure run again into the reopened selection); the entity leads its
+    // namesakes afterwards, unmarked.
+    virtual void ReOpenSql();
+    // DataQuery's after-open handling: display text through SetFieldAsText for every column without a
+    // text handler of its own; visibility, label and width from the selected fields.
+    virtual void OpenTableProc(TDataSet* DataSet);
+    // The display text of a column: floats grouped in thousands with Precision and Digits, integers
+    // grouped, a blob "(Blob)"; nulls, empty selections and edit text plain.
+    void SetFieldAsText(TField* Field, std::string& Text, bool DisplayText);
+    // Whether DataQuery is at the edge Direction moves toward.
+    bool FindEofBof(TDirectionFind Direction) const;
+    // Moves DataQuery, in FindDown's direction, to the next row (never the current one) that matches
+    // every field whose find value is non-blank text or a date; stays on the current row and returns
+    // false without a match.
+    virtual bool Find();
+
     // Runs the close procedure when one is named and this entity was the last of its name (outside
     // design mode); returns its result, 0 when nothing ran.
     virtual int execClose();
@@ -216,6 +241,9 @@ public:
 protected:
     // The defaults of a new entity and its registration; run by the constructor.
     void CreateEntityParam();
+    // Frees the present fields and lists Fields in their place, each under its fact name as it is
+    // (no lower-casing). Each loads the saved values of a nameless field, as a field created blank.
+    void ReplaceFields(std::vector<std::unique_ptr<TFieldItem>> Fields);
 
 private:
     static std::string FieldKey(const std::string& Name);

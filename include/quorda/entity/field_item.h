@@ -10,7 +10,9 @@
 
 namespace quorda {
 
+class TDataSet;
 class TEntity;
+class TUserEntity;
 
 // One column of an entity: how it is named in the fact table and selected from the view, how it is
 // shown, which commands it takes part in, and its find, filter and value slots.
@@ -81,10 +83,18 @@ public:
     bool OrderingDesk() const { return FOrderingDesk; }
     void SetOrderingDesk(bool Value) { FOrderingDesk = Value; }
 
+    // Whether the current row of DataSet matches the find value in its column FieldName: numbers by
+    // whole value, text by prefix, dates by containment; ignoring case unless the entity's
+    // FindSensitive says otherwise.
+    bool CheckFind(TDataSet& DataSet, const std::string& FieldName) const;
+
     // The fact name between the fact quotes: how the column is written in SQL.
     std::string QuotedFactName() const { return FFactQuote + FFactName + FFactQuote; }
 
 private:
+    // Reads the fields from a stream, where a name keeps its case.
+    friend class TUserEntity;
+
     TEntity* FEntity;
     std::string FFactName;
     std::string FSelectStr;
