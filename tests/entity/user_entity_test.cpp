@@ -1,0 +1,213 @@
+#include "entity_test_support.h"
+#include "quorda/rtl/filer.h"
+
+#include <gtest/gtest.h>
+
+namespace quorda {
+namespace {
+
+// One field of the stored list, value by value in the order of the stored form.
+struct TStoredField {
+    std::string FactName, SelectStr, DisplayName, ViewTable;
+    bool View, Visible, Sort, Ident, BookMark;
+    std::int32_t Width;
+    TFieldType Type;
+    std::array<const char*, ExecTypeCount> Commands; // "Y" for a member
+    std::string FactQuote, SelectQuote;
+};
+
+// The stored properties as the reader meets them: "Fields", the list, the end of the properties.
+std::string StoredForm(const std::vector<TStoredField>& Fields) {
+    TMemoryStream Stream;
+    TWriter Writer(Stream);
+    Writer.WritePropName("Fields");
+    Writer.WriteListBegin();
+    for (const TStoredField& F : Fields) {
+        for (const std::string* Text : {&F.FactName, &F.SelectStr, &F.DisplayName, &F.ViewTable}) {
+            Writer.WriteString(*Text);
+        }
+        for (const bool Flag : {F.View, F.Visible, F.Sort, F.Ident, F.BookMark}) {
+            Writer.WriteBoolean(Flag);
+        }
+        Writer.WriteInteger(F.Width);
+        Writer.WriteInteger(F.Type);
+        for (const char* Member : F.Commands) {
+            Writer.WriteString(Member);
+        }
+        Writer.WriteString(F.FactQuote);
+        Writer.WriteString(F.SelectQuote);
+    }
+    Writer.WriteListEnd();
+    Writer.WriteValue(vaNull);
+    return Stream.DataString();
+}
+
+std::string Stored(TUserEntity& Entity) {
+    TMemoryStream Stream;
+    TWriter(Stream).WriteProperties(&Entity);
+    return Stream.DataString();
+}
+
+void Load(TUserEntity& Entity, const std::string& Bytes) {
+    TStringStream Stream(Bytes);
+    TReader(Stream).ReadProperties(&Entity);
+}
+
+// The stored form value by value; read back, it gives the same fields and the same bytes again.
+TEST(UserEntity, FieldsKeepTheirStoredForm) {
+    TUserEntity Designed(nullptr);
+    EXPECT_EQ(Stored(Designed), StoredForm({}));
+    TFieldItem* Id = Designed.CreateField("ID", "Id", "", 6, true, false, true, false, ftInteger, cnstETPK);
+    Id->SetFactQuote("\"");
+    TFieldItem* Name = Designed.CreateField("Name", "Customer", " c ", 30, true, true, false, true,
+                                            ftWideMemo, TSetExecType{fetUpdate, fetClose});
+    Name->SetSelectStr("upper(name)");
+    Name->SetSelectQuote("`");
+    Name->SetIsBookMark(false);
+    const std::string Bytes = Stored(Designed);
+    EXPECT_EQ(Bytes, StoredForm({
+                         {"id",
+                          "id",
+                          "Id",
+                          "",
+                          true,
+                          false,
+                          false,
+                          true,
+                          true,
+                          6,
+                          ftInteger,
+                          {"Y", "Y", "N", "N", "Y", "Y", "N"},
+                          "\"",
+                          ""},
+                         {"name",
+                          "upper(name)",
+                          "Customer",
+                          "c",
+                          true,
+                          true,
+                          true,
+                          false,
+                          false,
+                          30,
+                          ftWideMemo,
+                          {"N", "N", "Y", "N", "N", "N", "Y"},
+                          "",
+                          "`"},
+                     }));
+
+    TUserEntity Loaded(nullptr);
+    Loaded.CreateField("old", "", "", 1, false, false, false, false, ftString, cnstETView);
+    Load(Loaded, Bytes);
+    EXPECT_EQ(entitytest::Lines(Loaded.lstFields()), (std::vector<std::string>{"id", "name"}));
+    EXPECT_EQ(Loaded.GetFields(1)->ExecSet(), (TSetExecType{fetUpdate, fetClose}));
+    EXPECT_EQ(Stored(Loaded), Bytes);
+
+    // An empty list empties the entity.
+    Load(Loaded, StoredForm({}));
+    EXPECT_EQ(Loaded.FieldCount(), 0);
+}
+
+// A streamed name keeps its case; only "Y" itself makes a field take part in a command.
+TEST(UserEntity, StreamedNamesKeepTheirCaseAndOnlyYCounts) {
+    TUserEntity Entity(nullptr);
+    Load(Entity, StoredForm({{"OrderID",
+                              "OrderID",
+                              "",
+                              "",
+                              true,
+                              true,
+                              false,
+                              true,
+                              true,
+                              10,
+                              ftInteger,
+                              {"y", "Y", "yes", "", "Y ", "N", "Y"},
+                              "",
+                              ""}}));
+    EXPECT_EQ(Entity.lstFields()[0], "OrderID");
+    EXPECT_EQ(Entity.GetFields(0)->FactName(), "OrderID");
+    EXPECT_EQ(Entity.FieldByName("orderid"), Entity.GetFields(0));
+    EXPECT_EQ(Entity.GetFields(0)->ExecSet(), (TSetExecType{fetInsert, fetClose}));
+}
+
+// A stream that breaks off or holds a type no field has raises the reader's error and leaves the
+// fields as they were.
+TEST(UserEntity, ABrokenFieldListChangesNothing) {
+    const std::string Good = StoredForm({{"a",
+                                          "a",
+                                          "",
+                                          "",
+                                          true,
+                                          true,
+                                          true,
+                                          true,
+                                          true,
+                                          1,
+                                          ftString,
+                                          {"Y", "N", "N", "N", "N", "N", "N"},
+                                          "",
+                                          ""}});
+    const std::string BadType = StoredForm({{"a",
+                                             "a",
+                                             "",
+                                             "",
+                                             true,
+                                             true,
+                                             true,
+                                             true,
+                                             true,
+                                             1,
+                                             static_cast<TFieldType>(ftWideMemo + 1),
+                                             {"Y", "N", "N", "N", "N", "N", "N"},
+                                             "",
+                                             ""}});
+    for (const std::string& Bytes : {Good.substr(0, Good.size() - 8), BadType}) {
+        TUserEntity Entity(nullptr);
+        Entity.CreateField("kept", "", "", 1, true, true, false, false, ftString, cnstETField);
+        EXPECT_THROW(Load(Entity, Bytes), EReadError);
+        EXPECT_EQ(entitytest::Lines(Entity.lstFields()), std::vector<std::string>{"kept"});
+    }
+}
+
+TEST(UserEntity, StoredProceduresAreSevenTerminatedNames) {
+    const struct {
+        const char* Text;
+        std::array<const char*, ExecTypeCount> Names;
+    } Cases[] = {
+        {"a;b", {"a", "", "", "", "", "", ""}},
+        {"1;2;3;4;5;6;7;8;9;10;", {"1", "2", "3", "4", "5", "6", "7"}},
+        {" s ;;u;", {" s ", "", "u", "", "", "", ""}},
+        {"", {"", "", "", "", "", "", ""}},
+    };
+    for (const auto& Case : Cases) {
+        SCOPED_TRACE(Case.Text);
+        TUserEntity Entity(nullptr);
+        Entity.SetSP(fetClose, "stale");
+        Entity.SetStroredProcedures(Case.Text);
+        for (int Command = fetSelect; Command <= fetClose; ++Command) {
+            EXPECT_EQ(Entity.GetSP(static_cast<TExecType>(Command)), Case.Names[Command]);
+        }
+        // No close procedure to run without a connection.
+        Entity.SetSP(fetClose, {});
+    }
+    TUserEntity Entity(nullptr);
+    EXPECT_EQ(Entity.GetStroredProcedures(), ";;;;;;;");
+    Entity.SetSP(fetLock, "p");
+    EXPECT_EQ(Entity.GetStroredProcedures(), ";;;;p;;;");
+}
+
+TEST(UserEntity, CheckUpdateAsksTheEventWithAFalseFlag) {
+    TUserEntity Entity(nullptr);
+    EXPECT_FALSE(Entity.CheckUpdate());
+    TUserEntity* Asked = nullptr;
+    Entity.OnCheckUpdate = [&](TUserEntity* Sender, bool& Update) {
+        Asked = Sender;
+        Update = !Update;
+    };
+    EXPECT_TRUE(Entity.CheckUpdate());
+    EXPECT_EQ(Asked, &Entity);
+}
+
+} // namespace
+} // namespace quorda
