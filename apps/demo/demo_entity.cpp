@@ -6,6 +6,7 @@
 #include "quorda/tools/query_helpers.h"
 
 #include <iostream>
+#include <memory>
 #include <string>
 
 namespace quorda::demo {
@@ -64,6 +65,58 @@ const char* LockText(TLockResult Result) {
     return "?";
 }
 
+// The order totals as a user entity configured at design time would have them: read-only columns of
+// the view, three of them sortable.
+std::unique_ptr<TUserEntity> MakeOrderTotals() {
+    auto Totals = std::make_unique<TUserEntity>(nullptr);
+    Totals->SetViewTable("order_totals");
+    Totals->SetviewEntity("ORDER_TOTALS");
+    Totals->SetPrecision(12);
+    Totals->SetDigits(2);
+    Totals->CreateField("order_id", "Order", "", 6, true, true, true, false, ftInteger, cnstETView);
+    Totals->CreateField("customer", "Customer", "", 30, true, true, false, true, ftString, cnstETView);
+    Totals->CreateField("order_date", "Date", "", 10, true, true, false, true, ftDate, cnstETView);
+    Totals->CreateField("total", "Total", "", 10, true, true, false, true, ftFloat, cnstETView);
+    return Totals;
+}
+
+void PrintShownRows(TDataSet& DataSet) {
+    for (DataSet.First(); !DataSet.Eof(); DataSet.Next()) {
+        std::string Line = "   ";
+        for (int I = 0; I < DataSet.Fields().Count(); ++I) {
+            Line += " " + DataSet.Fields()[I]->DisplayText();
+        }
+        std::cout << Line << '\n';
+    }
+}
+
+// Opens the order totals from a fixed date on, at least a minimum total, largest first, and finds a
+// customer by the beginning of its name.
+void ShowOrderTotalsEntity() {
+    const auto Totals = MakeOrderTotals();
+    Totals->SetWherePhrase("order_date >= '2024-03-05'");
+    Totals->SetFilterStr("total >= :total");
+    Totals->SetFieldFilter("total", 100.0);
+    Totals->SetOrdering(Totals->lstFields().IndexOf("total"));
+    Totals->SetOrderingDesc(true);
+    Totals->EntityOpen();
+    TEntityQuery& Query = *Totals->DataQuery();
+    Print("order totals from 5 March, at least 100, largest first", Query.SQL());
+    PrintShownRows(Query);
+
+    Query.First();
+    Totals->SetFieldFind("customer", "brennan");
+    const bool Found = Totals->Find();
+    std::cout << "  find a customer starting with \"brennan\" (any case): "
+              << (Found ? "order " + Query.FieldByName("order_id")->AsString() + ", " +
+                              Query.FieldByName("customer")->AsString()
+                        : std::string("none"))
+              << '\n';
+    Totals->SetFieldFind("customer", "Nobody");
+    std::cout << "  find \"Nobody\": " << (Totals->Find() ? "found" : "none, still on order ")
+              << Query.FieldByName("order_id")->AsString() << '\n';
+}
+
 } // namespace
 
 void ShowOrdersEntity(TODBCDatabase& db) {
@@ -116,6 +169,7 @@ void ShowOrdersEntity(TODBCDatabase& db) {
         Print("delete", Text);
         std::cout << "  rows deleted: " << Orders.Delete().AsInteger() << '\n';
     }
+    ShowOrderTotalsEntity();
     DataBase = nullptr;
 }
 
