@@ -154,7 +154,7 @@ int TEntity::execClose() {
             return 0;
         }
     }
-    const Variant Result = RunCommand(fetClose, cdtField, nullptr, {Variant(std::string(1, '\x01'))});
+    const Variant Result = RunCommand(fetClose, cdtField, nullptr, FieldPlaceholder());
     return VarIsNull(Result) ? 0 : Result.AsInteger();
 }
 

@@ -14,12 +14,6 @@ namespace {
 // The native error a lock procedure raises to say that the row no longer exists.
 constexpr SQLINTEGER NativeRowDeleted = -746;
 
-// The values of the argument-less commands: one placeholder that field binding never reads.
-const TCommandValues& FieldPlaceholder() {
-    static const TCommandValues Values{Variant(std::string(1, '\x01'))};
-    return Values;
-}
-
 bool IsNullOrEmpty(const Variant& Value) {
     return VarIsNull(Value) || (VarIsStr(Value) && Value.AsString().empty());
 }
@@ -47,6 +41,11 @@ void ShowException(const std::exception& E) {
 }
 
 } // namespace
+
+const TCommandValues& TEntity::FieldPlaceholder() {
+    static const TCommandValues Values{Variant(std::string(1, '\x01'))};
+    return Values;
+}
 
 bool TEntity::HasProcedure(TExecType Command) const {
     return !Trim(GetSP(Command)).empty();

@@ -12,12 +12,6 @@ namespace quorda {
 
 namespace {
 
-// The values of a command that binds from the fields: one placeholder that field binding never reads.
-const TCommandValues& FieldPlaceholder() {
-    static const TCommandValues Values{Variant(std::string(1, '\x01'))};
-    return Values;
-}
-
 // Goes back to a row remembered before the dataset was closed or moved. A row that is gone leaves the
 // dataset on its last row.
 void ReturnTo(TDataSet& DataSet, TBookmark& Bookmark) {

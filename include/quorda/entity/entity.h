@@ -255,6 +255,8 @@ private:
     void WriteToINI(TRegIniFile& Ini);
     void SaveSettings();
     bool HasProcedure(TExecType Command) const;
+    // The values of the commands that bind from the fields: one placeholder field binding never reads.
+    static const TCommandValues& FieldPlaceholder();
     // Insert, update or delete by procedure or generated statement, then the reread marks.
     Variant RunWrite(TExecType Command, TCommandDataType DataType, const TCommandValues& Values);
 

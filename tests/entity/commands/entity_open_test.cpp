@@ -3,13 +3,10 @@
 #include "quorda/entity/user_entity.h"
 #include "quorda/rtl/filer.h"
 
-#include <algorithm>
-
 namespace quorda::entitytest {
 namespace {
 
-// The rows of the items table. Rows 3 (qty 0) and 5 (price below 3) never pass the selection's
-// conditions; the names are unique and plain ASCII, so every data source sorts them alike.
+// The rows of the items table; the names are plain ASCII, so every data source sorts them alike.
 struct TItem {
     int Id;
     const char* Name;
@@ -94,36 +91,21 @@ protected:
     std::unique_ptr<TUserEntity> Items;
 };
 
-// Ordering by each sortable column, both ways: the rows that pass WherePhrase and the filter, in the
-// order of that column.
+// Ordering by each sortable column, both ways: only the rows that pass WherePhrase (qty > 0) and the
+// filter (price >= 3), in the order of that column.
 TEST_P(EntityOpen, FilterAndWherePhraseHoldUnderEveryOrdering) {
-    std::vector<TItem> Passing;
-    std::copy_if(std::begin(kItems), std::end(kItems), std::back_inserter(Passing),
-                 [](const TItem& Item) { return Item.Qty > 0 && Item.Price >= 3; });
-    const struct {
-        const char* Column;
-        std::function<bool(const TItem&, const TItem&)> Before;
-    } Orderings[] = {
-        {"name", [](const TItem& A, const TItem& B) { return std::string(A.Name) < B.Name; }},
-        {"price", [](const TItem& A, const TItem& B) { return A.Price < B.Price; }},
-        {"qty", [](const TItem& A, const TItem& B) { return A.Qty < B.Qty; }},
+    const std::pair<const char*, std::vector<int>> Ascending[] = {
+        {"name", {2, 4, 1, 6}},
+        {"price", {1, 4, 2, 6}},
+        {"qty", {2, 1, 4, 6}},
     };
-    for (const auto& Ordering : Orderings) {
+    for (const auto& [Column, Ids] : Ascending) {
         for (const bool Descending : {false, true}) {
-            SCOPED_TRACE(std::string(Ordering.Column) + (Descending ? " desc" : ""));
-            std::vector<TItem> Sorted = Passing;
-            std::sort(Sorted.begin(), Sorted.end(), Ordering.Before);
-            if (Descending) {
-                std::reverse(Sorted.begin(), Sorted.end());
-            }
-            std::vector<int> Expected;
-            for (const TItem& Item : Sorted) {
-                Expected.push_back(Item.Id);
-            }
-            Items->SetOrdering(Items->lstFields().IndexOf(Ordering.Column));
+            SCOPED_TRACE(std::string(Column) + (Descending ? " desc" : ""));
+            Items->SetOrdering(Items->lstFields().IndexOf(Column));
             Items->SetOrderingDesc(Descending);
             Items->EntityOpen();
-            EXPECT_EQ(Ids(), Expected);
+            EXPECT_EQ(this->Ids(), Descending ? std::vector<int>(Ids.rbegin(), Ids.rend()) : Ids);
         }
     }
     EXPECT_TRUE(Shown.empty());

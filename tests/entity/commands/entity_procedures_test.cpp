@@ -20,14 +20,11 @@ protected:
                  "_drop(p_customer integer, p_note varchar, p_memo text) returns integer "
                  "language sql as $$ with gone as (delete from " +
                  T + " where customer = p_customer returning 1) select count(*)::integer from gone $$");
-        Raw.Exec("create procedure " + T + "_close() language sql as $$ insert into " + T +
-                 " values (99, null, 'closed', null) $$");
     }
     void TearDown() override {
         strExecuteProc = FSavedExecuteProc;
         Raw.Exec("drop procedure " + T + "_add");
         Raw.Exec("drop function " + T + "_drop");
-        Raw.Exec("drop procedure " + T + "_close");
         CommandsTest::TearDown();
     }
 
@@ -54,13 +51,7 @@ TEST_P(EntityProcedures, ExecutedAndOpenedProceduresTakeTheirArgumentsInFieldOrd
         Notes.SetSPOpen(fetDelete, true);
         EXPECT_EQ(Notes.Delete().AsInteger(), 2);
         EXPECT_TRUE(Rows().empty());
-
-        // The close procedure runs when the last entity of the name goes.
-        strExecuteProc = "CALL";
-        Notes.SetSP(fetClose, T + "_close");
-        Other.SetSP(fetClose, T + "_close");
     }
-    EXPECT_EQ(Rows(), (std::vector<Row>{{"99", std::nullopt, "closed", std::nullopt}}));
     EXPECT_TRUE(Shown.empty());
 }
 
