@@ -85,7 +85,11 @@ bool TEntity::Find() {
     bool Found = false;
     if (!Fields.empty()) {
         for (;;) {
-            FFindDown == dfNext ? Query.Next() : Query.Prior();
+            if (FFindDown == dfNext) {
+                Query.Next();
+            } else {
+                Query.Prior();
+            }
             // A move that met the edge stayed where it was: that row was tested already, or is the
             // row the find started on, which never counts.
             if (FindEofBof(FFindDown)) {
