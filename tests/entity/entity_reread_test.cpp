@@ -27,7 +27,7 @@ std::vector<std::string> Registry(const TEntities& Entities) {
     return Result;
 }
 
-TEntities Make(std::initializer_list<std::pair<const char*, bool>> NamesAndAnswers) {
+TEntities Make(const std::vector<std::pair<const char*, bool>>& NamesAndAnswers) {
     TEntities Entities;
     for (const auto& [Name, Answer] : NamesAndAnswers) {
         Entities.push_back(std::make_unique<TTestEntity>(Name, Answer));
@@ -95,11 +95,7 @@ TEST(EntityReread, DecisionPassAsksOncePerRun) {
     };
     for (const auto& Case : Cases) {
         SCOPED_TRACE(Case.Name);
-        TEntities Entities;
-        for (const auto& [Name, Answer] : Case.Entities) {
-            Entities.push_back(std::make_unique<TTestEntity>(Name, Answer));
-            Entities.back()->SetFlgReread(false);
-        }
+        TEntities Entities = Make(Case.Entities);
         for (const int Index : Case.Marked) {
             Entities[Index]->SetFlgReread(true);
         }

@@ -6,20 +6,6 @@
 namespace quorda::entitytest {
 namespace {
 
-// The rows of the items table; the names are plain ASCII, so every data source sorts them alike.
-struct TItem {
-    int Id;
-    const char* Name;
-    double Price;
-    int Qty;
-    const char* Made;
-};
-constexpr TItem kItems[] = {
-    {1, "delta", 4.5, 3, "2024-03-05"},   {2, "alpha", 12.25, 1, "2024-01-15"},
-    {3, "echo", 1234.5, 0, "2024-02-01"}, {4, "charlie", 7, 5, "2024-03-20"},
-    {5, "bravo", 2, 2, "2024-04-02"},     {6, "foxtrot", 1500.75, 2500, "2023-12-31"},
-};
-
 // A user entity over a view of the items (table I, view V): the fields are configured, then taken
 // through their stored form into the entity that opens, as a loaded form would have them.
 class EntityOpen : public CommandsTest {
@@ -32,11 +18,14 @@ protected:
             "create table " + I +
             " (id integer primary key, name varchar(20), price double precision, qty integer, made date, "
             "memo text)");
-        for (const TItem& Item : kItems) {
-            Raw.Exec("insert into " + I + " values (" + std::to_string(Item.Id) + ", '" + Item.Name + "', " +
-                     std::to_string(Item.Price) + ", " + std::to_string(Item.Qty) + ", '" + Item.Made +
-                     "', " + (Item.Id == 6 ? "null" : "'long text'") + ")");
-        }
+        // Row 3 fails the WherePhrase (qty > 0), row 5 the filter (price >= 3). The names are plain
+        // ASCII, so every data source sorts them alike.
+        Raw.Exec(
+            "insert into " + I +
+            " values (1, 'delta', 4.5, 3, '2024-03-05', 'long text'), (2, 'alpha', 12.25, 1, '2024-01-15', "
+            "'long text'), (3, 'echo', 1234.5, 0, '2024-02-01', 'long text'), (4, 'charlie', 7, 5, "
+            "'2024-03-20', 'long text'), (5, 'bravo', 2, 2, '2024-04-02', 'long text'), (6, 'foxtrot', "
+            "1500.75, 2500, '2023-12-31', null)");
         Raw.Exec("create view " + V + " as select id, name, price, qty, made, memo from " + I);
         Items = Streamed();
     }
@@ -82,7 +71,7 @@ protected:
     int CurrentId() { return Items->DataQuery()->FieldByName("id")->AsInteger(); }
     void GoTo(int Id) {
         TDataSet& Query = *Items->DataQuery();
-        for (Query.First(); CurrentId() != Id; Query.Next()) {
+        for (Query.First(); !Query.Eof() && CurrentId() != Id; Query.Next()) {
         }
     }
 
@@ -91,8 +80,8 @@ protected:
     std::unique_ptr<TUserEntity> Items;
 };
 
-// Ordering by each sortable column, both ways: only the rows that pass WherePhrase (qty > 0) and the
-// filter (price >= 3), in the order of that column.
+// Ordering by each sortable column, both ways: only the rows that pass WherePhrase and the filter, in
+// the order of that column.
 TEST_P(EntityOpen, FilterAndWherePhraseHoldUnderEveryOrdering) {
     const std::pair<const char*, std::vector<int>> Ascending[] = {
         {"name", {2, 4, 1, 6}},
