@@ -55,6 +55,25 @@ TEST_P(EntityProcedures, ExecutedAndOpenedProceduresTakeTheirArgumentsInFieldOrd
     EXPECT_TRUE(Shown.empty());
 }
 
+// The select procedure prepares the data before the selection opens, and again when a marked entity
+// re-reads; an unmarked one only refreshes.
+TEST_P(EntityProcedures, TheSelectProcedurePreparesTheSelection) {
+    TNotesEntity Notes(T, "NOTES");
+    strExecuteProc = "CALL";
+    Notes.SetSP(fetSelect, T + "_add");
+    Notes.SetValues(1, 5, "first", Variant::Null());
+    Notes.EntityOpen();
+    EXPECT_EQ(Notes.DataQuery()->RecordCount(), 1);
+
+    Notes.SetValues(2, 5, "second", Variant::Null());
+    Notes.ReOpenSql();
+    EXPECT_EQ(Notes.DataQuery()->RecordCount(), 1);
+    Notes.SetFlgReread(true);
+    Notes.ReOpenSql();
+    EXPECT_EQ(Notes.DataQuery()->RecordCount(), 2);
+    EXPECT_FALSE(Notes.flgReread());
+}
+
 TEST_P(EntityProcedures, ABlankProcedureNameIsRefused) {
     TNotesEntity Notes(T, "");
     Notes.SetSP(fetUpdate, "  ");
