@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include "edit_common.h"
+#include "grid_checksum.h"
 #include "params_text.h"
 #include "row_generator.h"
 #include "transfer_files.h"
@@ -56,8 +57,8 @@ std::string Usage() {
            "  --rows N          rows in the bench table (default 1000000)\n"
            "  --runs N          timed runs per configuration after one warm-up (default 5)\n"
            "  --only LIST       workloads to run: scan,scroll,count,insert,edit,params,\n"
-           "                    export,import\n"
-           "  --impl LIST       implementations to run: raw,quorda,multi,qtsql\n"
+           "                    export,import,grid\n"
+           "  --impl LIST       implementations to run: raw,quorda,multi,qtsql,grid\n"
            "  --source S        sqlite, pgsql, mariadb or all (default all)\n"
            "  --quick           small row counts and one run, for a smoke test\n"
            "  --insert-rows N   rows of the insert workload (default 100000)\n"
@@ -104,7 +105,7 @@ TOptions ParseOptions(const std::vector<std::string>& Args) {
         } else if (a == "--impl") {
             o.Impls = SplitList(value());
             for (const auto& impl : o.Impls)
-                if (ImplRank(impl) > 3)
+                if (ImplRank(impl) > 4)
                     throw std::invalid_argument("unknown implementation '" + impl + "'");
         } else if (a == "--source") {
             const std::string& s = value();
@@ -247,7 +248,7 @@ std::vector<TConfig> PlanConfigs(const TOptions& Options, const TSourceStrings& 
                 add(workload, s.Source, s.Strings, std::min(Options.Visit, Options.Rows));
             } else if (workload == "count") {
                 add(workload, s.Source, s.Strings, Options.Rows);
-            } else if (workload == "export") {
+            } else if (workload == "export" || workload == "grid") {
                 add(workload, s.Source, s.Strings, Options.Rows);
             } else if (workload == "insert" || workload == "import") {
                 add(workload, s.Source, s.Strings, Options.InsertRows);
@@ -274,6 +275,8 @@ std::uint64_t ExpectedChecksum(const TConfig& Config) {
         return ExpectedScrollChecksum(c.Rows, ScrollJumpTargets(c.Rows, c.Jumps));
     if (w == "edit")
         return ExpectedEditChecksum(c.Rows);
+    if (w == "grid")
+        return ExpectedGridChecksum(c.Rows);
     if (w == "count") {
         TChecksum sum;
         sum.AddInt(c.Rows);

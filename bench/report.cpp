@@ -58,6 +58,12 @@ std::vector<std::string> CommandLines(const char* Command) {
     return lines;
 }
 
+// What a row's `vs raw` divides by: raw ODBC, except for the grid, whose measure is the same query
+// read by TODBCQuery without a grid.
+std::string BaselineImpl(const TConfig& Config) {
+    return Config.Impl->Impl == "grid" ? "quorda" : "raw";
+}
+
 bool SameGroup(const TConfig& A, const TConfig& B) {
     return A.Impl->Workload == B.Impl->Workload && A.Context.Source == B.Context.Source &&
            A.Context.Rows == B.Context.Rows;
@@ -125,7 +131,7 @@ std::vector<TTableRow> BuildTable(const std::vector<TMeasurement>& Results) {
         for (const TMeasurement& other : Results) {
             if (!other.Error.empty() || !SameGroup(other.Config, c))
                 continue;
-            if (other.Config.Impl->Impl == "raw" && other.Config.Impl->Mode == c.Impl->Mode)
+            if (other.Config.Impl->Impl == BaselineImpl(c) && other.Config.Impl->Mode == c.Impl->Mode)
                 raw = &other;
             if (other.Config.Impl->Impl == "qtsql" && !qt)
                 qt = &other;

@@ -38,8 +38,8 @@ TRegisterRun::TRegisterRun(std::string Workload, std::string Impl, std::string M
 }
 
 const std::vector<std::string>& WorkloadNames() {
-    static const std::vector<std::string> names{"scan", "scroll", "count",  "insert",
-                                                "edit", "params", "export", "import"};
+    static const std::vector<std::string> names{"scan",   "scroll", "count",  "insert", "edit",
+                                                "params", "export", "import", "grid"};
     return names;
 }
 
@@ -50,7 +50,7 @@ int ModeRank(const std::string& Mode) {
 }
 
 int ImplRank(const std::string& Impl) {
-    static const std::vector<std::string> impls{"raw", "quorda", "multi", "qtsql"};
+    static const std::vector<std::string> impls{"raw", "quorda", "multi", "qtsql", "grid"};
     return RankIn(impls, Impl);
 }
 

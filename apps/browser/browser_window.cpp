@@ -5,9 +5,12 @@
 #include "quorda/grid/field_save.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/strings.h"
+#include "quorda/tools/text_transfer.h"
+#include "replace_file.h"
 
 #include <QComboBox>
 #include <QCryptographicHash>
+#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeySequence>
 #include <QLabel>
@@ -72,6 +75,14 @@ BrowserWindow::BrowserWindow(QWidget* Parent) : QMainWindow(Parent) {
     runButton->setObjectName("btnRun");
     runButton->setToolTip("Run the SQL (F5)");
     connectionRow->addWidget(runButton);
+    FExportAll = new QPushButton("Export all...", central);
+    FExportAll->setObjectName("btnExportAll");
+    FExportAll->setToolTip("Write every row of the result to a text file");
+    FExportSelected = new QPushButton("Export selected...", central);
+    FExportSelected->setObjectName("btnExportSelected");
+    FExportSelected->setToolTip("Write the selected rows to a text file");
+    connectionRow->addWidget(FExportAll);
+    connectionRow->addWidget(FExportSelected);
     setCentralWidget(central);
 
     FRowsLabel = new QLabel(this);
@@ -81,9 +92,12 @@ BrowserWindow::BrowserWindow(QWidget* Parent) : QMainWindow(Parent) {
 
     connect(connectButton, &QPushButton::clicked, this, [this] { Connect(); });
     connect(runButton, &QPushButton::clicked, this, [this] { Run(); });
+    connect(FExportAll, &QPushButton::clicked, this, [this] { Export(false); });
+    connect(FExportSelected, &QPushButton::clicked, this, [this] { Export(true); });
     auto* shortcut = new QShortcut(QKeySequence(Qt::Key_F5), this);
     connect(shortcut, &QShortcut::activated, this, [this] { Run(); });
     FGrid->OnSelectionChange = [this](TObject*) { UpdateSelectionStatus(); };
+    UpdateSelectionStatus();
     resize(820, 560);
 }
 
@@ -148,6 +162,7 @@ bool BrowserWindow::Run(bool Ask) {
         SaveLayout();
         FQuery.Close();
         FShownSql.clear();
+        UpdateSelectionStatus();
         FQuery.SQL().SetText(FEditor->toPlainText().toStdString());
         if (FQuery.Params().Count() > 0 && Ask) {
             ParamDialog dialog(FQuery.Params(), this);
@@ -173,6 +188,30 @@ bool BrowserWindow::Run(bool Ask) {
 }
 
 namespace {
+
+// The export walks the dataset behind the grid's back: data events are held, and afterwards the
+// dataset returns to the row it stood on, however the export ended.
+class TControlsHeld {
+public:
+    explicit TControlsHeld(TDataSet& DataSet) : FDataSet(DataSet), FCurrent(DataSet.GetBookmark()) {
+        FDataSet.DisableControls();
+    }
+    ~TControlsHeld() {
+        try {
+            FDataSet.GotoBookmark(FCurrent);
+        } catch (const std::exception&) {
+            // The row cannot be reached again (the connection is gone): the grid shows where the
+            // dataset stands, and the export's own error is what the user sees.
+        }
+        FDataSet.EnableControls();
+    }
+    TControlsHeld(const TControlsHeld&) = delete;
+    TControlsHeld& operator=(const TControlsHeld&) = delete;
+
+private:
+    TDataSet& FDataSet;
+    TBookmark FCurrent;
+};
 
 QString LayoutKey(const QString& Sql) {
     const QByteArray hash = QCryptographicHash::hash(Sql.trimmed().toUtf8(), QCryptographicHash::Sha1);
@@ -211,8 +250,46 @@ void BrowserWindow::RestoreLayout() {
 }
 
 void BrowserWindow::UpdateSelectionStatus() {
-    const int count = FGrid->SelectedRows().Count();
+    const int count = FQuery.Active() ? FGrid->SelectedRows().Count() : 0;
     FSelectionLabel->setText(count > 0 ? QString("%1 selected").arg(count) : QString());
+    FExportAll->setEnabled(FQuery.Active());
+    FExportSelected->setEnabled(count > 0);
+}
+
+QString BrowserWindow::AskFileName(const QString& Title) {
+    if (FFileNameHook) {
+        return FFileNameHook(this, Title);
+    }
+    return QFileDialog::getSaveFileName(this, Title, QString(), "Text files (*.txt);;All files (*)");
+}
+
+bool BrowserWindow::Export(bool SelectedOnly) {
+    if (!FQuery.Active() || (SelectedOnly && FGrid->SelectedRows().Count() == 0)) {
+        return false;
+    }
+    const QString fileName = AskFileName(SelectedOnly ? "Export selected rows" : "Export all rows");
+    if (fileName.isEmpty()) {
+        return false;
+    }
+    std::int64_t rows = 0;
+    const TTransferProgress count = [&rows](std::int64_t Rows) { rows = Rows; };
+    try {
+        const TControlsHeld held(FQuery);
+        ReplaceFile(fileName.toStdString(), [&](const std::string& TempName) {
+            if (SelectedOnly) {
+                const TBookmarkList& selected = FGrid->SelectedRows();
+                ExportBookmarks(&FQuery, {selected.begin(), selected.end()}, TempName, count);
+            } else {
+                FQuery.First();
+                ExportDataSet(&FQuery, TempName, count);
+            }
+        });
+    } catch (const std::exception& e) {
+        ShowError("Export failed", e);
+        return false;
+    }
+    FRowsLabel->setText(QString("%1 rows exported to %2").arg(rows).arg(fileName));
+    return true;
 }
 
 } // namespace quorda::browser

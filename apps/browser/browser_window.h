@@ -8,14 +8,19 @@
 
 #include <QMainWindow>
 #include <QString>
+#include <functional>
 #include <memory>
 #include <string>
 
 class QComboBox;
 class QLabel;
 class QPlainTextEdit;
+class QPushButton;
 
 namespace quorda::browser {
+
+// Asks for the name of the file to write; an empty answer cancels.
+using TFileNameHook = std::function<QString(QWidget* Parent, const QString& Title)>;
 
 // The browser's main window: a connection line, an SQL editor, the results in a multi-select grid,
 // the row count and timing in the status bar.
@@ -34,6 +39,11 @@ public:
     TExtDBGrid& Grid() { return *FGrid; }
     // Errors go to stderr rather than a message box (scripted runs).
     void SetQuiet(bool Value) { FQuiet = Value; }
+    // Writes the rows on show, or only the selected ones, to a text file asked for through the file
+    // name hook. The file is replaced only when the whole export succeeded; returns whether it was.
+    bool Export(bool SelectedOnly);
+    // Replaces the file dialog of Export (empty restores it).
+    void SetFileNameHook(TFileNameHook Hook) { FFileNameHook = std::move(Hook); }
 
 private:
     void ShowError(const std::string& Title, const std::exception& E);
@@ -41,6 +51,7 @@ private:
     void SaveLayout();
     void RestoreLayout();
     void UpdateSelectionStatus();
+    QString AskFileName(const QString& Title);
 
     TODBCDatabase FDatabase{nullptr};
     TODBCQuery FQuery{nullptr};
@@ -51,6 +62,9 @@ private:
     TExtDBGrid* FGrid;
     QLabel* FRowsLabel;
     QLabel* FSelectionLabel;
+    QPushButton* FExportAll;
+    QPushButton* FExportSelected;
+    TFileNameHook FFileNameHook;
     std::string FConnected;
     // The SQL whose rows the grid shows (empty while none).
     QString FShownSql;

@@ -1,11 +1,11 @@
 // Quorda Browser: connect to a data source, run SQL with :name parameters, browse and select the rows.
 //
 //   quorda_browser [--connect <string> | --dsn <name> | --database <sqlite file>] [--sql <text>]
-//                  [--screenshot <png> [--shift-down <n>]]
+//                  [--screenshot <png> [--shift-down <n>] [--export-selected <file>]]
 //
 // Without a connection the embedded SQLite demo database is opened (and created when missing).
 // --screenshot runs the SQL, moves one row down and extends the selection with Shift+Down n times,
-// saves the window as a PNG and quits.
+// exports the selected rows when asked to, saves the window as a PNG and quits.
 
 #include "browser_window.h"
 #include "demo_schema.h"
@@ -36,6 +36,7 @@ struct Options {
         "order by l.order_id, l.line_no";
     std::string Screenshot;
     int ShiftDown = 3;
+    std::string ExportSelected;
 };
 
 // Creates the demo tables in a new SQLite demo database.
@@ -90,10 +91,12 @@ int main(int argc, char** argv) {
             options.Screenshot = value();
         } else if (arg == "--shift-down") {
             options.ShiftDown = std::stoi(value());
+        } else if (arg == "--export-selected") {
+            options.ExportSelected = value();
         } else {
             std::cerr << "usage: quorda_browser [--connect <string> | --dsn <name> | --database <file>] "
                          "[--sql <text>]"
-                         " [--screenshot <png> [--shift-down <n>]]\n";
+                         " [--screenshot <png> [--shift-down <n>] [--export-selected <file>]]\n";
             return 2;
         }
     }
@@ -130,6 +133,14 @@ int main(int argc, char** argv) {
             Press(grid, Qt::Key_Down);
             for (int i = 0; i < options.ShiftDown; ++i) {
                 Press(grid, Qt::Key_Down, Qt::ShiftModifier);
+            }
+            if (!options.ExportSelected.empty()) {
+                window.SetFileNameHook(
+                    [&](QWidget*, const QString&) { return QString::fromStdString(options.ExportSelected); });
+                if (!window.Export(true)) {
+                    app.quit();
+                    return;
+                }
             }
             QApplication::processEvents();
             if (window.grab().save(QString::fromStdString(options.Screenshot))) {

@@ -105,27 +105,10 @@ protected:
         Click(5, Qt::ControlModifier);
         Click(9, Qt::ControlModifier);
     }
-    std::vector<int> Ids() {
-        std::vector<int> ids;
-        for (DataSet.First(); !DataSet.Eof(); DataSet.Next()) {
-            ids.push_back(CurrentId());
-        }
-        return ids;
-    }
     std::vector<std::string> Asked;
     bool Answer = true;
     TConfirmHook Saved;
 };
-
-TEST_F(DeleteQuestion, CtrlDeleteWithThreeSelectedRowsAsksOnceAndDeletesThem) {
-    SelectThree();
-    Key(Qt::Key_Delete, Qt::ControlModifier);
-    EXPECT_EQ(Asked, std::vector<std::string>{SDeleteMultipleRecordsQuestion});
-    std::vector<int> expected = Range(1, 40);
-    std::erase_if(expected, [](int id) { return id == 4 || id == 5 || id == 9; });
-    EXPECT_EQ(Ids(), expected);
-    EXPECT_EQ(Grid.SelectedRows().Count(), 0);
-}
 
 TEST_F(DeleteQuestion, NoKeepsTheRowsAndOneRowGetsTheSingleQuestion) {
     SelectThree();

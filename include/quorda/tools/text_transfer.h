@@ -39,6 +39,11 @@ QUORDA_API void ExportDataSet(TDataSet* DataSet, const std::string& FileName,
 QUORDA_API void SaveQryToFile(const std::string& FileName, const std::string& LeadText, TDataSet* DataSet,
                               const std::vector<std::string>& Fields);
 
+// The file ExportDataSet writes, holding only the records of Bookmarks (a grid's selected rows, for
+// instance), in the list's order. The dataset is left on the last of them.
+QUORDA_API void ExportBookmarks(TDataSet* DataSet, const std::vector<std::string>& Bookmarks,
+                                const std::string& FileName, const TTransferProgress& Progress = {});
+
 // Inserts the rows of a file written by ExportDataSet into TableName over DataBase, in one
 // transaction. KeyCondition ("where id = :id", parameters named like the header's columns) finds an
 // existing row for ImportType. Any error rolls the transaction back and passes on; an error raised
