@@ -9,43 +9,32 @@ using namespace quorda::dbtest;
 
 namespace {
 
-TEST(Bookmarks, SurviveScrollingAndChangesToOtherRows) {
+TEST(Bookmarks, SurviveChangesToOtherRowsAndDieWithTheirOwn) {
     TMemDataSet dataSet(nullptr);
     FillNumbers(dataSet, 10);
     dataSet.MoveBy(6);
     TBookmark seventh = dataSet.GetBookmark();
     ASSERT_FALSE(seventh.IsNil());
     EXPECT_EQ(seventh.Size(), static_cast<std::size_t>(dataSet.BookmarkSize()));
-
-    dataSet.First();
-    dataSet.Insert();
-    dataSet.FieldByName("ID")->SetAsInteger(100);
-    dataSet.Post();
-    dataSet.Last();
+    dataSet.Prior();
+    TBookmark sixth = dataSet.GetBookmark();
     dataSet.Delete();
     dataSet.First();
-    dataSet.Next();
+    dataSet.InsertRecord({100});
+    dataSet.Last();
     dataSet.Delete();
 
     dataSet.GotoBookmark(seventh);
     EXPECT_EQ(CurrentId(dataSet), 7);
     EXPECT_EQ(dataSet.RecNo(), 7);
     EXPECT_TRUE(dataSet.BookmarkValid(seventh));
-}
-
-TEST(Bookmarks, ADeletedRowsBookmarkIsInvalidAndGoingThereRaises) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 3);
-    dataSet.Next();
-    TBookmark second = dataSet.GetBookmark();
-    dataSet.Delete();
-    EXPECT_FALSE(dataSet.BookmarkValid(second));
+    EXPECT_FALSE(dataSet.BookmarkValid(sixth));
     dataSet.Last();
-    EXPECT_EQ(MessageOf([&] { dataSet.GotoBookmark(second); }), SInvalidBookmark);
-    EXPECT_EQ(CurrentId(dataSet), 3);
+    EXPECT_EQ(MessageOf([&] { dataSet.GotoBookmark(sixth); }), SInvalidBookmark);
+    EXPECT_EQ(CurrentId(dataSet), 9);
     // A nil bookmark goes nowhere.
     dataSet.GotoBookmark(TBookmark());
-    EXPECT_EQ(CurrentId(dataSet), 3);
+    EXPECT_EQ(CurrentId(dataSet), 9);
 }
 
 TEST(Bookmarks, CompareFollowsTheRowOrderNotTheOrderOfCreation) {
@@ -55,9 +44,7 @@ TEST(Bookmarks, CompareFollowsTheRowOrderNotTheOrderOfCreation) {
     dataSet.Last();
     TBookmark last = dataSet.GetBookmark();
     dataSet.First();
-    dataSet.Insert();
-    dataSet.FieldByName("ID")->SetAsInteger(0);
-    dataSet.Post();
+    dataSet.InsertRecord({0});
     TBookmark inserted = dataSet.GetBookmark();
     EXPECT_LT(dataSet.CompareBookmarks(inserted, first), 0);
     EXPECT_GT(dataSet.CompareBookmarks(last, inserted), 0);
