@@ -84,8 +84,7 @@ TEST(IniDocument, ReadsWhatItCanOfAnyText) {
         {"escapes", "[s]\nk=\\x20a\\\\b\\x0Ac\\x20\n", "s", "k", " a\\b\nc "},
         {"unknown escapes read literally", "[s]\nk=C:\\dir\\x4\n", "s", "k", "C:\\dir\\x4"},
         {"value with '='", "[s]\nk=a=b\n", "s", "k", "a=b"},
-        {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)},
-    };
+        {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)}};
     for (const TReadCase& Case : Cases) {
         SCOPED_TRACE(Case.Name);
         const TIniDocument Document = TIniDocument::Parse(Case.Text);
@@ -131,15 +130,13 @@ TEST(RegIniFile, KeyPathsMapToFoldersUnderTheConfigurationFolder) {
     const struct {
         const char* KeyPath;
         const char* File;
-    } Cases[] = {
-        {"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
-        {"Software/Acme", "quorda/Software/Acme.ini"},
-        {"\\\\a\\/b\\", "quorda/a/b.ini"},
-        {"", "quorda/.ini"},
-        {"..\\..\\etc", "quorda/%2E%2E/%2E%2E/etc.ini"},
-        {"x.ini\\y", "quorda/x%2Eini/y.ini"},
-        {"50%", "quorda/50%25.ini"},
-    };
+    } Cases[] = {{"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
+                 {"Software/Acme", "quorda/Software/Acme.ini"},
+                 {"\\\\a\\/b\\", "quorda/a/b.ini"},
+                 {"", "quorda/.ini"},
+                 {"..\\..\\etc", "quorda/%2E%2E/%2E%2E/etc.ini"},
+                 {"x.ini\\y", "quorda/x%2Eini/y.ini"},
+                 {"50%", "quorda/50%25.ini"}};
     for (const auto& Case : Cases) {
         SCOPED_TRACE(Case.KeyPath);
         EXPECT_EQ(TRegIniFile::PathOfKey(Case.KeyPath), Home.Folder() / Case.File);

@@ -9,33 +9,23 @@ using namespace quorda;
 
 namespace {
 
-struct SettingsGuard {
-    TFormatSettings Saved = FormatSettings();
-    ~SettingsGuard() { FormatSettings() = Saved; }
-};
-
 using testing_support::MessageOf;
+using testing_support::SettingsGuard;
 
 } // namespace
 
 TEST(VariantConversion, ConstructorsPickTheClassicTypeCodes) {
-    EXPECT_EQ(Variant().VarType(), varEmpty);
-    EXPECT_EQ(Variant::Null().VarType(), varNull);
-    EXPECT_EQ(Variant(true).VarType(), varBoolean);
-    EXPECT_EQ(Variant(std::int16_t(1)).VarType(), varSmallint);
-    EXPECT_EQ(Variant(1).VarType(), varInteger);
-    EXPECT_EQ(Variant(std::int64_t(1)).VarType(), varInt64);
-    EXPECT_EQ(Variant(1LL).VarType(), varInt64);
-    EXPECT_EQ(Variant(std::uint8_t(1)).VarType(), varByte);
-    EXPECT_EQ(Variant(std::uint16_t(1)).VarType(), varWord);
-    EXPECT_EQ(Variant(1u).VarType(), varLongWord);
-    EXPECT_EQ(Variant(std::uint64_t(1)).VarType(), varQWord);
-    EXPECT_EQ(Variant(1.0f).VarType(), varSingle);
-    EXPECT_EQ(Variant(1.0).VarType(), varDouble);
-    EXPECT_EQ(Variant(Currency(1)).VarType(), varCurrency);
-    EXPECT_EQ(Variant::FromDateTime(1.0).VarType(), varDate);
-    EXPECT_EQ(Variant("x").VarType(), varString);
-    EXPECT_EQ(Variant(std::string("x")).VarType(), varString);
+    std::vector<TVarType> types;
+    for (const Variant& value :
+         {Variant(), Variant::Null(), Variant(true), Variant(std::int16_t(1)), Variant(1),
+          Variant(std::int64_t(1)), Variant(1LL), Variant(std::uint8_t(1)), Variant(std::uint16_t(1)),
+          Variant(1u), Variant(std::uint64_t(1)), Variant(1.0f), Variant(1.0), Variant(Currency(1)),
+          Variant::FromDateTime(1.0), Variant("x"), Variant(std::string("x"))}) {
+        types.push_back(value.VarType());
+    }
+    EXPECT_EQ(types, (std::vector<TVarType>{varEmpty, varNull, varBoolean, varSmallint, varInteger, varInt64,
+                                            varInt64, varByte, varWord, varLongWord, varQWord, varSingle,
+                                            varDouble, varCurrency, varDate, varString, varString}));
     EXPECT_EQ(VarTypeAsText(varInteger), "Integer");
     EXPECT_EQ(VarTypeAsText(TVarType(varArray | varVariant)), "Array of Variant");
 
