@@ -2,6 +2,7 @@
 #include "quorda/rtl/reg_ini_file.h"
 #include "quorda/rtl/strings.h"
 #include "quorda_test/config_home.h"
+#include "rtl_test_support.h"
 
 #include <csignal>
 #include <fstream>
@@ -18,6 +19,7 @@ namespace quorda {
 namespace {
 
 namespace fs = std::filesystem;
+using testing_support::Map;
 using testing_support::TTemporaryConfigHome;
 
 std::string FileText(const fs::path& Path) {
@@ -41,9 +43,11 @@ std::vector<std::string> FolderEntries(const fs::path& Folder) {
     return Names;
 }
 
-// Runs Body in a child process; the child's exit code (0 when Body returned true).
-template <typename F>
-int InChild(F&& Body) {
+// Runs Body in a child process while this process runs Meanwhile; the child's exit code (0 when Body
+// returned true).
+template <typename F, typename G = void (*)()>
+int InChild(
+    F&& Body, G&& Meanwhile = [] {}) {
     const pid_t Child = ::fork();
     if (Child == 0) {
         bool Ok = false;
@@ -53,6 +57,7 @@ int InChild(F&& Body) {
         }
         ::_exit(Ok ? 0 : 1);
     }
+    Meanwhile();
     int Status = 0;
     ::waitpid(Child, &Status, 0);
     return WIFEXITED(Status) ? WEXITSTATUS(Status) : 128 + WTERMSIG(Status);
@@ -157,15 +162,9 @@ TEST(RegIniFile, TypedReadsFallBackToTheirDefaults) {
     WriteFile(TRegIniFile::PathOfKey("App"),
               "[n]\ndec= 42 \nneg=-7\ndollar=$1F\nhex=0x10\ntext=abc\nbig=99999999999\nempty=\n");
     const TRegIniFile Ini("App");
-    const struct {
-        const char* Ident;
-        std::int32_t Expected;
-    } Integers[] = {{"dec", 42},  {"neg", -7}, {"dollar", 31}, {"hex", 16},
-                    {"text", -1}, {"big", -1}, {"empty", -1},  {"missing", -1}};
-    for (const auto& Case : Integers) {
-        SCOPED_TRACE(Case.Ident);
-        EXPECT_EQ(Ini.ReadInteger("n", Case.Ident, -1), Case.Expected);
-    }
+    EXPECT_EQ(Map<const char*>({"dec", "neg", "dollar", "hex", "text", "big", "empty", "missing"},
+                               [&](const char* Ident) { return Ini.ReadInteger("n", Ident, -1); }),
+              (std::vector<std::int32_t>{42, -7, 31, 16, -1, -1, -1, -1}));
     EXPECT_TRUE(Ini.ReadBool("n", "dec", false));
     EXPECT_FALSE(Ini.ReadBool("n", "text", false));
     EXPECT_TRUE(Ini.ReadBool("n", "text", true));
@@ -260,14 +259,7 @@ TEST(RegIniFile, ConcurrentWritersLoseNothing) {
         }
         return true;
     };
-    const pid_t Child = ::fork();
-    if (Child == 0) {
-        ::_exit(Writer("child") ? 0 : 1);
-    }
-    Writer("parent");
-    int Status = 0;
-    ::waitpid(Child, &Status, 0);
-    ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0);
+    ASSERT_EQ(InChild([&] { return Writer("child"); }, [&] { Writer("parent"); }), 0);
 
     TStringList Keys;
     TRegIniFile("Shared\\App").ReadSection("s", Keys);
