@@ -1,6 +1,7 @@
 #pragma once
 
 #include "quorda/db.h"
+#include "rtl_test_support.h"
 
 #include <memory>
 #include <string>
@@ -128,16 +129,7 @@ inline std::string Position(TDataSet& DataSet) {
     return DataSet.Eof() ? text + (text.empty() ? "eof" : " eof") : text;
 }
 
-// The message of the E that Action raises, or "(no error)".
-template <typename E = EDatabaseError, typename F>
-std::string MessageOf(F&& Action) {
-    try {
-        Action();
-    } catch (const E& e) {
-        return e.Message();
-    }
-    return "(no error)";
-}
+using testing_support::MessageOf;
 
 // A numbers dataset of Count rows shown through a data source to one recording link.
 struct TLinkedNumbers {

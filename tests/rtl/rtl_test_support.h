@@ -1,16 +1,17 @@
 #pragma once
 
+#include "quorda/rtl/exception.h"
 #include "quorda/rtl/format_settings.h"
 
 #include <initializer_list>
-#include <type_traits>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace quorda::testing_support {
 
 // The text of the E that Action raises, or "<no exception>".
-template <typename E, typename F>
+template <typename E = Exception, typename F>
 std::string MessageOf(F&& Action) {
     try {
         Action();
