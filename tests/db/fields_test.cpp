@@ -94,42 +94,65 @@ TEST_F(FieldsTest, TypedReadsTellNullFromTheValueOfEveryType) {
     ExpectTypedReads<TBytes>(DataSet, "VB", bytes);
 }
 
-TEST_F(FieldsTest, IntegersCheckTextAndRange) {
-    F("I")->SetAsString(" 42 ");
-    EXPECT_EQ(F("I")->AsInteger(), 42);
+// What a field keeps of a text: the text it reads back, or the error the field raises.
+TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
+    const struct {
+        const char* Field;
+        const char* Text;
+        const char* Read;
+    } cases[] = {{"I", " 42 ", "42"},
+                 {"I", "4x", "Field \"I\" error: \"4x\" is not a valid integer"},
+                 {"SI", "40000", "Field \"SI\" error: 40000 is not between -32768 and 32767."},
+                 {"SI", "-32768", "-32768"},
+                 {"W", "-1", "Field \"W\" error: -1 is not between 0 and 65535."},
+                 {"W", "65535", "65535"},
+                 {"L", "9000000000", "9000000000"},
+                 {"F", "1.25", "1.25"},
+                 {"F", "1,2.3", "Field \"F\" error: \"1,2.3\" is not a valid float"},
+                 {"C", "12.3456", "12.3456"},
+                 {"B", "maybe", "\"maybe\" is not a valid boolean"},
+                 {"S", "abcdefgh", "abcde"},
+                 {"S", "ééé", "éé"}, // not a split character
+                 {"D", "1999-12-31", "1999-12-31"},
+                 {"D", "not a date", "\"not a date\" is not a valid date"}};
+    for (const auto& c : cases) {
+        std::string read;
+        try {
+            F(c.Field)->SetAsString(c.Text);
+            read = F(c.Field)->AsString();
+        } catch (const Exception& e) {
+            read = e.what();
+        }
+        EXPECT_EQ(read, c.Read) << c.Field << " = " << c.Text;
+    }
     EXPECT_EQ(F("I")->Value().VarType(), varInteger);
-    EXPECT_EQ(MessageOf([&] { F("I")->SetAsString("4x"); }),
-              "Field \"I\" error: \"4x\" is not a valid integer");
-    EXPECT_EQ(MessageOf([&] { F("SI")->SetAsInteger(40000); }),
-              "Field \"SI\" error: 40000 is not between -32768 and 32767.");
-    EXPECT_EQ(MessageOf([&] { F("W")->SetAsInteger(-1); }),
-              "Field \"W\" error: -1 is not between 0 and 65535.");
-    F("SI")->SetAsInteger(-32768);
-    EXPECT_EQ(F("SI")->AsInteger(), -32768);
-    F("W")->SetAsInteger(65535);
-    EXPECT_EQ(F("W")->AsString(), "65535");
-    // Floats round half to even on the way in.
+    EXPECT_EQ(F("C")->AsCurrency(), Currency::FromRaw(123456));
+    EXPECT_EQ(F("C")->Value().VarType(), varCurrency);
+    F("S")->SetAsInteger(12);
+    EXPECT_EQ(F("S")->AsInteger(), 12);
+    F("S")->SetAsBoolean(true);
+    EXPECT_EQ(F("S")->AsString(), "T");
+}
+
+TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
     for (auto [value, rounded] : {std::pair{2.5, 2}, {3.5, 4}}) {
         F("I")->SetAsFloat(value);
         EXPECT_EQ(F("I")->AsInteger(), rounded);
     }
     EXPECT_THROW(F("I")->SetAsFloat(1e12), EDatabaseError);
-    F("L")->SetAsString("9000000000");
-    EXPECT_EQ(F("L")->AsLargeInt(), 9000000000LL);
+    F("L")->SetAsLargeInt(9000000000LL);
     EXPECT_THROW(F("L")->AsInteger(), EDatabaseError) << "no silent cut to 32 bits";
     auto* bounded = static_cast<TIntegerField*>(F("I"));
     bounded->SetMinValue(1);
     bounded->SetMaxValue(10);
     EXPECT_THROW(F("I")->SetAsInteger(11), EDatabaseError);
     F("I")->SetAsInteger(10);
+    F("C")->SetAsFloat(0.1);
+    EXPECT_EQ(F("C")->AsString(), "0.1");
 }
 
-TEST_F(FieldsTest, FloatsBooleansAndBcdConvertTextBothWays) {
-    F("F")->SetAsString("1.25");
-    EXPECT_EQ(F("F")->AsFloat(), 1.25);
-    EXPECT_EQ(F("F")->AsString(), "1.25");
-    EXPECT_EQ(MessageOf([&] { F("F")->SetAsString("1,2.3"); }),
-              "Field \"F\" error: \"1,2.3\" is not a valid float");
+TEST_F(FieldsTest, DisplayFormatsAndBooleanTexts) {
+    F("F")->SetAsFloat(1.25);
     static_cast<TFloatField*>(F("F"))->SetDisplayFormat("0.000");
     EXPECT_EQ(F("F")->DisplayText(), "1.250");
     EXPECT_EQ(F("F")->Text(), "1.250");
@@ -140,26 +163,8 @@ TEST_F(FieldsTest, FloatsBooleansAndBcdConvertTextBothWays) {
     EXPECT_EQ(F("B")->AsString(), "No");
     F("B")->SetText("YE");
     EXPECT_EQ(F("B")->AsInteger(), 1);
-    EXPECT_EQ(MessageOf([&] { F("B")->SetAsString("maybe"); }), "\"maybe\" is not a valid boolean");
     EXPECT_EQ(MessageOf([&] { flag->SetDisplayValues("Yes"); }),
               "Field \"B\" error: \"Yes\" are not valid boolean displayvalues");
-
-    F("C")->SetAsString("12.3456");
-    EXPECT_EQ(F("C")->AsCurrency(), Currency::FromRaw(123456));
-    EXPECT_EQ(F("C")->Value().VarType(), varCurrency);
-    F("C")->SetAsFloat(0.1);
-    EXPECT_EQ(F("C")->AsString(), "0.1");
-}
-
-TEST_F(FieldsTest, StringsAreCutAtTheSizeWithoutSplittingACharacter) {
-    F("S")->SetAsString("abcdefgh");
-    EXPECT_EQ(F("S")->AsString(), "abcde");
-    F("S")->SetAsString("ééé");
-    EXPECT_EQ(F("S")->AsString(), "éé");
-    F("S")->SetAsInteger(12);
-    EXPECT_EQ(F("S")->AsInteger(), 12);
-    F("S")->SetAsBoolean(true);
-    EXPECT_EQ(F("S")->AsString(), "T");
 }
 
 TEST_F(FieldsTest, BinaryFieldsKeepTheirBytes) {
@@ -203,11 +208,8 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
         EXPECT_EQ(DateTimeRecToDateTime(type, DateTimeToDateTimeRec(type, c.Value)), field->AsDateTime());
     }
     EXPECT_EQ(F("DT")->Value().VarType(), varDate);
-    F("D")->SetAsString("1999-12-31");
-    EXPECT_EQ(F("D")->AsString(), "1999-12-31");
     F("D")->SetAsString("");
     EXPECT_TRUE(F("D")->IsNull());
-    EXPECT_THROW(F("D")->SetAsString("not a date"), EConvertError);
 }
 
 TEST_F(FieldsTest, UnsupportedConversionsNameTheTargetAndTheField) {
