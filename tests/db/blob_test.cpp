@@ -28,18 +28,11 @@ protected:
     TMemDataSet DataSet{nullptr};
 };
 
-TEST_F(BlobTest, ValuesAreKeptPerRowAndNullUntilWritten) {
-    EXPECT_EQ(Note()->AsString(), "first note");
+TEST_F(BlobTest, ValuesArePerRowPostKeepsThemAndCancelDiscardsThem) {
     EXPECT_EQ(Note()->BlobSize(), 10);
     EXPECT_TRUE(Data()->IsNull());
     EXPECT_EQ(Note()->DisplayText(), "(MEMO)");
     EXPECT_EQ(Data()->DisplayText(), "(blob)");
-    DataSet.Next();
-    EXPECT_TRUE(Note()->IsNull());
-    EXPECT_TRUE(VarIsNull(Note()->Value()));
-}
-
-TEST_F(BlobTest, PostKeepsAndCancelDiscardsWhatTheStreamWrote) {
     DataSet.Edit();
     Note()->SetAsString("changed");
     EXPECT_TRUE(Note()->Modified());
@@ -53,20 +46,27 @@ TEST_F(BlobTest, PostKeepsAndCancelDiscardsWhatTheStreamWrote) {
     Note()->SetAsString("third");
     DataSet.Post();
     DataSet.Next();
+    EXPECT_TRUE(VarIsNull(Note()->Value()));
     DataSet.Prior();
     EXPECT_EQ(Note()->AsString(), "third");
-
     DataSet.Edit();
     Note()->Clear();
     DataSet.Post();
     EXPECT_TRUE(Note()->IsNull());
 }
 
-TEST_F(BlobTest, StreamsCopyBinaryDataWithZeros) {
+TEST_F(BlobTest, StreamsCopyBinaryDataWithZerosAndSignalTheChangeWhenDone) {
     const std::string bytes("\0\x01\xff\0tail", 8);
-    TStringStream source(bytes);
+    std::vector<std::string> changes;
+    Data()->OnChange = [&](TField* Field) { changes.push_back(Field->FieldName()); };
     DataSet.Edit();
-    Data()->LoadFromStream(source);
+    {
+        auto stream = DataSet.CreateBlobStream(Data(), bmWrite);
+        stream->WriteBuffer(bytes.data(), 8);
+        EXPECT_TRUE(changes.empty());
+    }
+    EXPECT_EQ(changes, (std::vector<std::string>{"DATA"}));
+    EXPECT_TRUE(DataSet.Modified());
     {
         auto stream = DataSet.CreateBlobStream(Data(), bmReadWrite);
         stream->Seek(0, soEnd);
@@ -88,36 +88,20 @@ TEST_F(BlobTest, StreamsCopyBinaryDataWithZeros) {
     EXPECT_EQ(Data()->AsString(), bytes + "!");
 }
 
-TEST_F(BlobTest, WritingOutsideAnEditRaisesAndReadOnlyFieldsRefuse) {
+TEST_F(BlobTest, WritesNeedAnEditAWritableFieldAndALiveCursor) {
     EXPECT_EQ(MessageOf([&] { DataSet.CreateBlobStream(Note(), bmWrite); }), SNotEditing);
     EXPECT_THROW(Note()->SetAsString("x"), EDatabaseError);
-    Note()->SetReadOnly(true);
     DataSet.Edit();
-    EXPECT_THROW(Note()->SetAsString("x"), EDatabaseError);
-    EXPECT_EQ(Note()->AsString(), "first note");
-}
-
-TEST_F(BlobTest, AStreamOutlivingTheDatasetsCursorWritesNothing) {
-    DataSet.Edit();
+    // A stream outliving the dataset's cursor writes nothing.
     auto stream = DataSet.CreateBlobStream(Note(), bmWrite);
     stream->WriteBuffer("late", 4);
     DataSet.Close();
     stream.reset();
     DataSet.Open();
-    EXPECT_EQ(Note()->AsString(), "first note");
-}
-
-TEST_F(BlobTest, AFieldChangeIsSignalledWhenTheStreamIsDone) {
-    std::vector<std::string> changes;
-    Note()->OnChange = [&](TField* Field) { changes.push_back(Field->FieldName()); };
+    Note()->SetReadOnly(true);
     DataSet.Edit();
-    {
-        auto stream = DataSet.CreateBlobStream(Note(), bmWrite);
-        stream->WriteBuffer("abc", 3);
-        EXPECT_TRUE(changes.empty());
-    }
-    EXPECT_EQ(changes, (std::vector<std::string>{"NOTE"}));
-    EXPECT_TRUE(DataSet.Modified());
+    EXPECT_THROW(Note()->SetAsString("x"), EDatabaseError);
+    EXPECT_EQ(Note()->AsString(), "first note");
 }
 
 } // namespace

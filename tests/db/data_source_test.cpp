@@ -34,7 +34,7 @@ TEST(DataSource, RelaysOpeningAndClosingToLinksAndEvents) {
     EXPECT_EQ(source.State(), dsInactive);
 }
 
-TEST(DataSource, DisablingShowsTheLinksAnInactiveDataset) {
+TEST(DataSource, DisablingShowsAnInactiveDatasetAndAutoEditLetsLinksEdit) {
     TLinkedNumbers t(3);
     EXPECT_TRUE(t.Link.Active());
     t.Source.SetEnabled(false);
@@ -45,10 +45,8 @@ TEST(DataSource, DisablingShowsTheLinksAnInactiveDataset) {
     t.Source.SetEnabled(true);
     EXPECT_TRUE(t.Link.Active());
     EXPECT_EQ(CurrentId(*t.Link.DataSet()), 2);
-}
 
-TEST(DataSource, AutoEditLetsALinkStartAnEditAndReadOnlyLinksNeverEdit) {
-    TLinkedNumbers t(2);
+    // AutoEdit lets a link start an edit; a read-only link never edits.
     t.Source.SetAutoEdit(false);
     EXPECT_FALSE(t.Link.Edit());
     EXPECT_EQ(t.DataSet.State(), dsBrowse);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "quorda/db.h"
+#include "rtl_test_support.h"
 
 #include <memory>
 #include <string>
@@ -101,23 +102,18 @@ inline void FillNumbers(TMemDataSet& DataSet, int Count) {
 
 // Logs the dataset's own events (BeforeScroll, AfterPost, ...) by name.
 inline void LogDataSetEvents(TDataSet& DataSet, std::vector<std::string>& Log) {
-    auto hook = [&Log](const char* Name) { return [&Log, Name](TDataSet*) { Log.emplace_back(Name); }; };
-    DataSet.BeforeOpen = hook("BeforeOpen");
-    DataSet.AfterOpen = hook("AfterOpen");
-    DataSet.BeforeClose = hook("BeforeClose");
-    DataSet.AfterClose = hook("AfterClose");
-    DataSet.BeforeInsert = hook("BeforeInsert");
-    DataSet.AfterInsert = hook("AfterInsert");
-    DataSet.BeforeEdit = hook("BeforeEdit");
-    DataSet.AfterEdit = hook("AfterEdit");
-    DataSet.BeforePost = hook("BeforePost");
-    DataSet.AfterPost = hook("AfterPost");
-    DataSet.BeforeCancel = hook("BeforeCancel");
-    DataSet.AfterCancel = hook("AfterCancel");
-    DataSet.BeforeDelete = hook("BeforeDelete");
-    DataSet.AfterDelete = hook("AfterDelete");
-    DataSet.BeforeScroll = hook("BeforeScroll");
-    DataSet.AfterScroll = hook("AfterScroll");
+    const std::pair<const char*, TDataSetNotifyEvent TDataSet::*> events[] = {
+        {"BeforeOpen", &TDataSet::BeforeOpen},     {"AfterOpen", &TDataSet::AfterOpen},
+        {"BeforeClose", &TDataSet::BeforeClose},   {"AfterClose", &TDataSet::AfterClose},
+        {"BeforeInsert", &TDataSet::BeforeInsert}, {"AfterInsert", &TDataSet::AfterInsert},
+        {"BeforeEdit", &TDataSet::BeforeEdit},     {"AfterEdit", &TDataSet::AfterEdit},
+        {"BeforePost", &TDataSet::BeforePost},     {"AfterPost", &TDataSet::AfterPost},
+        {"BeforeCancel", &TDataSet::BeforeCancel}, {"AfterCancel", &TDataSet::AfterCancel},
+        {"BeforeDelete", &TDataSet::BeforeDelete}, {"AfterDelete", &TDataSet::AfterDelete},
+        {"BeforeScroll", &TDataSet::BeforeScroll}, {"AfterScroll", &TDataSet::AfterScroll}};
+    for (const auto& [name, event] : events) {
+        DataSet.*event = [&Log, name](TDataSet*) { Log.emplace_back(name); };
+    }
 }
 
 inline int CurrentId(TDataSet& DataSet) {
@@ -133,16 +129,7 @@ inline std::string Position(TDataSet& DataSet) {
     return DataSet.Eof() ? text + (text.empty() ? "eof" : " eof") : text;
 }
 
-// The message of the E that Action raises, or "(no error)".
-template <typename E = EDatabaseError, typename F>
-std::string MessageOf(F&& Action) {
-    try {
-        Action();
-    } catch (const E& e) {
-        return e.Message();
-    }
-    return "(no error)";
-}
+using testing_support::MessageOf;
 
 // A numbers dataset of Count rows shown through a data source to one recording link.
 struct TLinkedNumbers {

@@ -60,7 +60,7 @@ TEST_F(EditingTest, EditAndPostRunTheirEventsInOrder) {
     EXPECT_FALSE(DataSet.Modified());
 }
 
-TEST_F(EditingTest, InsertGoesBeforeTheActiveRecordAndAppendAfterTheLast) {
+TEST_F(EditingTest, InsertGoesBeforeTheActiveRecordAppendAfterTheLast) {
     DataSet.MoveBy(2);
     DataSet.Insert();
     EXPECT_EQ(DataSet.State(), dsInsert);
@@ -75,7 +75,16 @@ TEST_F(EditingTest, InsertGoesBeforeTheActiveRecordAndAppendAfterTheLast) {
     DataSet.FieldByName("ID")->SetAsInteger(60);
     DataSet.Post();
     EXPECT_EQ(CurrentId(DataSet), 60);
-    EXPECT_EQ(Ids(), (std::vector<int>{1, 2, 30, 3, 4, 5, 60}));
+    // The record helpers assign the fields in order.
+    DataSet.First();
+    DataSet.InsertRecord({7, Variant()});
+    EXPECT_EQ(CurrentId(DataSet), 7);
+    EXPECT_TRUE(DataSet.FieldByName("NAME")->IsNull());
+    DataSet.Edit();
+    DataSet.SetFields({Variant(), "seven"});
+    DataSet.Post();
+    EXPECT_EQ(DataSet.FieldValues("ID;NAME")[1].AsString(), "seven");
+    EXPECT_EQ(Ids(), (std::vector<int>{7, 1, 2, 30, 3, 4, 5, 60}));
 }
 
 TEST_F(EditingTest, InsertEventsAndCancelReturnToThePreviousRecord) {
@@ -93,7 +102,7 @@ TEST_F(EditingTest, InsertEventsAndCancelReturnToThePreviousRecord) {
     EXPECT_EQ(DataSet.RecordCount(), 5);
 }
 
-TEST_F(EditingTest, CancellingAnEditRestoresTheOldValue) {
+TEST_F(EditingTest, CancelAndCloseDiscardAnEditMovingAwayPostsIt) {
     DataSet.Edit();
     TField* name = DataSet.FieldByName("NAME");
     name->SetAsString("temporary");
@@ -103,14 +112,20 @@ TEST_F(EditingTest, CancellingAnEditRestoresTheOldValue) {
     DataSet.Cancel();
     EXPECT_EQ(name->AsString(), "name1");
     EXPECT_FALSE(DataSet.Modified());
-}
 
-TEST_F(EditingTest, MovingAwayPostsAModifiedRecordAndCancelsAnUntouchedOne) {
     DataSet.Edit();
-    DataSet.FieldByName("NAME")->SetAsString("kept");
+    name->SetAsString("lost");
+    DataSet.Close();
+    DataSet.Open();
+    name = DataSet.FieldByName("NAME");
+    EXPECT_EQ(name->AsString(), "name1");
+
+    DataSet.Edit();
+    name->SetAsString("kept");
     DataSet.Next();
     DataSet.Prior();
-    EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "kept");
+    EXPECT_EQ(name->AsString(), "kept");
+    // An untouched new record is cancelled instead.
     DataSet.Append();
     DataSet.Next();
     EXPECT_EQ(DataSet.RecordCount(), 5);
@@ -162,34 +177,13 @@ TEST_F(EditingTest, NewRecordDefaultsAreNotModificationsAndAFailingHandlerLeaves
     DataSet.Append();
     EXPECT_FALSE(DataSet.Modified());
     EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "default");
-    // Unmodified, so moving away discards it.
+    DataSet.Cancel();
     DataSet.First();
-    EXPECT_EQ(DataSet.RecordCount(), 5);
-
     DataSet.Next();
     DataSet.OnNewRecord = [](TDataSet*) { throw EDatabaseError("no new records today"); };
     EXPECT_THROW(DataSet.Insert(), EDatabaseError);
     EXPECT_EQ(DataSet.State(), dsBrowse);
     EXPECT_EQ(CurrentId(DataSet), 2);
-}
-
-TEST_F(EditingTest, ClosingWhileEditingDiscardsTheEdit) {
-    DataSet.Edit();
-    DataSet.FieldByName("NAME")->SetAsString("lost");
-    DataSet.Close();
-    DataSet.Open();
-    EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "name1");
-}
-
-TEST_F(EditingTest, RecordHelpersAssignFieldsInOrder) {
-    DataSet.InsertRecord({7, Variant()});
-    EXPECT_EQ(CurrentId(DataSet), 7);
-    EXPECT_TRUE(DataSet.FieldByName("NAME")->IsNull());
-    DataSet.Edit();
-    DataSet.SetFields({Variant(), "seven"});
-    DataSet.Post();
-    EXPECT_EQ(DataSet.FieldValues("ID;NAME")[1].AsString(), "seven");
-    EXPECT_EQ(Ids(), (std::vector<int>{7, 1, 2, 3, 4, 5}));
 }
 
 } // namespace

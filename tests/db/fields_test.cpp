@@ -1,27 +1,28 @@
-// Field values: conversions and their errors, null handling, text events and validation.
+// Field values: conversions and their errors, null handling, typed reads, the native date/time slots,
+// text events and validation.
 
 #include "db_test_support.h"
 
 #include <gtest/gtest.h>
+#include <optional>
+#include <string_view>
 
 using namespace quorda;
+using dbtest::MessageOf;
 
 namespace {
 
 class FieldsTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        TFieldDefs& defs = DataSet.FieldDefs();
-        defs.Add("S", ftString, 5);
-        defs.Add("SI", ftSmallint);
-        defs.Add("I", ftInteger);
-        defs.Add("W", ftWord);
-        defs.Add("L", ftLargeint);
-        defs.Add("F", ftFloat);
-        defs.Add("B", ftBoolean);
-        defs.Add("C", ftBCD);
-        defs.Add("BY", ftBytes, 4);
-        defs.Add("VB", ftVarBytes, 4);
+        const std::tuple<const char*, TFieldType, int> columns[] = {
+            {"S", ftString, 5},   {"SI", ftSmallint, 0}, {"I", ftInteger, 0}, {"W", ftWord, 0},
+            {"L", ftLargeint, 0}, {"F", ftFloat, 0},     {"B", ftBoolean, 0}, {"C", ftBCD, 0},
+            {"BY", ftBytes, 4},   {"VB", ftVarBytes, 4}, {"D", ftDate, 0},    {"T", ftTime, 0},
+            {"DT", ftDateTime, 0}};
+        for (auto [name, type, size] : columns) {
+            DataSet.FieldDefs().Add(name, type, size);
+        }
         DataSet.CreateDataSet();
         DataSet.Append();
     }
@@ -54,42 +55,104 @@ TEST_F(FieldsTest, NullReadsAsEmptyAndZeroAndEverySetterCanClear) {
     EXPECT_TRUE(F("S")->IsNull());
 }
 
-TEST_F(FieldsTest, IntegersCheckTextAndRange) {
-    F("I")->SetAsString(" 42 ");
-    EXPECT_EQ(F("I")->AsInteger(), 42);
+// Row 1 holds a value in every column, row 2 is all NULL: As<std::optional<T>> tells them apart where
+// the classic accessors read NULL as the type's zero, and a plain As<T> refuses the NULL.
+template <typename T>
+void ExpectTypedReads(TDataSet& DataSet, const char* Column, const T& Expected) {
+    SCOPED_TRACE(Column);
+    DataSet.First();
+    TField* field = DataSet.FieldByName(Column);
+    EXPECT_EQ(field->As<T>(), Expected);
+    EXPECT_EQ(field->As<std::optional<T>>(), std::optional<T>(Expected));
+    DataSet.Next();
+    EXPECT_EQ(field->As<std::optional<T>>(), std::nullopt);
+    EXPECT_EQ(MessageOf([&] { (void)field->As<T>(); }), FormatMessage(SFieldIsNull, Column));
+}
+
+TEST_F(FieldsTest, TypedReadsTellNullFromTheValueOfEveryType) {
+    // The values are the ones a NULL would read as classically where a type has such a zero.
+    const TBytes bytes{1, 0, 255};
+    const TDateTime leapNoon = EncodeDate(2024, 2, 29) + 0.5;
+    F("S")->SetAsString("");
+    F("I")->SetAsInteger(-7);
+    F("L")->SetAsLargeInt(std::int64_t(1) << 40);
+    F("F")->SetAsFloat(2.5);
+    F("B")->SetAsBoolean(false);
+    F("DT")->SetAsDateTime(leapNoon);
+    F("C")->SetAsCurrency(Currency(12.34));
+    F("VB")->SetAsBytes(bytes);
+    DataSet.Post();
+    DataSet.Append();
+    DataSet.Post();
+    ExpectTypedReads<std::string>(DataSet, "S", "");
+    ExpectTypedReads<std::int32_t>(DataSet, "I", -7);
+    ExpectTypedReads<std::int64_t>(DataSet, "L", std::int64_t(1) << 40);
+    ExpectTypedReads<double>(DataSet, "F", 2.5);
+    ExpectTypedReads<bool>(DataSet, "B", false);
+    ExpectTypedReads<TDateTime>(DataSet, "DT", leapNoon);
+    ExpectTypedReads<Currency>(DataSet, "C", Currency(12.34));
+    ExpectTypedReads<TBytes>(DataSet, "VB", bytes);
+}
+
+// What a field keeps of a text: the text it reads back, or the error the field raises.
+TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
+    const struct {
+        const char* Field;
+        const char* Text;
+        const char* Read;
+    } cases[] = {{"I", " 42 ", "42"},
+                 {"I", "4x", "Field \"I\" error: \"4x\" is not a valid integer"},
+                 {"SI", "40000", "Field \"SI\" error: 40000 is not between -32768 and 32767."},
+                 {"SI", "-32768", "-32768"},
+                 {"W", "-1", "Field \"W\" error: -1 is not between 0 and 65535."},
+                 {"W", "65535", "65535"},
+                 {"L", "9000000000", "9000000000"},
+                 {"F", "1.25", "1.25"},
+                 {"F", "1,2.3", "Field \"F\" error: \"1,2.3\" is not a valid float"},
+                 {"C", "12.3456", "12.3456"},
+                 {"B", "maybe", "\"maybe\" is not a valid boolean"},
+                 {"S", "abcdefgh", "abcde"},
+                 {"S", "ééé", "éé"}, // not a split character
+                 {"D", "1999-12-31", "1999-12-31"},
+                 {"D", "not a date", "\"not a date\" is not a valid date"}};
+    for (const auto& c : cases) {
+        std::string read;
+        try {
+            F(c.Field)->SetAsString(c.Text);
+            read = F(c.Field)->AsString();
+        } catch (const Exception& e) {
+            read = e.what();
+        }
+        EXPECT_EQ(read, c.Read) << c.Field << " = " << c.Text;
+    }
     EXPECT_EQ(F("I")->Value().VarType(), varInteger);
-    EXPECT_EQ(dbtest::MessageOf([&] { F("I")->SetAsString("4x"); }),
-              "Field \"I\" error: \"4x\" is not a valid integer");
-    EXPECT_EQ(dbtest::MessageOf([&] { F("SI")->SetAsInteger(40000); }),
-              "Field \"SI\" error: 40000 is not between -32768 and 32767.");
-    EXPECT_EQ(dbtest::MessageOf([&] { F("W")->SetAsInteger(-1); }),
-              "Field \"W\" error: -1 is not between 0 and 65535.");
-    F("SI")->SetAsInteger(-32768);
-    EXPECT_EQ(F("SI")->AsInteger(), -32768);
-    F("W")->SetAsInteger(65535);
-    EXPECT_EQ(F("W")->AsString(), "65535");
-    // Floats round half to even on the way in.
-    F("I")->SetAsFloat(2.5);
-    EXPECT_EQ(F("I")->AsInteger(), 2);
-    F("I")->SetAsFloat(3.5);
-    EXPECT_EQ(F("I")->AsInteger(), 4);
+    EXPECT_EQ(F("C")->AsCurrency(), Currency::FromRaw(123456));
+    EXPECT_EQ(F("C")->Value().VarType(), varCurrency);
+    F("S")->SetAsInteger(12);
+    EXPECT_EQ(F("S")->AsInteger(), 12);
+    F("S")->SetAsBoolean(true);
+    EXPECT_EQ(F("S")->AsString(), "T");
+}
+
+TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
+    for (auto [value, rounded] : {std::pair{2.5, 2}, {3.5, 4}}) {
+        F("I")->SetAsFloat(value);
+        EXPECT_EQ(F("I")->AsInteger(), rounded);
+    }
     EXPECT_THROW(F("I")->SetAsFloat(1e12), EDatabaseError);
-    F("L")->SetAsString("9000000000");
-    EXPECT_EQ(F("L")->AsLargeInt(), 9000000000LL);
+    F("L")->SetAsLargeInt(9000000000LL);
     EXPECT_THROW(F("L")->AsInteger(), EDatabaseError) << "no silent cut to 32 bits";
     auto* bounded = static_cast<TIntegerField*>(F("I"));
     bounded->SetMinValue(1);
     bounded->SetMaxValue(10);
     EXPECT_THROW(F("I")->SetAsInteger(11), EDatabaseError);
     F("I")->SetAsInteger(10);
+    F("C")->SetAsFloat(0.1);
+    EXPECT_EQ(F("C")->AsString(), "0.1");
 }
 
-TEST_F(FieldsTest, FloatsBooleansAndBcdConvertTextBothWays) {
-    F("F")->SetAsString("1.25");
-    EXPECT_EQ(F("F")->AsFloat(), 1.25);
-    EXPECT_EQ(F("F")->AsString(), "1.25");
-    EXPECT_EQ(dbtest::MessageOf([&] { F("F")->SetAsString("1,2.3"); }),
-              "Field \"F\" error: \"1,2.3\" is not a valid float");
+TEST_F(FieldsTest, DisplayFormatsAndBooleanTexts) {
+    F("F")->SetAsFloat(1.25);
     static_cast<TFloatField*>(F("F"))->SetDisplayFormat("0.000");
     EXPECT_EQ(F("F")->DisplayText(), "1.250");
     EXPECT_EQ(F("F")->Text(), "1.250");
@@ -97,33 +160,11 @@ TEST_F(FieldsTest, FloatsBooleansAndBcdConvertTextBothWays) {
     auto* flag = static_cast<TBooleanField*>(F("B"));
     flag->SetDisplayValues("Yes;No");
     F("B")->SetAsString("n");
-    EXPECT_FALSE(F("B")->AsBoolean());
     EXPECT_EQ(F("B")->AsString(), "No");
     F("B")->SetText("YE");
-    EXPECT_TRUE(F("B")->AsBoolean());
     EXPECT_EQ(F("B")->AsInteger(), 1);
-    EXPECT_EQ(dbtest::MessageOf([&] { F("B")->SetAsString("maybe"); }), "\"maybe\" is not a valid boolean");
-    EXPECT_EQ(dbtest::MessageOf([&] { flag->SetDisplayValues("Yes"); }),
+    EXPECT_EQ(MessageOf([&] { flag->SetDisplayValues("Yes"); }),
               "Field \"B\" error: \"Yes\" are not valid boolean displayvalues");
-
-    F("C")->SetAsString("12.3456");
-    EXPECT_EQ(F("C")->AsCurrency(), Currency::FromRaw(123456));
-    EXPECT_EQ(F("C")->AsString(), "12.3456");
-    EXPECT_EQ(F("C")->Value().VarType(), varCurrency);
-    F("C")->SetAsFloat(0.1);
-    EXPECT_EQ(F("C")->AsString(), "0.1");
-}
-
-TEST_F(FieldsTest, StringsAreCutAtTheSizeWithoutSplittingACharacter) {
-    F("S")->SetAsString("abcdefgh");
-    EXPECT_EQ(F("S")->AsString(), "abcde");
-    F("S")->SetAsString("ééé");
-    EXPECT_EQ(F("S")->AsString(), "éé");
-    F("S")->SetAsInteger(12);
-    EXPECT_EQ(F("S")->AsInteger(), 12);
-    F("S")->SetAsBoolean(true);
-    EXPECT_TRUE(F("S")->AsBoolean());
-    EXPECT_EQ(F("S")->AsString(), "T");
 }
 
 TEST_F(FieldsTest, BinaryFieldsKeepTheirBytes) {
@@ -138,18 +179,49 @@ TEST_F(FieldsTest, BinaryFieldsKeepTheirBytes) {
     EXPECT_EQ(F("BY")->AsBytes(), (TBytes{9, 0, 7, 6}));
 }
 
+// The record buffer keeps dates as day numbers from 0001-01-01 (day 1), times as milliseconds since
+// midnight and date-times as milliseconds since day 1; the field shows them as TDateTime again.
+TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
+    const struct {
+        const char* Field;
+        TDateTime Value;
+        double Native;
+        const char* Read;
+    } cases[] = {
+        {"D", EncodeDateTime(1850, 3, 1, 18, 0, 0, 0), 675393, "1850-03-01 00:00:00.000"}, // no time of day
+        {"D", EncodeDate(1, 1, 1), 1, "0001-01-01 00:00:00.000"},
+        {"T", EncodeTime(13, 45, 30, 123), 49530123, "1899-12-30 13:45:30.123"},
+        // Before the zero of TDateTime, and the last millisecond of a leap day.
+        {"DT", EncodeDateTime(1899, 12, 29, 6, 0, 0, 7), 59926456800007.0, "1899-12-29 06:00:00.007"},
+        {"DT", EncodeDateTime(2024, 2, 29, 23, 59, 59, 999), 63844934399999.0, "2024-02-29 23:59:59.999"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.Read);
+        TField* field = F(c.Field);
+        field->SetAsDateTime(c.Value);
+        TDateTimeRec rec;
+        ASSERT_EQ(field->DataSize(), static_cast<int>(sizeof(rec)));
+        ASSERT_TRUE(field->GetData(&rec));
+        const TFieldType type = field->DataType();
+        EXPECT_EQ(type == ftDate ? rec.Date : type == ftTime ? rec.Time : rec.DateTime, c.Native);
+        EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", field->AsDateTime()), c.Read);
+        EXPECT_EQ(DateTimeRecToDateTime(type, DateTimeToDateTimeRec(type, c.Value)), field->AsDateTime());
+    }
+    EXPECT_EQ(F("DT")->Value().VarType(), varDate);
+    F("D")->SetAsString("");
+    EXPECT_TRUE(F("D")->IsNull());
+}
+
 TEST_F(FieldsTest, UnsupportedConversionsNameTheTargetAndTheField) {
-    EXPECT_EQ(dbtest::MessageOf([&] { F("B")->AsDateTime(); }),
-              "Invalid type conversion to TDateTime in field B");
-    EXPECT_EQ(dbtest::MessageOf([&] { F("BY")->SetAsFloat(1); }),
-              "Invalid type conversion to Float in field BY");
-    EXPECT_EQ(dbtest::MessageOf([&] {
+    EXPECT_EQ(MessageOf([&] { F("B")->AsDateTime(); }), "Invalid type conversion to TDateTime in field B");
+    EXPECT_EQ(MessageOf([&] { F("BY")->SetAsFloat(1); }), "Invalid type conversion to Float in field BY");
+    EXPECT_EQ(MessageOf([&] {
                   F("I")->SetValue(VarArrayOf({1, 2}));
               }),
               "Field \"I\" error: Invalid variant value");
 }
 
-TEST_F(FieldsTest, TextEventsReplaceTheFieldsOwnConversion) {
+TEST_F(FieldsTest, TextEventsReplaceTheConversionAndValidateCanRefuseTheNewValue) {
     TField* field = F("I");
     field->OnGetText = [](TField* Sender, std::string& Text, bool Display) {
         Text = (Display ? "#" : "") + std::to_string(Sender->AsInteger());
@@ -161,11 +233,7 @@ TEST_F(FieldsTest, TextEventsReplaceTheFieldsOwnConversion) {
     EXPECT_EQ(field->AsInteger(), 42);
     EXPECT_EQ(field->Text(), "42");
     EXPECT_EQ(field->DisplayText(), "#42");
-}
 
-TEST_F(FieldsTest, ValidateSeesTheNewValueAndCanRefuseIt) {
-    TField* field = F("I");
-    field->SetAsInteger(1);
     std::vector<int> seen;
     field->OnValidate = [&](TField* Sender) {
         seen.push_back(Sender->AsInteger());
@@ -183,21 +251,19 @@ TEST(FieldClasses, EveryTypeWithAClassCreatesAFieldOfThatType) {
     TMemDataSet dataSet(nullptr);
     for (int type = ftUnknown; type <= ftWideMemo; ++type) {
         auto fieldType = static_cast<TFieldType>(type);
-        TFieldClass fieldClass = DefaultFieldClass(fieldType);
-        if (!fieldClass) {
-            continue;
+        if (TFieldClass fieldClass = DefaultFieldClass(fieldType)) {
+            std::unique_ptr<TField> field(fieldClass(nullptr));
+            field->SetFieldType(fieldType);
+            EXPECT_EQ(field->DataType(), fieldType) << FieldTypeName(fieldType);
+            EXPECT_EQ(field->IsBlob(), IsBlobType(fieldType)) << FieldTypeName(fieldType);
         }
-        std::unique_ptr<TField> field(fieldClass(nullptr));
-        field->SetFieldType(fieldType);
-        EXPECT_EQ(field->DataType(), fieldType) << FieldTypeName(fieldType);
-        EXPECT_EQ(field->IsBlob(), IsBlobType(fieldType)) << FieldTypeName(fieldType);
     }
     TFieldDef* cursor = dataSet.FieldDefs().Add("CUR", ftCursor);
-    EXPECT_EQ(dbtest::MessageOf([&] { cursor->CreateField(&dataSet); }), "Unknown field type : CUR");
+    EXPECT_EQ(MessageOf([&] { cursor->CreateField(&dataSet); }), "Unknown field type : CUR");
     EXPECT_EQ(dataSet.FieldCount(), 0);
 }
 
-TEST(FieldClasses, NamesAreUniqueInADataset) {
+TEST(FieldClasses, NamesAreUniqueWithoutRegardToCase) {
     TMemDataSet dataSet(nullptr);
     auto* first = new TIntegerField(&dataSet);
     first->SetFieldName("A");
@@ -212,6 +278,20 @@ TEST(FieldClasses, NamesAreUniqueInADataset) {
     EXPECT_EQ(dataSet.Fields()[0], second);
     delete first;
     EXPECT_EQ(dataSet.FieldCount(), 1);
+
+    // Field definitions, and lookups through views that are not zero-terminated.
+    TFieldDefs& defs = dataSet.FieldDefs();
+    defs.Add("ID", ftInteger);
+    EXPECT_EQ(defs.MakeNameUnique("id"), "id_1");
+    defs.Add("ID_1", ftInteger);
+    EXPECT_EQ(defs.MakeNameUnique("Id"), "Id_2");
+    EXPECT_EQ(defs.Find("iD")->FieldNo(), 1);
+    EXPECT_THROW(defs.Find("missing"), EDatabaseError);
+    EXPECT_THROW(defs.Add("", ftString, 10), EDatabaseError);
+    const std::string_view text = "ID_1;B;x";
+    EXPECT_EQ(defs.IndexOf(text.substr(0, 2)), 0);
+    EXPECT_EQ(dataSet.FieldByName(text.substr(5, 1)), second);
+    EXPECT_EQ(dataSet.FindField(text.substr(5, 3)), nullptr);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
-// Bof/Eof transitions and the scroll events around them.
+// Bof/Eof transitions, the scroll events around them, what a closed or loading dataset allows, and
+// bookmarks: identity across scrolling, inserts and deletes.
 
 #include "db_test_support.h"
 #include "quorda/rtl/application.h"
@@ -12,58 +13,54 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-TEST(Navigation, AnEmptyDatasetIsAtBothEndsAndStaysThere) {
+// After each move the dataset stands where the step says: "bof 1", "2", "3 eof", "bof eof" when empty.
+TEST(Navigation, BofAndEofFollowTheMovesAtBothEnds) {
+    const struct {
+        int Rows;
+        std::vector<std::pair<char, const char*>> Steps; // First, Last, Next, Prior
+    } cases[] = {
+        {0, {{'F', "bof eof"}, {'N', "bof eof"}, {'P', "bof eof"}, {'L', "bof eof"}}},
+        {1, {{'F', "bof 1"}, {'N', "1 eof"}, {'N', "1 eof"}, {'P', "bof 1"}}},
+        {3, {{'N', "2"}, {'P', "1"}, {'P', "bof 1"}, {'L', "3 eof"}, {'P', "2"}, {'F', "bof 1"}}},
+    };
+    for (const auto& c : cases) {
+        TMemDataSet dataSet(nullptr);
+        FillNumbers(dataSet, c.Rows);
+        std::string trace = std::to_string(c.Rows) + " rows:";
+        for (auto [op, position] : c.Steps) {
+            trace += std::string(" ") + op;
+            SCOPED_TRACE(trace);
+            op == 'F'   ? dataSet.First()
+            : op == 'L' ? dataSet.Last()
+            : op == 'N' ? dataSet.Next()
+                        : dataSet.Prior();
+            EXPECT_EQ(Position(dataSet), position);
+        }
+    }
+}
+
+TEST(Navigation, ScrollEventsAnnounceOnlyMovesThatCanHappen) {
     TMemDataSet dataSet(nullptr);
-    std::vector<std::string> log;
+    Names log;
     LogDataSetEvents(dataSet, log);
     FillNumbers(dataSet, 0);
-    EXPECT_EQ(Position(dataSet), "bof eof");
-    EXPECT_EQ(dataSet.RecordCount(), 0);
     EXPECT_TRUE(dataSet.FieldByName("ID")->IsNull());
-    dataSet.Next();
-    dataSet.Prior();
-    dataSet.Last();
-    EXPECT_EQ(Position(dataSet), "bof eof");
     EXPECT_TRUE(dataSet.GetBookmark().IsNil());
-    EXPECT_EQ(dataSet.Bookmark(), "");
     // Opening an empty dataset reports no scroll to a record.
     log.clear();
     dataSet.Close();
     dataSet.Open();
     EXPECT_EQ(log, (Names{"BeforeClose", "AfterClose", "BeforeOpen", "AfterOpen"}));
-}
 
-TEST(Navigation, OneRowIsBothFirstAndLast) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 1);
-    std::vector<std::string> log;
-    LogDataSetEvents(dataSet, log);
-    EXPECT_EQ(Position(dataSet), "bof 1");
+    dataSet.AppendRecord({1, "one"});
+    dataSet.First();
+    log.clear();
     dataSet.Next();
-    EXPECT_EQ(Position(dataSet), "1 eof");
     EXPECT_EQ(log, (Names{"BeforeScroll", "AfterScroll"}));
     // At the end a further Next announces the scroll but goes nowhere.
     log.clear();
     dataSet.Next();
     EXPECT_EQ(log, (Names{"BeforeScroll"}));
-    dataSet.Prior();
-    EXPECT_EQ(Position(dataSet), "bof 1");
-}
-
-TEST(Navigation, PriorAtTheFirstAndNextAtTheLastSetTheFlagsOnTheSameRecord) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 3);
-    dataSet.Next();
-    dataSet.Prior();
-    EXPECT_EQ(Position(dataSet), "1");
-    dataSet.Prior();
-    EXPECT_EQ(Position(dataSet), "bof 1");
-    dataSet.Last();
-    EXPECT_EQ(Position(dataSet), "3 eof");
-    dataSet.Prior();
-    EXPECT_EQ(Position(dataSet), "2");
-    dataSet.First();
-    EXPECT_EQ(Position(dataSet), "bof 1");
 }
 
 TEST(Navigation, ClosedDatasetsRefuseToMoveAndOpenOnesRefuseStructureChanges) {
@@ -91,7 +88,7 @@ TEST(Navigation, OpeningWhileLoadingWaitsForTheEndOfLoading) {
     EXPECT_TRUE(dataSet.Active());
 
     // In the designer a failing deferred open is reported instead of raised.
-    std::vector<std::string> reported;
+    Names reported;
     TExceptionHandler previous =
         Application::SetExceptionHandler([&](const std::exception& e) { reported.emplace_back(e.what()); });
     dataSet.Close();
@@ -114,6 +111,65 @@ TEST(Navigation, RefreshKeepsTheCurrentRecordAndAnnouncesIt) {
     dataSet.Refresh();
     EXPECT_EQ(CurrentId(dataSet), 3);
     EXPECT_EQ(refreshes, 1);
+}
+
+TEST(Bookmarks, SurviveChangesToOtherRowsAndDieWithTheirOwn) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 10);
+    dataSet.MoveBy(6);
+    TBookmark seventh = dataSet.GetBookmark();
+    ASSERT_FALSE(seventh.IsNil());
+    EXPECT_EQ(seventh.Size(), static_cast<std::size_t>(dataSet.BookmarkSize()));
+    dataSet.Prior();
+    TBookmark sixth = dataSet.GetBookmark();
+    dataSet.Delete();
+    dataSet.First();
+    dataSet.InsertRecord({100});
+    dataSet.Last();
+    dataSet.Delete();
+
+    dataSet.GotoBookmark(seventh);
+    EXPECT_EQ(CurrentId(dataSet), 7);
+    EXPECT_EQ(dataSet.RecNo(), 7);
+    EXPECT_TRUE(dataSet.BookmarkValid(seventh));
+    EXPECT_FALSE(dataSet.BookmarkValid(sixth));
+    dataSet.Last();
+    EXPECT_EQ(MessageOf([&] { dataSet.GotoBookmark(sixth); }), SInvalidBookmark);
+    EXPECT_EQ(CurrentId(dataSet), 9);
+    // A nil bookmark goes nowhere.
+    dataSet.GotoBookmark(TBookmark());
+    EXPECT_EQ(CurrentId(dataSet), 9);
+}
+
+TEST(Bookmarks, CompareFollowsTheRowOrderNotTheOrderOfCreation) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 3);
+    TBookmark first = dataSet.GetBookmark();
+    dataSet.Last();
+    TBookmark last = dataSet.GetBookmark();
+    dataSet.First();
+    dataSet.InsertRecord({0});
+    TBookmark inserted = dataSet.GetBookmark();
+    EXPECT_LT(dataSet.CompareBookmarks(inserted, first), 0);
+    EXPECT_GT(dataSet.CompareBookmarks(last, inserted), 0);
+    EXPECT_EQ(dataSet.CompareBookmarks(first, first), 0);
+    EXPECT_EQ(dataSet.CompareBookmarks(TBookmark(), TBookmark()), 0);
+    EXPECT_GT(dataSet.CompareBookmarks(TBookmark(), first), 0);
+    EXPECT_LT(dataSet.CompareBookmarks(first, TBookmark()), 0);
+}
+
+TEST(Bookmarks, StringsOfTheBytesRoundTripAndANewRecordHasNone) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 4);
+    dataSet.MoveBy(2);
+    TBookmarkStr third = dataSet.Bookmark();
+    dataSet.First();
+    dataSet.SetBookmark(third);
+    EXPECT_EQ(CurrentId(dataSet), 3);
+    EXPECT_EQ(TBookmark(third), dataSet.GetBookmark());
+    dataSet.Append();
+    EXPECT_TRUE(dataSet.GetBookmark().IsNil());
+    EXPECT_EQ(dataSet.Bookmark(), "");
 }
 
 } // namespace

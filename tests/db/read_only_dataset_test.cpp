@@ -3,6 +3,7 @@
 
 #include "db_test_support.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
 
@@ -21,15 +22,14 @@ public:
 
     int Opens = 0;
     using TDataSet::GetFieldData;
-    bool GetFieldData(TField* Field, void* Buffer) override {
-        TRecordBuffer record = ActiveBuffer();
-        if (!record || IsEmpty()) {
+    bool GetFieldData(TField*, void* Buffer) override {
+        if (!ActiveBuffer() || IsEmpty()) {
             return false;
         }
         if (Buffer) {
-            std::int32_t row;
-            std::memcpy(&row, record, sizeof(row));
-            std::int32_t value = row + 1;
+            std::int32_t value;
+            std::memcpy(&value, ActiveBuffer(), sizeof(value));
+            ++value;
             std::memcpy(Buffer, &value, sizeof(value));
         }
         return true;
@@ -42,19 +42,12 @@ protected:
         Buffer = nullptr;
     }
     bool GetCanModify() override { return false; }
-    TGetResult GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool DoCheck) override {
-        int next = GetMode == gmNext ? FCursor + 1 : (GetMode == gmPrior ? FCursor - 1 : FCursor);
-        if (next < 0) {
-            FCursor = -1;
-            return grBOF;
+    TGetResult GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool) override {
+        FCursor = std::clamp(FCursor + (GetMode == gmNext ? 1 : GetMode == gmPrior ? -1 : 0), -1, FCount);
+        if (FCursor < 0 || FCursor == FCount) {
+            return FCursor < 0 ? grBOF : grEOF;
         }
-        if (next >= FCount) {
-            FCursor = FCount;
-            return grEOF;
-        }
-        FCursor = next;
-        std::int32_t row = FCursor;
-        std::memcpy(Buffer, &row, sizeof(row));
+        std::memcpy(Buffer, &FCursor, sizeof(FCursor));
         return grOK;
     }
     void InternalFirst() override { FCursor = -1; }
@@ -87,7 +80,7 @@ protected:
 
 private:
     int FCount;
-    int FCursor = -1;
+    std::int32_t FCursor = -1;
     bool FOpen = false;
 };
 
@@ -95,19 +88,16 @@ int N(TDataSet& DataSet) {
     return DataSet.FieldByName("N")->AsInteger();
 }
 
-TEST(ReadOnlyDataSet, RefusesEveryEditWithTheReadOnlyMessage) {
-    TNumbersDataSet dataSet(3, false);
+TEST(ReadOnlyDataSet, RefusesEveryEditAndLocatesWithoutBookmarks) {
+    TNumbersDataSet dataSet(10, false);
     dataSet.Open();
     for (auto edit : {&TDataSet::Edit, &TDataSet::Insert, &TDataSet::Append, &TDataSet::Delete}) {
         EXPECT_EQ(MessageOf([&] { (dataSet.*edit)(); }), SDatasetReadOnly);
     }
     EXPECT_EQ(dataSet.State(), dsBrowse);
     EXPECT_THROW(dataSet.FieldByName("N")->SetAsInteger(1), EDatabaseError);
-}
 
-TEST(ReadOnlyDataSet, WithoutBookmarksLocateStillFindsRows) {
-    TNumbersDataSet dataSet(10, false);
-    dataSet.Open();
+    // Without bookmarks Locate still finds rows.
     EXPECT_TRUE(dataSet.GetBookmark().IsNil());
     EXPECT_TRUE(dataSet.Locate("N", 7, {}));
     EXPECT_EQ(N(dataSet), 7);

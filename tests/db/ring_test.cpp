@@ -122,7 +122,7 @@ TEST_F(RingTest, MoveByStopsAtTheEndsAndReportsTheDistanceMoved) {
     EXPECT_EQ(DataSet.MoveBy(0), 0);
 }
 
-TEST_F(RingTest, GotoBookmarkCentresTheRecordInTheRing) {
+TEST_F(RingTest, GotoBookmarkCentresTheRecordAndResyncNearTheEndRefillsFromBefore) {
     TRecordingLink grid(Log, "", 5);
     grid.SetDataSource(&Source);
     Source.SetDataSet(&DataSet);
@@ -133,12 +133,7 @@ TEST_F(RingTest, GotoBookmarkCentresTheRecordInTheRing) {
     DataSet.GotoBookmark(tenth);
     EXPECT_EQ(grid.Window("ID"), (Names{"8", "9", "10", "11", "12"}));
     EXPECT_EQ(grid.ActiveRecord(), 2);
-}
 
-TEST_F(RingTest, ResyncNearTheEndRefillsTheRingFromBefore) {
-    TRecordingLink grid(Log, "", 5);
-    grid.SetDataSource(&Source);
-    Source.SetDataSet(&DataSet);
     DataSet.Last();
     DataSet.Prior();
     DataSet.Delete();

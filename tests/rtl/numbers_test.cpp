@@ -12,12 +12,10 @@ using namespace quorda;
 
 namespace {
 
-struct SettingsGuard {
-    TFormatSettings Saved = FormatSettings();
-    ~SettingsGuard() { FormatSettings() = Saved; }
-};
-
+using testing_support::Map;
 using testing_support::MessageOf;
+using testing_support::SettingsGuard;
+using testing_support::Strings;
 
 TFormatSettings Continental() {
     TFormatSettings settings;
@@ -29,29 +27,15 @@ TFormatSettings Continental() {
 } // namespace
 
 TEST(FloatText, GeneralFormat) {
-    const std::pair<double, const char*> cases[] = {
-        {0, "0"},
-        {-0.0, "0"},
-        {1.5, "1.5"},
-        {-1.5, "-1.5"},
-        {0.1 + 0.2, "0.3"},
-        {1.0 / 3, "0.333333333333333"},
-        {2.0 / 3, "0.666666666666667"},
-        {100, "100"},
-        {123456789012345.0, "123456789012345"},
-        {1e15, "1E15"},
-        {1234567890123456789.0, "1.23456789012346E18"},
-        {1e-5, "0.00001"},
-        {1.5e-6, "1.5E-6"},
-        {-2.5e-300, "-2.5E-300"},
-        {std::numeric_limits<double>::max(), "1.79769313486232E308"},
-        {std::numeric_limits<double>::quiet_NaN(), "Nan"},
-        {std::numeric_limits<double>::infinity(), "+Inf"},
-        {-std::numeric_limits<double>::infinity(), "-Inf"},
-    };
-    for (const auto& [value, text] : cases) {
-        EXPECT_EQ(FloatToStr(value), text) << value;
-    }
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN(),
+                     inf = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(Map<double>({0, -0.0, 1.5, -1.5, 0.1 + 0.2, 1.0 / 3, 2.0 / 3, 100, 123456789012345.0, 1e15,
+                           1234567890123456789.0, 1e-5, 1.5e-6, -2.5e-300, std::numeric_limits<double>::max(),
+                           nan, inf, -inf},
+                          [](double value) { return FloatToStr(value); }),
+              (Strings{"0", "0", "1.5", "-1.5", "0.3", "0.333333333333333", "0.666666666666667", "100",
+                       "123456789012345", "1E15", "1.23456789012346E18", "0.00001", "1.5E-6", "-2.5E-300",
+                       "1.79769313486232E308", "Nan", "+Inf", "-Inf"}));
     EXPECT_EQ(FloatToStrF(1234.5678, ffGeneral, 6, 0), "1234.57");
     EXPECT_EQ(FloatToStrF(1234567.0, ffGeneral, 4, 0), "1.235E6");
 }
@@ -74,13 +58,9 @@ TEST(FloatText, OtherDecimalSeparator) {
 }
 
 TEST(FloatText, ParsingRules) {
-    EXPECT_EQ(StrToFloat("  -1.25e2 "), -125);
-    EXPECT_EQ(StrToFloat("+5"), 5);
-    EXPECT_EQ(StrToFloat(".5"), 0.5);
-    EXPECT_EQ(StrToFloat("5."), 5);
-    EXPECT_EQ(StrToFloat("1E+3"), 1000);
-    EXPECT_EQ(StrToFloat("1e-400"), 0);
-    EXPECT_EQ(StrToFloat("0e999"), 0);
+    EXPECT_EQ(Map<const char*>({"  -1.25e2 ", "+5", ".5", "5.", "1E+3", "1e-400", "0e999"},
+                               [](const char* text) { return StrToFloat(text); }),
+              (std::vector<double>{-125, 5, 0.5, 5, 1000, 0, 0}));
     EXPECT_EQ(StrToFloatDef("x", 7.5), 7.5);
     double value = 0;
     for (const char* bad :
@@ -140,29 +120,27 @@ TEST(FloatText, PictureFormats) {
         double Value;
         const char* Text;
     };
-    const Case cases[] = {
-        {"#,##0.00", 1234567.891, "1,234,567.89"},
-        {"#,##0.00", -1234.5, "-1,234.50"},
-        {"#,##0.00", 0, "0.00"},
-        {"0.###", 0.5, "0.5"},
-        {"0.###", 12345, "12345"},
-        {"#.##", 0.5, ".5"},
-        {"#.##", 0, ""},
-        {"000", 1, "001"},
-        {"000", -1234.5, "-1235"},
-        {"0.00E+00", 1234567.891, "1.23E+06"},
-        {"0.00E+00", 0.004, "4.00E-03"},
-        {"0.0E-0", 9.99, "1.0E1"},
-        {"00.0e+0", 12345, "12.3e+3"},
-        {"$#,##0.00;($#,##0.00);'zero'", 1234.5, "$1,234.50"},
-        {"$#,##0.00;($#,##0.00);'zero'", -1234.5, "($1,234.50)"},
-        {"$#,##0.00;($#,##0.00);'zero'", 0, "zero"},
-        {"0.00;-0.00;'zero'", 0.001, "zero"},
-        {"0.00;;'zero'", -2, "-2.00"},
-        {"\"#\"0", 5, "#5"},
-        {"0 'items'", 3, "3 items"},
-        {"", 0.25, "0.25"},
-    };
+    const Case cases[] = {{"#,##0.00", 1234567.891, "1,234,567.89"},
+                          {"#,##0.00", -1234.5, "-1,234.50"},
+                          {"#,##0.00", 0, "0.00"},
+                          {"0.###", 0.5, "0.5"},
+                          {"0.###", 12345, "12345"},
+                          {"#.##", 0.5, ".5"},
+                          {"#.##", 0, ""},
+                          {"000", 1, "001"},
+                          {"000", -1234.5, "-1235"},
+                          {"0.00E+00", 1234567.891, "1.23E+06"},
+                          {"0.00E+00", 0.004, "4.00E-03"},
+                          {"0.0E-0", 9.99, "1.0E1"},
+                          {"00.0e+0", 12345, "12.3e+3"},
+                          {"$#,##0.00;($#,##0.00);'zero'", 1234.5, "$1,234.50"},
+                          {"$#,##0.00;($#,##0.00);'zero'", -1234.5, "($1,234.50)"},
+                          {"$#,##0.00;($#,##0.00);'zero'", 0, "zero"},
+                          {"0.00;-0.00;'zero'", 0.001, "zero"},
+                          {"0.00;;'zero'", -2, "-2.00"},
+                          {"\"#\"0", 5, "#5"},
+                          {"0 'items'", 3, "3 items"},
+                          {"", 0.25, "0.25"}};
     for (const Case& c : cases) {
         EXPECT_EQ(FormatFloat(c.Format, c.Value), c.Text) << c.Format << " with " << c.Value;
     }
@@ -170,13 +148,10 @@ TEST(FloatText, PictureFormats) {
 }
 
 TEST(IntText, DecimalHexAndRange) {
-    EXPECT_EQ(StrToInt("42"), 42);
-    EXPECT_EQ(StrToInt(" -42 "), -42);
-    EXPECT_EQ(StrToInt("+7"), 7);
-    EXPECT_EQ(StrToInt("$FF"), 255);
-    EXPECT_EQ(StrToInt("0x1f"), 31);
-    EXPECT_EQ(StrToInt("2147483647"), 2147483647);
-    EXPECT_EQ(StrToInt("-2147483648"), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(Map<const char*>({"42", " -42 ", "+7", "$FF", "0x1f", "2147483647", "-2147483648"},
+                               [](const char* text) { return StrToInt(text); }),
+              (std::vector<std::int32_t>{42, -42, 7, 255, 31, 2147483647,
+                                         std::numeric_limits<std::int32_t>::min()}));
     EXPECT_EQ(StrToInt64("9223372036854775807"), std::numeric_limits<std::int64_t>::max());
     EXPECT_EQ(StrToInt64("-9223372036854775808"), std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(StrToIntDef("x", -1), -1);
@@ -193,20 +168,19 @@ TEST(IntText, DecimalHexAndRange) {
 }
 
 TEST(IntText, Booleans) {
-    EXPECT_TRUE(StrToBool("TRUE"));
-    EXPECT_FALSE(StrToBool("false"));
-    EXPECT_TRUE(StrToBool("-1"));
-    EXPECT_FALSE(StrToBool("0"));
+    EXPECT_EQ(
+        Map<const char*>({"TRUE", "false", "-1", "0"}, [](const char* text) { return StrToBool(text); }),
+        (std::vector<bool>{true, false, true, false}));
     EXPECT_EQ(BoolToStr(true), "-1");
     EXPECT_EQ(BoolToStr(false, true), "False");
     EXPECT_EQ(MessageOf<EConvertError>([] { StrToBool("maybe"); }), "\"maybe\" is not a valid boolean.");
 }
 
 TEST(CurrencyValue, RoundingFromFloatsAndText) {
-    EXPECT_EQ(Currency(1.00005).Raw(), 10001); // half away from zero on the decimal value
-    EXPECT_EQ(Currency(-1.00005).Raw(), -10001);
-    EXPECT_EQ(Currency(0.12344).Raw(), 1234);
-    EXPECT_EQ(Currency(123456789012.3456).Raw(), 1234567890123456);
+    // Half away from zero on the decimal value.
+    EXPECT_EQ(Map<double>({1.00005, -1.00005, 0.12344, 123456789012.3456},
+                          [](double v) { return Currency(v).Raw(); }),
+              (std::vector<std::int64_t>{10001, -10001, 1234, 1234567890123456}));
     EXPECT_EQ(Currency(2.5).Round(), 3);
     EXPECT_EQ(Currency(-2.5).Round(), -3);
     EXPECT_THROW(Currency(1e300), EIntOverflow);
@@ -215,10 +189,9 @@ TEST(CurrencyValue, RoundingFromFloatsAndText) {
 
     EXPECT_EQ(StrToCurr("922337203685477.5807"), MaxCurrency);
     EXPECT_EQ(StrToCurr("-922337203685477.5808"), MinCurrency);
-    EXPECT_EQ(StrToCurr("1.23455").Raw(), 12346);
-    EXPECT_EQ(StrToCurr("-1.23455").Raw(), -12346);
-    EXPECT_EQ(StrToCurr("1.23454999").Raw(), 12345);
-    EXPECT_EQ(StrToCurr(" 1e3 ").Raw(), 10000000);
+    EXPECT_EQ(Map<const char*>({"1.23455", "-1.23455", "1.23454999", " 1e3 "},
+                               [](const char* text) { return StrToCurr(text).Raw(); }),
+              (std::vector<std::int64_t>{12346, -12346, 12345, 10000000}));
     EXPECT_EQ(StrToCurr("1,5", Continental()).Raw(), 15000);
     Currency value;
     for (const char* bad : {"", "x", "1.2.3", "922337203685477.5808", "1e300", "1,5"}) {
@@ -229,9 +202,8 @@ TEST(CurrencyValue, RoundingFromFloatsAndText) {
 
 TEST(CurrencyValue, ArithmeticAndText) {
     EXPECT_EQ(Currency(1.5) * Currency(2.25), Currency(3.375));
-    EXPECT_EQ((Currency(1) / Currency(3)).Raw(), 3333);
-    EXPECT_EQ((Currency(2) / Currency(3)).Raw(), 6667);
-    EXPECT_EQ((Currency(-2) / Currency(3)).Raw(), -6667);
+    EXPECT_EQ(Map<int>({1, 2, -2}, [](int n) { return (Currency(n) / Currency(3)).Raw(); }),
+              (std::vector<std::int64_t>{3333, 6667, -6667}));
     EXPECT_EQ((Currency::FromRaw(5) * Currency(0.5)).Raw(), 3); // 0.00025 rounds away from zero
     EXPECT_EQ(Currency(1) + Currency(2) - Currency(0.5), Currency(2.5));
     EXPECT_LT(Currency(-1), Currency(0.0001));
@@ -240,10 +212,9 @@ TEST(CurrencyValue, ArithmeticAndText) {
     EXPECT_THROW(-MinCurrency, EIntOverflow);
     EXPECT_THROW(MaxCurrency * Currency(2), EIntOverflow);
 
-    EXPECT_EQ(CurrToStr(Currency(12.5)), "12.5");
-    EXPECT_EQ(CurrToStr(Currency(3)), "3");
-    EXPECT_EQ(CurrToStr(Currency::FromRaw(-1)), "-0.0001");
-    EXPECT_EQ(CurrToStr(MinCurrency), "-922337203685477.5808");
+    EXPECT_EQ(Map<Currency>({Currency(12.5), Currency(3), Currency::FromRaw(-1), MinCurrency},
+                            [](Currency value) { return CurrToStr(value); }),
+              (Strings{"12.5", "3", "-0.0001", "-922337203685477.5808"}));
     EXPECT_EQ(CurrToStr(Currency(-1.25), Continental()), "-1,25");
     EXPECT_EQ(Currency(0.1).ToDouble(), 0.1);
 }

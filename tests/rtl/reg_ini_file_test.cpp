@@ -2,6 +2,7 @@
 #include "quorda/rtl/reg_ini_file.h"
 #include "quorda/rtl/strings.h"
 #include "quorda_test/config_home.h"
+#include "rtl_test_support.h"
 
 #include <csignal>
 #include <fstream>
@@ -18,6 +19,7 @@ namespace quorda {
 namespace {
 
 namespace fs = std::filesystem;
+using testing_support::Map;
 using testing_support::TTemporaryConfigHome;
 
 std::string FileText(const fs::path& Path) {
@@ -41,9 +43,11 @@ std::vector<std::string> FolderEntries(const fs::path& Folder) {
     return Names;
 }
 
-// Runs Body in a child process; the child's exit code (0 when Body returned true).
-template <typename F>
-int InChild(F&& Body) {
+// Runs Body in a child process while this process runs Meanwhile; the child's exit code (0 when Body
+// returned true).
+template <typename F, typename G = void (*)()>
+int InChild(
+    F&& Body, G&& Meanwhile = [] {}) {
     const pid_t Child = ::fork();
     if (Child == 0) {
         bool Ok = false;
@@ -53,6 +57,7 @@ int InChild(F&& Body) {
         }
         ::_exit(Ok ? 0 : 1);
     }
+    Meanwhile();
     int Status = 0;
     ::waitpid(Child, &Status, 0);
     return WIFEXITED(Status) ? WEXITSTATUS(Status) : 128 + WTERMSIG(Status);
@@ -84,8 +89,7 @@ TEST(IniDocument, ReadsWhatItCanOfAnyText) {
         {"escapes", "[s]\nk=\\x20a\\\\b\\x0Ac\\x20\n", "s", "k", " a\\b\nc "},
         {"unknown escapes read literally", "[s]\nk=C:\\dir\\x4\n", "s", "k", "C:\\dir\\x4"},
         {"value with '='", "[s]\nk=a=b\n", "s", "k", "a=b"},
-        {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)},
-    };
+        {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)}};
     for (const TReadCase& Case : Cases) {
         SCOPED_TRACE(Case.Name);
         const TIniDocument Document = TIniDocument::Parse(Case.Text);
@@ -131,15 +135,13 @@ TEST(RegIniFile, KeyPathsMapToFoldersUnderTheConfigurationFolder) {
     const struct {
         const char* KeyPath;
         const char* File;
-    } Cases[] = {
-        {"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
-        {"Software/Acme", "quorda/Software/Acme.ini"},
-        {"\\\\a\\/b\\", "quorda/a/b.ini"},
-        {"", "quorda/.ini"},
-        {"..\\..\\etc", "quorda/%2E%2E/%2E%2E/etc.ini"},
-        {"x.ini\\y", "quorda/x%2Eini/y.ini"},
-        {"50%", "quorda/50%25.ini"},
-    };
+    } Cases[] = {{"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
+                 {"Software/Acme", "quorda/Software/Acme.ini"},
+                 {"\\\\a\\/b\\", "quorda/a/b.ini"},
+                 {"", "quorda/.ini"},
+                 {"..\\..\\etc", "quorda/%2E%2E/%2E%2E/etc.ini"},
+                 {"x.ini\\y", "quorda/x%2Eini/y.ini"},
+                 {"50%", "quorda/50%25.ini"}};
     for (const auto& Case : Cases) {
         SCOPED_TRACE(Case.KeyPath);
         EXPECT_EQ(TRegIniFile::PathOfKey(Case.KeyPath), Home.Folder() / Case.File);
@@ -160,15 +162,9 @@ TEST(RegIniFile, TypedReadsFallBackToTheirDefaults) {
     WriteFile(TRegIniFile::PathOfKey("App"),
               "[n]\ndec= 42 \nneg=-7\ndollar=$1F\nhex=0x10\ntext=abc\nbig=99999999999\nempty=\n");
     const TRegIniFile Ini("App");
-    const struct {
-        const char* Ident;
-        std::int32_t Expected;
-    } Integers[] = {{"dec", 42},  {"neg", -7}, {"dollar", 31}, {"hex", 16},
-                    {"text", -1}, {"big", -1}, {"empty", -1},  {"missing", -1}};
-    for (const auto& Case : Integers) {
-        SCOPED_TRACE(Case.Ident);
-        EXPECT_EQ(Ini.ReadInteger("n", Case.Ident, -1), Case.Expected);
-    }
+    EXPECT_EQ(Map<const char*>({"dec", "neg", "dollar", "hex", "text", "big", "empty", "missing"},
+                               [&](const char* Ident) { return Ini.ReadInteger("n", Ident, -1); }),
+              (std::vector<std::int32_t>{42, -7, 31, 16, -1, -1, -1, -1}));
     EXPECT_TRUE(Ini.ReadBool("n", "dec", false));
     EXPECT_FALSE(Ini.ReadBool("n", "text", false));
     EXPECT_TRUE(Ini.ReadBool("n", "text", true));
@@ -263,14 +259,7 @@ TEST(RegIniFile, ConcurrentWritersLoseNothing) {
         }
         return true;
     };
-    const pid_t Child = ::fork();
-    if (Child == 0) {
-        ::_exit(Writer("child") ? 0 : 1);
-    }
-    Writer("parent");
-    int Status = 0;
-    ::waitpid(Child, &Status, 0);
-    ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0);
+    ASSERT_EQ(InChild([&] { return Writer("child"); }, [&] { Writer("parent"); }), 0);
 
     TStringList Keys;
     TRegIniFile("Shared\\App").ReadSection("s", Keys);

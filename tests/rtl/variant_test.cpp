@@ -4,38 +4,56 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <limits>
+#include <sstream>
+#include <type_traits>
 
 using namespace quorda;
 
 namespace {
 
-struct SettingsGuard {
-    TFormatSettings Saved = FormatSettings();
-    ~SettingsGuard() { FormatSettings() = Saved; }
-};
-
+using testing_support::Map;
 using testing_support::MessageOf;
+using testing_support::SettingsGuard;
+using testing_support::Strings;
+
+// What Target reads from each source: the value as text, or "cast" / "overflow" for the error raised.
+template <typename T>
+Strings Reads(std::initializer_list<Variant> Sources, T (Variant::*Target)() const) {
+    return Map(Sources, [Target](const Variant& source) -> std::string {
+        try {
+            const T value = (source.*Target)();
+            if constexpr (std::is_same_v<T, Currency>) {
+                return CurrToStr(value);
+            } else {
+                std::ostringstream text;
+                text << std::boolalpha << value;
+                return text.str();
+            }
+        } catch (const EVariantOverflowError&) {
+            return "overflow";
+        } catch (const EVariantTypeCastError&) {
+            return "cast";
+        }
+    });
+}
+
+constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
+const TDateTime LeapNoon = EncodeDateTime(2000, 2, 29, 12, 0, 0, 0);
 
 } // namespace
 
 TEST(VariantConversion, ConstructorsPickTheClassicTypeCodes) {
-    EXPECT_EQ(Variant().VarType(), varEmpty);
-    EXPECT_EQ(Variant::Null().VarType(), varNull);
-    EXPECT_EQ(Variant(true).VarType(), varBoolean);
-    EXPECT_EQ(Variant(std::int16_t(1)).VarType(), varSmallint);
-    EXPECT_EQ(Variant(1).VarType(), varInteger);
-    EXPECT_EQ(Variant(std::int64_t(1)).VarType(), varInt64);
-    EXPECT_EQ(Variant(1LL).VarType(), varInt64);
-    EXPECT_EQ(Variant(std::uint8_t(1)).VarType(), varByte);
-    EXPECT_EQ(Variant(std::uint16_t(1)).VarType(), varWord);
-    EXPECT_EQ(Variant(1u).VarType(), varLongWord);
-    EXPECT_EQ(Variant(std::uint64_t(1)).VarType(), varQWord);
-    EXPECT_EQ(Variant(1.0f).VarType(), varSingle);
-    EXPECT_EQ(Variant(1.0).VarType(), varDouble);
-    EXPECT_EQ(Variant(Currency(1)).VarType(), varCurrency);
-    EXPECT_EQ(Variant::FromDateTime(1.0).VarType(), varDate);
-    EXPECT_EQ(Variant("x").VarType(), varString);
-    EXPECT_EQ(Variant(std::string("x")).VarType(), varString);
+    std::vector<TVarType> types;
+    for (const Variant& value :
+         {Variant(), Variant::Null(), Variant(true), Variant(std::int16_t(1)), Variant(1),
+          Variant(std::int64_t(1)), Variant(1LL), Variant(std::uint8_t(1)), Variant(std::uint16_t(1)),
+          Variant(1u), Variant(std::uint64_t(1)), Variant(1.0f), Variant(1.0), Variant(Currency(1)),
+          Variant::FromDateTime(1.0), Variant("x"), Variant(std::string("x"))}) {
+        types.push_back(value.VarType());
+    }
+    EXPECT_EQ(types, (std::vector<TVarType>{varEmpty, varNull, varBoolean, varSmallint, varInteger, varInt64,
+                                            varInt64, varByte, varWord, varLongWord, varQWord, varSingle,
+                                            varDouble, varCurrency, varDate, varString, varString}));
     EXPECT_EQ(VarTypeAsText(varInteger), "Integer");
     EXPECT_EQ(VarTypeAsText(TVarType(varArray | varVariant)), "Array of Variant");
 
@@ -49,102 +67,55 @@ TEST(VariantConversion, ConstructorsPickTheClassicTypeCodes) {
     EXPECT_FALSE(VarIsClear(Variant::Null()));
 }
 
-TEST(VariantConversion, EmptyReadsAsZeroButNullRefusesEveryTargetExceptText) {
-    const Variant empty;
-    EXPECT_EQ(empty.AsInteger(), 0);
-    EXPECT_EQ(empty.AsDouble(), 0.0);
-    EXPECT_EQ(empty.AsString(), "");
-    EXPECT_FALSE(empty.AsBoolean());
-    EXPECT_EQ(empty.AsCurrency(), Currency());
-    EXPECT_EQ(empty.AsDateTime(), 0.0);
+// Empty reads as zero, Null refuses every target except text; strings convert only when they are
+// numbers; floats and currency round half to even; what does not fit overflows.
+TEST(VariantConversion, EveryTargetOverTheSourcesThatMatterToIt) {
+    EXPECT_EQ(Reads({Variant(), Variant::Null(), "12", "1x", "12.5", "3000000000", true, false, 2.5, 3.5,
+                     -2.5, 2.6, Currency(2.5), Currency(-3.5), 3e9, std::int64_t(1) << 40},
+                    &Variant::AsInteger),
+              (Strings{"0", "cast", "12", "cast", "cast", "cast", "-1", "0", "2", "4", "-2", "3", "2", "-4",
+                       "overflow", "overflow"}));
+    EXPECT_EQ(Reads({Variant::Null(), " -12 ", "3000000000", 3e9, 1e300, NaN,
+                     std::numeric_limits<std::uint64_t>::max()},
+                    &Variant::AsInt64),
+              (Strings{"cast", "-12", "3000000000", "3000000000", "overflow", "overflow", "overflow"}));
+    EXPECT_EQ(Reads({Variant(), Variant::Null(), "12.5", "", "1,5", true, Currency(12)}, &Variant::AsDouble),
+              (Strings{"0", "cast", "12.5", "cast", "cast", "-1", "12"}));
+    // Beyond the currency range a float does not convert at all.
+    EXPECT_EQ(Reads({Variant(), Variant::Null(), "1.23456", 1e300}, &Variant::AsCurrency),
+              (Strings{"0", "cast", "1.2346", "cast"}));
+    EXPECT_EQ(Reads({Variant(), Variant::Null(), "true", "FALSE", "0", "-2", 0.5, Currency(), "yes"},
+                    &Variant::AsBoolean),
+              (Strings{"false", "cast", "true", "false", "false", "true", "true", "false", "cast"}));
+    EXPECT_EQ(Reads({Variant(), Variant::Null(), true, false, std::numeric_limits<std::uint64_t>::max(),
+                     std::numeric_limits<std::int64_t>::min(), 0.1f, 0.1, Currency::FromRaw(-15),
+                     Variant::FromDateTime(LeapNoon), Variant::FromDateTime(0.5)},
+                    &Variant::AsString),
+              (Strings{"", "", "True", "False", "18446744073709551615", "-9223372036854775808", "0.1", "0.1",
+                       "-0.0015", "2000-02-29 12:00:00", "12:00:00"}));
+    EXPECT_EQ(Reads({Variant(), Variant::Null(), "2000-02-29 12:00", 36526, "not a date", 1e9},
+                    &Variant::AsDateTime),
+              (Strings{"0", "cast", "36585.5", "36526", "cast", "cast"}));
+    EXPECT_EQ(VarToStr(Variant::Null()), "");
 
-    const Variant null = Variant::Null();
-    EXPECT_EQ(null.AsString(), "");
-    EXPECT_EQ(VarToStr(null), "");
-    EXPECT_EQ(MessageOf<EVariantTypeCastError>([&] { null.AsInteger(); }),
+    // The messages name both types.
+    EXPECT_EQ(MessageOf<EVariantTypeCastError>([] { Variant::Null().AsInteger(); }),
               "Could not convert variant of type (Null) into type (Integer)");
-    EXPECT_EQ(MessageOf<EVariantTypeCastError>([&] { null.AsDouble(); }),
-              "Could not convert variant of type (Null) into type (Double)");
-    EXPECT_EQ(MessageOf<EVariantTypeCastError>([&] { null.AsBoolean(); }),
-              "Could not convert variant of type (Null) into type (Boolean)");
-    EXPECT_THROW(null.AsInt64(), EVariantTypeCastError);
-    EXPECT_THROW(null.AsCurrency(), EVariantTypeCastError);
-    EXPECT_THROW(null.AsDateTime(), EVariantTypeCastError);
-}
-
-TEST(VariantConversion, StringsConvertOnlyWhenTheyAreNumbers) {
-    EXPECT_EQ(Variant("12").AsInteger(), 12);
-    EXPECT_EQ(Variant(" -12 ").AsInt64(), -12);
-    EXPECT_EQ(Variant("12.5").AsDouble(), 12.5);
-    EXPECT_EQ(Variant("1.23456").AsCurrency().Raw(), 12346);
-    EXPECT_EQ(MessageOf<EVariantTypeCastError>([] { Variant("1x").AsInteger(); }),
-              "Could not convert variant of type (String) into type (Integer)");
-    EXPECT_THROW(Variant("12.5").AsInteger(), EVariantTypeCastError);
-    EXPECT_THROW(Variant("").AsDouble(), EVariantTypeCastError);
-    EXPECT_THROW(Variant("1,5").AsDouble(), EVariantTypeCastError);
-    EXPECT_THROW(Variant("3000000000").AsInteger(), EVariantTypeCastError);
-    EXPECT_EQ(Variant("3000000000").AsInt64(), 3000000000LL);
-
-    SettingsGuard guard;
-    FormatSettings().DecimalSeparator = ',';
-    EXPECT_EQ(Variant("1,5").AsDouble(), 1.5);
-    EXPECT_THROW(Variant("1.5").AsDouble(), EVariantTypeCastError);
-    EXPECT_EQ(Variant(2.25).AsString(), "2,25");
-}
-
-TEST(VariantConversion, BooleansAndTheirText) {
-    EXPECT_EQ(Variant(true).AsInteger(), -1);
-    EXPECT_EQ(Variant(false).AsInteger(), 0);
-    EXPECT_EQ(Variant(true).AsDouble(), -1.0);
-    EXPECT_EQ(Variant(true).AsString(), "True");
-    EXPECT_EQ(Variant(false).AsString(), "False");
-    EXPECT_TRUE(Variant("true").AsBoolean());
-    EXPECT_FALSE(Variant("FALSE").AsBoolean());
-    EXPECT_FALSE(Variant("0").AsBoolean());
-    EXPECT_TRUE(Variant("-2").AsBoolean());
-    EXPECT_TRUE(Variant(0.5).AsBoolean());
-    EXPECT_FALSE(Variant(Currency()).AsBoolean());
     EXPECT_EQ(MessageOf<EVariantTypeCastError>([] { Variant("yes").AsBoolean(); }),
               "Could not convert variant of type (String) into type (Boolean)");
-}
-
-TEST(VariantConversion, FloatsRoundHalfToEvenAndOverflowIsReported) {
-    EXPECT_EQ(Variant(2.5).AsInteger(), 2);
-    EXPECT_EQ(Variant(3.5).AsInteger(), 4);
-    EXPECT_EQ(Variant(-2.5).AsInteger(), -2);
-    EXPECT_EQ(Variant(2.6).AsInteger(), 3);
-    EXPECT_EQ(Variant(Currency(2.5)).AsInteger(), 2);
-    EXPECT_EQ(Variant(Currency(-3.5)).AsInteger(), -4);
-    EXPECT_EQ(Variant(3e9).AsInt64(), 3000000000LL);
     EXPECT_EQ(MessageOf<EVariantOverflowError>([] { Variant(3e9).AsInteger(); }),
               "Overflow while converting variant of type (Double) into type (Integer)");
-    EXPECT_THROW(Variant(1e300).AsInt64(), EVariantOverflowError);
-    EXPECT_THROW(Variant(std::numeric_limits<double>::quiet_NaN()).AsInt64(), EVariantOverflowError);
-    EXPECT_THROW(Variant(std::numeric_limits<std::uint64_t>::max()).AsInt64(), EVariantOverflowError);
-    EXPECT_THROW(Variant(std::int64_t(1) << 40).AsInteger(), EVariantOverflowError);
-    // Beyond the currency range a float does not convert at all.
-    EXPECT_THROW(Variant(1e300).AsCurrency(), EVariantTypeCastError);
     EXPECT_EQ(MessageOf<EVariantOverflowError>([] { VarAsType(Variant(300), varByte); }),
               "Overflow while converting variant of type (Integer) into type (Byte)");
     EXPECT_EQ(VarAsType(Variant(" 7 "), varSmallint).VarType(), varSmallint);
     EXPECT_EQ(VarAsType(Variant(2.0), varString).AsString(), "2");
 }
 
-TEST(VariantConversion, NumbersCurrencyAndDatesAsText) {
-    EXPECT_EQ(Variant(std::numeric_limits<std::uint64_t>::max()).AsString(), "18446744073709551615");
-    EXPECT_EQ(Variant(std::numeric_limits<std::int64_t>::min()).AsString(), "-9223372036854775808");
-    EXPECT_EQ(Variant(0.1f).AsString(), "0.1");
-    EXPECT_EQ(Variant(0.1).AsString(), "0.1");
-    EXPECT_EQ(Variant(Currency::FromRaw(-15)).AsString(), "-0.0015");
-    EXPECT_EQ(Variant(Currency(12)).AsDouble(), 12.0);
-
-    const TDateTime leapNoon = EncodeDateTime(2000, 2, 29, 12, 0, 0, 0);
-    EXPECT_EQ(Variant::FromDateTime(leapNoon).AsString(), "2000-02-29 12:00:00");
-    EXPECT_EQ(Variant::FromDateTime(0.5).AsString(), "12:00:00"); // no day part: a time
-    EXPECT_EQ(Variant("2000-02-29 12:00").AsDateTime(), leapNoon);
-    EXPECT_EQ(Variant(36526).AsDateTime(), EncodeDate(2000, 1, 1));
-    EXPECT_THROW(Variant("not a date").AsDateTime(), EVariantTypeCastError);
-    EXPECT_THROW(Variant(1e9).AsDateTime(), EVariantTypeCastError);
+TEST(VariantConversion, TextFollowsTheGlobalDecimalSeparator) {
+    SettingsGuard guard;
+    FormatSettings().DecimalSeparator = ',';
+    EXPECT_EQ(Reads({"1,5", "1.5"}, &Variant::AsDouble), (Strings{"1.5", "cast"}));
+    EXPECT_EQ(Variant(2.25).AsString(), "2,25");
 }
 
 TEST(VariantArray, BoundsElementsAndErrors) {
