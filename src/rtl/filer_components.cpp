@@ -152,7 +152,7 @@ void TReader::ReadPublishedValue(TPersistent* Instance, const TPropInfo& Propert
 
 void TReader::ReadProperty(TPersistent* Instance) {
     const std::string name = ReadPropName();
-    Expect("the value of property " + name);
+    Expect("a property of " + Instance->ClassName());
     // "SQL.Strings": every part but the last names a published sub-object.
     TPersistent* target = Instance;
     std::string_view last = name;
@@ -170,6 +170,7 @@ void TReader::ReadProperty(TPersistent* Instance) {
     }
     if (const TPropertyList* list = PublishedProperties(*target)) {
         if (const TPropInfo* info = list->Find(std::string(last))) {
+            Expect("the value of property " + name);
             ReadPublishedValue(target, *info);
             return;
         }
@@ -179,6 +180,8 @@ void TReader::ReadProperty(TPersistent* Instance) {
     const bool savedHandled = FPropHandled;
     FPropName = std::string(last);
     FPropHandled = false;
+    const std::string expected = std::move(FExpected);
+    Expect("the value of property " + name);
     try {
         target->DefineProperties(this);
     } catch (...) {
@@ -190,6 +193,7 @@ void TReader::ReadProperty(TPersistent* Instance) {
     FPropName = savedName;
     FPropHandled = savedHandled;
     if (!handled) {
+        Expect(expected);
         throw EReadError(FormatMessage(SUnknownProperty, name));
     }
 }
@@ -215,15 +219,15 @@ TComponent* TReader::ReadComponent(TComponent* Owner, TComponent* Existing) {
     TNestingGuard guard(FComponentDepth);
     Expect("a component class name");
     const std::string className = ReadStr();
+    const TRegisteredClass* registered = Existing == nullptr ? FindRegisteredClass(className) : nullptr;
+    if (Existing == nullptr && registered == nullptr) {
+        Expect("a registered class");
+        throw EReadError(FormatMessage(SClassNotFound, className));
+    }
     Expect("the name of a " + className);
     const std::string name = ReadStr();
     TComponent* component = Existing;
     if (component == nullptr) {
-        const TRegisteredClass* registered = FindRegisteredClass(className);
-        if (registered == nullptr) {
-            Expect("a registered class");
-            throw EReadError(FormatMessage(SClassNotFound, className));
-        }
         component = registered->Create(Owner);
         FCreated.push_back(component);
     }

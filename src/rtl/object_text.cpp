@@ -366,6 +366,9 @@ private:
             Binary();
             return;
         }
+        if (symbol != '(' && symbol != '[' && symbol != '<') {
+            Error("a value");
+        }
         Next();
         switch (symbol) {
         case '(':
@@ -408,8 +411,6 @@ private:
             ExpectSymbol('>');
             FWriter.WriteListEnd();
             return;
-        default:
-            Error("a value");
         }
     }
 

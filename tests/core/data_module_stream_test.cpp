@@ -60,7 +60,8 @@ protected:
         items->SetMaxBlobBuffer(4096);
         items->Open();
 
-        // Every parameter type the engine binds, with a value no row has (and one null): the query opens empty.
+        // Every parameter type the engine binds, with a value no row has (and one null): the query opens
+        // empty.
         auto* typed = new TODBCQuery(&module);
         typed->SetName("Typed");
         typed->SetODBCDatabase(db);
@@ -118,7 +119,8 @@ TEST_P(DataModuleStream, LoadedModuleConnectsOpensAndSavesTheSameBytes) {
     EXPECT_EQ(Saved(loaded), saved);
     // The text form is readable and converts back to the very same bytes.
     const std::string text = Saved(loaded, TStreamFormat::Text);
-    EXPECT_NE(text.find("  object Items: TODBCQuery\n    Active = True\n    ODBCDatabase = Db\n"), std::string::npos)
+    EXPECT_NE(text.find("  object Items: TODBCQuery\n    Active = True\n    ODBCDatabase = Db\n"),
+              std::string::npos)
         << text;
     TStringStream textInput(text);
     TStringStream binary;
