@@ -207,8 +207,8 @@ void TReader::FixupReferences() {
         if (root != nullptr) {
             target = SameText(root->Name(), fixup.Name) ? root : root->FindComponent(fixup.Name);
         }
+        Expect("a component named " + fixup.Name + " for property " + fixup.Property->Name);
         if (target == nullptr) {
-            Expect("a component named " + fixup.Name);
             throw EReadError(FormatMessage(SUnresolvedReference, fixup.Name));
         }
         fixup.Property->Set(*fixup.Instance, target);

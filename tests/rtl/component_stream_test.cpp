@@ -196,7 +196,7 @@ TEST(ComponentStream, DamagedInputRaisesAndLeavesNothingBehind) {
          "Stream read error at offset 86: expected the value of property Caption"},
         {"unresolved reference",
          Replaced(saved, std::string("\x07\x01") + "B", std::string("\x07\x01") + "X"),
-         "Unresolved reference to X at offset 231: expected a component named X"},
+         "Unresolved reference to X at offset 231: expected a component named X for property Partner"},
         {"text without end", text.substr(0, text.size() - 4), "Syntax error on line 22: expected end"},
         {"text with odd hex digits", Replaced(text, "00FF", "00F"),
          "Syntax error on line 15: expected an even number of hexadecimal digits and '}'"},
