@@ -101,6 +101,10 @@ void TODBCDatabase::SetDriverConnectOption(TDriverConnectOption Value) {
 }
 
 void TODBCDatabase::SetConnected(bool Value) {
+    if (IsLoading()) {
+        FStreamedConnected = Value;
+        return;
+    }
     if (Value != FConnected) {
         if (Value) {
             Open();

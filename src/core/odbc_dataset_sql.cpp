@@ -4,7 +4,6 @@
 #include "odbc_dataset_p.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/core/param_markers.h"
-#include "quorda/rtl/filer.h"
 #include "quorda/rtl/strings.h"
 
 namespace quorda {
@@ -69,44 +68,6 @@ TODBCParam* TODBCDataSet::ParamByName(std::string_view Name) const {
 
 TODBCParam* TODBCDataSet::FindParam(std::string_view Name) const {
     return FParams->FindParam(Name);
-}
-
-void TODBCDataSet::DefineProperties(TFiler* Filer) {
-    TDataSet::DefineProperties(Filer);
-    const auto* ancestor = dynamic_cast<const TODBCDataSet*>(Filer->Ancestor());
-    // The text first: while loading, its change only rewrites the statement text, and the
-    // parameters that follow replace whatever it would have created.
-    const bool hasSQL = ancestor != nullptr ? !ancestor->FSQL->Equals(*FSQL) : FSQL->Count() > 0;
-    Filer->DefineProperty(
-        "SQL.Strings",
-        [this](TReader& Reader) {
-            FSQL->BeginUpdate();
-            try {
-                FSQL->Clear();
-                Reader.ReadListBegin();
-                while (!Reader.EndOfList()) {
-                    FSQL->Add(Reader.ReadString());
-                }
-                Reader.ReadListEnd();
-            } catch (...) {
-                FSQL->EndUpdate();
-                throw;
-            }
-            FSQL->EndUpdate();
-        },
-        [this](TWriter& Writer) {
-            Writer.WriteListBegin();
-            for (int i = 0; i < FSQL->Count(); ++i) {
-                Writer.WriteString(FSQL->Get(i));
-            }
-            Writer.WriteListEnd();
-        },
-        hasSQL);
-    const bool hasParams =
-        ancestor != nullptr ? !FParams->IsEqual(ancestor->FParams.get()) : FParams->Count() > 0;
-    Filer->DefineBinaryProperty(
-        "Params.Data", [this](TStream& Stream) { FParams->ReadBinaryData(Stream); },
-        [this](TStream& Stream) { FParams->WriteBinaryData(Stream); }, hasParams);
 }
 
 } // namespace quorda

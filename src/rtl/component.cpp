@@ -216,6 +216,11 @@ void TComponent::EndLoading() {
     Loaded();
 }
 
+void TComponent::CancelLoading() {
+    FComponentState.Exclude(csReading);
+    FComponentState.Exclude(csLoading);
+}
+
 void TComponent::Loaded() {
     FComponentState.Exclude(csLoading);
 }

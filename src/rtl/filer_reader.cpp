@@ -1,3 +1,4 @@
+#include "filer_p.h"
 #include "quorda/rtl/extended.h"
 #include "quorda/rtl/filer.h"
 #include "quorda/rtl/persistent.h"
@@ -9,9 +10,6 @@
 namespace quorda {
 
 namespace {
-
-// Deeper nesting than this is a damaged stream, not a real form.
-constexpr int kMaxNesting = 256;
 
 // Raises the stream read error unless Count more bytes are available, so that a damaged length
 // never turns into a huge allocation.
@@ -56,22 +54,6 @@ std::string Utf16ToUtf8(TStream& Stream, std::uint32_t Units) {
     }
     return result;
 }
-
-class TNestingGuard {
-public:
-    explicit TNestingGuard(int& Depth) : FDepth(Depth) {
-        if (++FDepth > kMaxNesting) {
-            --FDepth;
-            throw EReadError(SInvalidPropertyValue);
-        }
-    }
-    ~TNestingGuard() { --FDepth; }
-    TNestingGuard(const TNestingGuard&) = delete;
-    TNestingGuard& operator=(const TNestingGuard&) = delete;
-
-private:
-    int& FDepth;
-};
 
 } // namespace
 
@@ -316,28 +298,6 @@ void TReader::DefineBinaryProperty(const std::string& Name, const TStreamProc& R
         data.WriteBuffer(bytes.data(), static_cast<std::int64_t>(bytes.size()));
         data.SetPosition(0);
         ReadData(data);
-    }
-}
-
-void TReader::ReadProperty(TPersistent* Instance) {
-    // A property reader may itself read nested properties: keep the outer state.
-    const std::string savedName = std::move(FPropName);
-    const bool savedHandled = FPropHandled;
-    FPropName = ReadPropName();
-    FPropHandled = false;
-    try {
-        Instance->DefineProperties(this);
-    } catch (...) {
-        FPropName = savedName;
-        FPropHandled = savedHandled;
-        throw;
-    }
-    const bool handled = FPropHandled;
-    const std::string name = FPropName;
-    FPropName = savedName;
-    FPropHandled = savedHandled;
-    if (!handled) {
-        throw EReadError(FormatMessage(SUnknownProperty, name));
     }
 }
 

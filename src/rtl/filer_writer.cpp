@@ -141,7 +141,7 @@ void TWriter::WriteSignature() {
 }
 
 void TWriter::WriteProperties(TPersistent* Instance) {
-    Instance->DefineProperties(this);
+    WritePropertyList(Instance);
     WriteListEnd();
 }
 

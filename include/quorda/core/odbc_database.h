@@ -104,8 +104,10 @@ public:
     TNotifyEvent OnAfterConnect;
     bool Connected() const { return FConnected; }
     bool GetConnected() const { return FConnected; }
-    // Opens for true, closes for false, when the value differs from the current state.
+    // Opens for true, closes for false, when the value differs from the current state. While the
+    // database is being read from a stream the value waits for Loaded.
     void SetConnected(bool Value);
+    void Loaded() override;
 
     // --- public ---
     bool InTransaction() const { return FInTransaction; }
@@ -151,6 +153,8 @@ protected:
     void* FReservedRef = nullptr;
 
 private:
+    bool FStreamedConnected = false;
+
     void SetConnectOption(SQLUSMALLINT Option, std::int32_t Value, const char* Call);
     void EndTransaction(SQLUSMALLINT Type, const char* Call);
     bool DriverConnect(SQLHDBC Handle);

@@ -184,7 +184,6 @@ protected:
     friend class TODBCBlobStream;
 
     // --- framework overrides
-    void DefineProperties(TFiler* Filer) override;
     void Notification(TComponent* AComponent, TOperation Operation) override;
     void DestroyFields() override;
     bool GetCanModify() override { return false; }

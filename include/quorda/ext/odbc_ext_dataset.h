@@ -13,6 +13,7 @@
 namespace quorda {
 
 class TODBCExtBlobStream;
+class TPropertyList;
 
 // The handler of a posted change: it writes the change to the database and answers through
 // UpdateAction (uaRetry calls it again; every other answer ends the post).
@@ -90,7 +91,13 @@ protected:
 class QUORDA_API TODBCExtQuery : public TODBCExtDataSet {
 public:
     explicit TODBCExtQuery(TComponent* AOwner) : TODBCExtDataSet(AOwner) {}
-    std::string ClassName() const override { return "TODBCExtQuery"; }
+    // Out of line beside the class's registration, which every program using the class then links.
+    std::string ClassName() const override;
 };
+
+// The query's published properties and the three update events.
+QUORDA_API const TPropertyList& ODBCExtQueryProperties();
+// Registers TODBCExtQuery with the component reader (see RegisterODBCClasses).
+QUORDA_API void RegisterODBCExtClasses();
 
 } // namespace quorda

@@ -4,6 +4,7 @@
 #include "quorda/rtl/persistent.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -105,6 +106,12 @@ public:
     // csReading and calls Loaded, which clears csLoading.
     void BeginLoading();
     void EndLoading();
+    // Leaves the loading state without Loaded, after a failed read.
+    void CancelLoading();
+
+    // The components a stream stores inside this one, in order; Root is the component being
+    // written. The default has none: only containers (a data module) list what they own.
+    virtual void GetChildren(const std::function<void(TComponent*)>& Proc, TComponent* Root) {}
 
     // Marks the component (and its owned components) as going away.
     void Destroying();

@@ -13,6 +13,7 @@ class TPersistent;
 class TComponent;
 class TReader;
 class TWriter;
+struct TPropInfo;
 
 // Tags of the binary property stream, in their persisted numbering (one byte each).
 enum TValueType : std::uint8_t {
@@ -43,6 +44,9 @@ enum TValueType : std::uint8_t {
 
 inline constexpr char SInvalidPropertyValue[] = "Invalid property value";
 inline constexpr char SUnknownProperty[] = "Property %s does not exist";
+inline constexpr char SClassNotFound[] = "Class %s not found";
+inline constexpr char SUnresolvedReference[] = "Unresolved reference to %s";
+inline constexpr char SReadContext[] = "%s at offset %s: expected %s";
 
 using TReaderProc = std::function<void(TReader& Reader)>;
 using TWriterProc = std::function<void(TWriter& Writer)>;
@@ -112,15 +116,28 @@ public:
     void WriteCollectionBegin() { WriteValue(vaCollection); }
     // A length byte and at most 255 bytes, no tag (longer text is cut at 255 bytes).
     void WriteStr(const std::string& Value);
-    void WritePropName(const std::string& Name) { WriteStr(Name); }
+    // The name with the path of the sub-object being written ("SQL." + "Strings").
+    void WritePropName(const std::string& Name);
     // The classic form signature "TPF0".
     void WriteSignature();
 
-    // Writes Instance's defined properties (those with HasData) as name/value pairs and the
+    // Writes Instance's published properties (in declaration order, skipping defaults and those
+    // not stored), then its defined properties (those with HasData), as name/value pairs and the
     // terminating vaNull.
     virtual void WriteProperties(TPersistent* Instance);
 
+    // The signature and Root with everything it lists as children (GetChildren).
+    void WriteRootComponent(TComponent* Root);
+    // One component: class name, name, properties, children and the terminating vaNull. Raises
+    // EWriteError for a class the reader would not know (not registered).
+    void WriteComponent(TComponent* Component);
+
     std::int64_t Position() { return Stream().Position(); }
+
+private:
+    // Published and defined properties of Instance, without the terminating vaNull.
+    void WritePropertyList(TPersistent* Instance);
+    std::string FPropPath;
 };
 
 // Reads tagged values from the stream; a value of the wrong kind raises EReadError
@@ -170,8 +187,22 @@ public:
 
     // Reads name/value pairs up to and including the terminating vaNull; each name goes to the
     // instance's matching DefineProperty/DefineBinaryProperty (names compare case-insensitively).
-    // An unknown name raises EReadError "Property <name> does not exist".
+    // An unknown name raises EReadError "Property <name> does not exist". A name may be a path
+    // through published sub-objects ("SQL.Strings"); published properties are set through their
+    // setters; references to components are kept until FixupReferences.
     virtual void ReadProperties(TPersistent* Instance);
+
+    // Reads the signature and one component tree. Into Root when given (its class name in the stream
+    // is not checked, its name is set from the stream), else into a new component of the class the
+    // stream names. Components are created by registered class name, owned by the component that
+    // holds them in the stream; references are resolved once everything is read, then each component's
+    // Loaded runs in reading order. On any failure every component created so far is freed, Root keeps
+    // its name and leaves the loading state, and EReadError messages tell the offset and what was
+    // expected there.
+    TComponent* ReadRootComponent(TComponent* Root);
+    // Sets the component references read so far, looked up by name in Root (or Root itself).
+    // Raises EReadError for a name that is not there.
+    void FixupReferences();
 
 protected:
     // Reads one name and its value into Instance.
@@ -180,9 +211,24 @@ protected:
     [[noreturn]] void PropValueError();
 
 private:
+    struct TFixup {
+        TPersistent* Instance;
+        const TPropInfo* Property;
+        std::string Name;
+    };
+    TComponent* ReadComponent(TComponent* Owner, TComponent* Existing);
+    void ReadPublishedValue(TPersistent* Instance, const TPropInfo& Property);
+    // Records what the reader looks for next, for the error message.
+    void Expect(std::string What);
+
     std::string FPropName;
     bool FPropHandled = false;
     int FSkipDepth = 0;
+    int FComponentDepth = 0;
+    std::string FExpected;
+    std::vector<TFixup> FFixups;
+    std::vector<TComponent*> FLoaded;
+    std::vector<TComponent*> FCreated;
 };
 
 inline constexpr char SInvalidImage[] = "Invalid stream format";

@@ -1,0 +1,135 @@
+// A data module with a database and two queries, saved and loaded on real data sources: the loaded
+// set connects and opens by itself, and saves to the same bytes.
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_query.h"
+#include "quorda/db/field.h"
+#include "quorda/rtl/data_module.h"
+#include "quorda/rtl/datetime.h"
+#include "quorda/rtl/object_text.h"
+
+#include <gtest/gtest.h>
+#include <quorda_test/environment.h>
+#include <quorda_test/profiles.h>
+#include <quorda_test/raw_odbc.h>
+#include <string>
+#include <vector>
+
+namespace quorda {
+namespace {
+
+std::string Saved(TDataModule& Module, TStreamFormat Format = TStreamFormat::Binary) {
+    TStringStream stream;
+    Module.SaveToStream(stream, Format);
+    return stream.DataString();
+}
+
+class DataModuleStream : public quorda_test::ProfileTest {
+protected:
+    void SetUp() override {
+        Table = quorda_test::UniqueTableName("module");
+        quorda_test::RawOdbc raw(Profile.ConnectionString);
+        raw.Exec("create table " + Table + " (id integer, s varchar(200), i integer, f double precision, c " +
+                 (Profile.Name == "sqlite" ? "varchar(40)" : "numeric(14,4)") + ", d date, t time, ts " +
+                 Profile.Sql.TimestampType + ", b integer, m " + Profile.Sql.LongTextType + ", bl " +
+                 Profile.Sql.BlobType + ")");
+        raw.Exec("insert into " + Table + " (id, s) values (1, 'one')");
+        raw.Exec("insert into " + Table + " (id, s) values (2, 'two')");
+        raw.Exec("insert into " + Table + " (id, s) values (3, 'three')");
+    }
+    void TearDown() override { quorda_test::RawOdbc(Profile.ConnectionString).Exec("drop table " + Table); }
+
+    // The module as a designer would leave it: connected, both queries open, design-time values set.
+    std::string SaveDesignedModule() {
+        TDataModule module;
+        module.SetName("Shop");
+        auto* db = new TODBCDatabase(&module);
+        db->SetName("Db");
+        db->SetDatabaseName("shop_" + Table);
+        db->SetDriverConnectOption(dcoDriverNoPrompt);
+        db->SetConnectStr(Profile.ConnectionString);
+        db->SetAutoCommitOption(acoAutoCommit);
+        db->SetStringTrimRight(true);
+        db->SetConnected(true);
+
+        auto* items = new TODBCQuery(&module);
+        items->SetName("Items");
+        items->SetODBCDatabase(db);
+        items->SQL().SetText("select id, s from " + Table + "\nwhere id >= :low and s <> :skip\norder by id");
+        items->ParamByName("low")->SetAsInteger(2);
+        items->ParamByName("skip")->SetAsString("it's none");
+        items->SetMaxBlobBuffer(4096);
+        items->Open();
+
+        // Every parameter type the engine binds, with a value no row has (and one null): the query opens
+        // empty.
+        auto* typed = new TODBCQuery(&module);
+        typed->SetName("Typed");
+        typed->SetODBCDatabase(db);
+        typed->SQL().SetText("select id from " + Table +
+                             " where s = :s or i = :i or id = :sm or id = :w or f = :f or c = :c"
+                             " or d = :d or t = :t or ts = :ts or b = :b or m = :m or bl = :bl or i = :n");
+        typed->ParamByName("s")->SetAsString("O'Brien \xC3\xA9t\xC3\xA9");
+        typed->ParamByName("i")->SetAsInteger(-2147483647);
+        typed->ParamByName("sm")->SetAsSmallInt(-300);
+        typed->ParamByName("w")->SetAsWord(65000);
+        typed->ParamByName("f")->SetAsFloat(2.5);
+        typed->ParamByName("c")->SetAsCurrency(12.34);
+        typed->ParamByName("d")->SetAsDate(EncodeDate(2024, 2, 29));
+        typed->ParamByName("t")->SetAsTime(EncodeTime(13, 45, 10, 0));
+        typed->ParamByName("ts")->SetAsDateTime(EncodeDateTime(2024, 2, 29, 13, 45, 10, 7));
+        typed->ParamByName("b")->SetAsBoolean(true);
+        typed->ParamByName("m")->SetAsMemo("line 1\nline 2");
+        const std::string blob("\x00\x01\xFF\x7F", 4);
+        typed->ParamByName("bl")->SetBlobData(blob.data(), blob.size());
+        typed->ParamByName("n")->SetDataType(ftInteger);
+        typed->ParamByName("n")->Clear();
+        typed->SetUniDirectional(true);
+        typed->Open();
+        return Saved(module);
+    }
+
+    std::string Table;
+};
+
+TEST_P(DataModuleStream, LoadedModuleConnectsOpensAndSavesTheSameBytes) {
+    const std::string saved = SaveDesignedModule();
+
+    TDataModule loaded;
+    TStringStream input(saved);
+    loaded.LoadFromStream(input);
+
+    ASSERT_EQ(loaded.ComponentCount(), 3);
+    auto* db = dynamic_cast<TODBCDatabase*>(loaded.FindComponent("Db"));
+    auto* items = dynamic_cast<TODBCQuery*>(loaded.FindComponent("Items"));
+    auto* typed = dynamic_cast<TODBCQuery*>(loaded.FindComponent("Typed"));
+    ASSERT_TRUE(db && items && typed);
+    EXPECT_TRUE(db->Connected());
+    EXPECT_EQ(items->ODBCDatabase(), db);
+    ASSERT_TRUE(items->Active());
+    std::vector<std::string> rows;
+    for (items->First(); !items->Eof(); items->Next()) {
+        rows.push_back(items->FieldByName("s")->AsString());
+    }
+    EXPECT_EQ(rows, (std::vector<std::string>{"two", "three"}));
+    ASSERT_TRUE(typed->Active());
+    EXPECT_TRUE(typed->IsEmpty());
+    EXPECT_TRUE(typed->ParamByName("n")->IsNull());
+    EXPECT_EQ(typed->ParamByName("sm")->DataType(), ftSmallint);
+
+    EXPECT_EQ(Saved(loaded), saved);
+    // The text form is readable and converts back to the very same bytes.
+    const std::string text = Saved(loaded, TStreamFormat::Text);
+    EXPECT_NE(text.find("  object Items: TODBCQuery\n    Active = True\n    ODBCDatabase = Db\n"),
+              std::string::npos)
+        << text;
+    TStringStream textInput(text);
+    TStringStream binary;
+    ObjectTextToBinary(textInput, binary);
+    EXPECT_EQ(binary.DataString(), saved);
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, DataModuleStream, ::testing::Values("sqlite", "pgsql"),
+                         quorda_test::ProfileTestName);
+
+} // namespace
+} // namespace quorda

@@ -1,0 +1,243 @@
+// Whole component sets through the filer: published properties, sub-objects, references, Loaded,
+// the text form, and damaged input.
+#include "quorda/rtl/data_module.h"
+#include "quorda/rtl/filer.h"
+#include "quorda/rtl/object_text.h"
+#include "quorda/rtl/published.h"
+#include "quorda/rtl/strings.h"
+#include "rtl_test_support.h"
+
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace quorda {
+namespace {
+
+using testing_support::MessageOf;
+
+enum TColour { clRed, clGreen, clBlue };
+
+std::vector<std::string> LoadedLog;
+
+// A component with a property of every streamed kind and a defined binary property.
+class TSampleItem : public TComponent {
+public:
+    using TComponent::TComponent;
+    std::string ClassName() const override { return "TSampleItem"; }
+
+    std::int32_t Count = 0;
+    bool Flag = false;
+    double Ratio = 0;
+    std::string Caption;
+    TColour Colour = clRed;
+    std::int64_t Big = 0;
+    TSampleItem* Partner = nullptr;
+    TStringList Lines;
+    std::string Blob;
+
+    void Loaded() override {
+        TComponent::Loaded();
+        LoadedLog.push_back(Name() + (Partner != nullptr ? "->" + Partner->Name() : ""));
+    }
+    void DefineProperties(TFiler* Filer) override {
+        Filer->DefineBinaryProperty(
+            "Blob",
+            [this](TStream& Stream) {
+                Blob.resize(static_cast<std::size_t>(Stream.Size()));
+                Stream.ReadBuffer(Blob.data(), Stream.Size());
+            },
+            [this](TStream& Stream) {
+                Stream.WriteBuffer(Blob.data(), static_cast<std::int64_t>(Blob.size()));
+            },
+            !Blob.empty());
+    }
+};
+
+const TPropertyList& SampleProperties() {
+    using S = TSampleItem;
+    static const TPropertyList list =
+        TPublished<S>(&ComponentProperties())
+            .Property(
+                "Count", &S::Count, [](S& s, std::int32_t v) { s.Count = v; }, 0)
+            .Property(
+                "Flag", &S::Flag, [](S& s, bool v) { s.Flag = v; }, false)
+            .Property("Ratio", &S::Ratio, [](S& s, double v) { s.Ratio = v; })
+            .Property("Caption", &S::Caption, [](S& s, const std::string& v) { s.Caption = v; })
+            .Enum(
+                "Colour", &S::Colour, [](S& s, TColour v) { s.Colour = v; }, {"clRed", "clGreen", "clBlue"},
+                clRed)
+            .Event("OnChange")
+            .Property(
+                "Big", &S::Big, [](S& s, std::int64_t v) { s.Big = v; }, 0)
+            .Property("Hidden", &S::Count, nullptr)
+            .NotStored()
+            .Property("Partner", &S::Partner, [](S& s, S* v) { s.Partner = v; })
+            .Object("Lines", &S::Lines)
+            .Build();
+    return list;
+}
+
+const bool kRegistered = [] {
+    RegisterClass<TSampleItem>("TSampleItem", SampleProperties());
+    return true;
+}();
+
+std::string Saved(TDataModule& Module, TStreamFormat Format = TStreamFormat::Binary) {
+    TStringStream stream;
+    Module.SaveToStream(stream, Format);
+    return stream.DataString();
+}
+
+// A module with two items that point at each other; A has a value in every property.
+std::string SampleModule() {
+    TDataModule module;
+    module.SetName("Set");
+    auto* a = new TSampleItem(&module);
+    auto* b = new TSampleItem(&module);
+    a->SetName("A");
+    b->SetName("B");
+    a->Count = 300;
+    a->Flag = true;
+    a->Ratio = 2.5;
+    a->Caption = "it's\nhere";
+    a->Colour = clBlue;
+    a->Big = std::int64_t{1} << 40;
+    a->SetTag(7);
+    a->Partner = b;
+    a->Lines.Add("first");
+    a->Lines.Add("second");
+    a->Blob = std::string("\x00\xFF", 2);
+    b->Partner = a;
+    return Saved(module);
+}
+
+const char kSampleText[] = R"(object Set: TDataModule
+  object A: TSampleItem
+    Tag = 7
+    Count = 300
+    Flag = True
+    Ratio = 2.5
+    Caption = 'it''s'#10'here'
+    Colour = clBlue
+    Big = 1099511627776
+    Partner = B
+    Lines.Strings = (
+      'first'
+      'second')
+    Blob = {
+      00FF}
+  end
+  object B: TSampleItem
+    Ratio = 0.0
+    Caption = ''
+    Partner = A
+  end
+end
+)";
+
+TEST(ComponentStream, ModuleRoundTripsThroughBinaryAndText) {
+    const std::string saved = SampleModule();
+
+    TDataModule loaded;
+    LoadedLog.clear();
+    TStringStream input(saved);
+    loaded.LoadFromStream(input);
+    // References are set before any Loaded runs; Loaded follows the reading order.
+    EXPECT_EQ(LoadedLog, (std::vector<std::string>{"A->B", "B->A"}));
+    EXPECT_EQ(loaded.Name(), "Set");
+    EXPECT_FALSE(loaded.IsLoading());
+    EXPECT_EQ(Saved(loaded), saved);
+
+    // Declaration order, defaults and not-stored properties skipped, events never written.
+    const std::string text = Saved(loaded, TStreamFormat::Text);
+    EXPECT_EQ(text, kSampleText);
+    TStringStream textInput(text);
+    TStringStream binary;
+    ObjectTextToBinary(textInput, binary);
+    EXPECT_EQ(binary.DataString(), saved);
+
+    // The text form loads as well.
+    TDataModule fromText;
+    TStringStream again(text);
+    fromText.LoadFromStream(again);
+    EXPECT_EQ(Saved(fromText), saved);
+}
+
+std::string Replaced(std::string Bytes, const std::string& From, const std::string& To) {
+    Bytes.replace(Bytes.find(From), From.size(), To);
+    return Bytes;
+}
+
+TEST(ComponentStream, DamagedInputRaisesAndLeavesNothingBehind) {
+    const std::string saved = SampleModule();
+    const std::string text = kSampleText;
+    const std::string count = std::string("\x05"
+                                          "Count",
+                                          6);
+    struct Case {
+        const char* What;
+        std::string Input;
+        std::string Message;
+    };
+    const std::vector<Case> cases = {
+        {"neither form", "TPF1" + saved.substr(4), "Syntax error on line 1: expected object"},
+        {"wrong tag", Replaced(saved, count + "\x03", count + "\x07"),
+         "Invalid property value at offset 47: expected the value of property Count"},
+        {"unknown class", Replaced(saved, "TSampleItem", "TSampleIteX"),
+         "Class TSampleIteX not found at offset 33: expected a registered class"},
+        {"unknown property", Replaced(saved, "Caption", "Captiox"),
+         "Property Captiox does not exist at offset 81: expected a property of TSampleItem"},
+        {"unknown enumerator", Replaced(saved, "clBlue", "clPink"),
+         "Invalid property value at offset 107: expected the value of property Colour"},
+        {"absurd length",
+         Replaced(saved, std::string("\x06\x09", 2) + "it's", std::string("\x0C\xF0\xFF\xFF\xFF")),
+         "Stream read error at offset 86: expected the value of property Caption"},
+        {"unresolved reference",
+         Replaced(saved, std::string("\x07\x01") + "B", std::string("\x07\x01") + "X"),
+         "Unresolved reference to X at offset 231: expected a component named X for property Partner"},
+        {"text without end", text.substr(0, text.size() - 4), "Syntax error on line 22: expected end"},
+        {"text with odd hex digits", Replaced(text, "00FF", "00F"),
+         "Syntax error on line 15: expected an even number of hexadecimal digits and '}'"},
+        {"text with a bad value", Replaced(text, "Flag = True", "Flag = ;"),
+         "Syntax error on line 5: expected a value"},
+    };
+    for (const Case& c : cases) {
+        TDataModule module;
+        module.SetName("Keep");
+        TStringStream input(c.Input);
+        EXPECT_EQ(MessageOf<EReadError>([&] { module.LoadFromStream(input); }), c.Message) << c.What;
+        EXPECT_EQ(module.ComponentCount(), 0) << c.What;
+        EXPECT_EQ(module.Name(), "Keep") << c.What;
+    }
+    // Cut anywhere, the stream fails cleanly.
+    for (std::size_t cut = 0; cut < saved.size(); ++cut) {
+        TDataModule module;
+        TStringStream input(saved.substr(0, cut));
+        EXPECT_THROW(module.LoadFromStream(input), EReadError) << "cut at " << cut;
+        EXPECT_EQ(module.ComponentCount(), 0) << "cut at " << cut;
+        EXPECT_FALSE(module.IsLoading()) << "cut at " << cut;
+    }
+}
+
+TEST(ComponentStream, AFailedSaveLeavesTheFileAsItWas) {
+    class TUnlisted : public TComponent {
+    public:
+        using TComponent::TComponent;
+        std::string ClassName() const override { return "TUnlisted"; }
+    };
+    const std::string path = ::testing::TempDir() + "component_stream_module.dfm";
+    TDataModule module;
+    module.SetName("Before");
+    module.SaveToFile(path, TStreamFormat::Text);
+    new TUnlisted(&module);
+    EXPECT_EQ(MessageOf<EWriteError>([&] { module.SaveToFile(path); }), "Class TUnlisted not found");
+    auto* reloaded = TDataModule::CreateFromFile(path);
+    EXPECT_EQ(reloaded->Name(), "Before");
+    delete reloaded;
+    std::remove(path.c_str());
+}
+
+} // namespace
+} // namespace quorda
