@@ -26,6 +26,10 @@ test: setup format-check
 	cmake --preset tsan
 	cmake --build --preset tsan -j $(JOBS) --target quorda_concurrency_tests
 	ctest --preset tsan
+# A short run of the fuzzer whose input is a whole file a person hands over: a saved component set.
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS) --target fuzz_component_stream
+	bash scripts/run-fuzz build/fuzz 30 fuzz_component_stream
 
 bench: setup
 	cmake --preset release

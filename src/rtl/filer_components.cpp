@@ -160,7 +160,9 @@ void TReader::ReadProperty(TPersistent* Instance) {
          dot = last.find('.')) {
         const TPropertyList* list = PublishedProperties(*target);
         const TPropInfo* info = list != nullptr ? list->Find(std::string(last.substr(0, dot))) : nullptr;
-        target = info != nullptr && info->Kind == TPropKind::Object ? info->Object(*target) : nullptr;
+        // A sub-object that is not stored is not read either (the entity's field list).
+        target = info != nullptr && info->Kind == TPropKind::Object && info->Stored ? info->Object(*target)
+                                                                                    : nullptr;
         last = last.substr(dot + 1);
     }
     if (target == nullptr) {

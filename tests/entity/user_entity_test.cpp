@@ -43,10 +43,13 @@ std::string StoredForm(const std::vector<TStoredField>& Fields) {
     return Stream.DataString();
 }
 
+// The stored field list: what follows the published properties.
 std::string Stored(TUserEntity& Entity) {
     TMemoryStream Stream;
     TWriter(Stream).WriteProperties(&Entity);
-    return Stream.DataString();
+    const std::string Bytes = Stream.DataString();
+    return Bytes.substr(Bytes.find("\x06"
+                                   "Fields"));
 }
 
 void Load(TUserEntity& Entity, const std::string& Bytes) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "quorda/entity/entity.h"
+#include "quorda/rtl/published.h"
 
 #include <functional>
 #include <string>
@@ -27,7 +28,7 @@ class QUORDA_API TUserEntity : public TEntity {
 public:
     explicit TUserEntity(TComponent* AOwner);
 
-    std::string ClassName() const override { return "TUserEntity"; }
+    std::string ClassName() const override;
 
     // False without a handler; otherwise the handler's answer.
     bool CheckUpdate() override;
@@ -49,5 +50,10 @@ public:
     void ReadData(TReader& Reader);
     void WriteData(TWriter& Writer) const;
 };
+
+// The published properties of TUserEntity, in their order (registered with the component reader).
+QUORDA_API const TPropertyList& UserEntityProperties();
+// Registers TUserEntity (and the database classes) for a program that only loads modules.
+QUORDA_API void RegisterEntityClasses();
 
 } // namespace quorda

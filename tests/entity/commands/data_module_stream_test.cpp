@@ -1,8 +1,9 @@
-// A data module with a database and two queries, saved and loaded on real data sources: the loaded
-// set connects and opens by itself, and saves to the same bytes.
+// A data module with a database, two queries and a user entity, saved and loaded on real data sources:
+// the loaded set connects and opens by itself, and saves to the same bytes.
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_query.h"
 #include "quorda/db/field.h"
+#include "quorda/entity/user_entity.h"
 #include "quorda/rtl/data_module.h"
 #include "quorda/rtl/datetime.h"
 #include "quorda/rtl/object_text.h"
@@ -85,6 +86,23 @@ protected:
         typed->ParamByName("n")->Clear();
         typed->SetUniDirectional(true);
         typed->Open();
+
+        auto* entity = new TUserEntity(&module);
+        entity->SetName("Rows");
+        entity->SetViewTable(Table);
+        entity->SetFactTable(Table);
+        entity->CreateField("id", "Id", "", 4, true, false, true, false, ftInteger, cnstETPK);
+        entity->CreateField("s", "Name", "", 20, true, true, false, true, ftString, cnstETField);
+        entity->CreateField("f", "Ratio", "", 8, true, true, false, true, ftFloat, cnstETField);
+        entity->CreateField("d", "Day", "", 10, true, true, false, false, ftDate, cnstETField);
+        entity->CreateField("m", "Memo", "", 30, false, true, false, false, ftMemo, {fetInsert, fetUpdate});
+        entity->SetWherePhrase("id > 0");
+        entity->SetFilterStr("id >= :id");
+        entity->SetOrdering(1);
+        entity->SetOrderingDesc(true);
+        entity->SetFindOption(efoSubConCur);
+        entity->SetFindDown(dfPrior);
+        entity->SetStroredProcedures("rows_select;rows_insert;;;rows_lock;;;");
         return Saved(module);
     }
 
@@ -98,7 +116,7 @@ TEST_P(DataModuleStream, LoadedModuleConnectsOpensAndSavesTheSameBytes) {
     TStringStream input(saved);
     loaded.LoadFromStream(input);
 
-    ASSERT_EQ(loaded.ComponentCount(), 3);
+    ASSERT_EQ(loaded.ComponentCount(), 4);
     auto* db = dynamic_cast<TODBCDatabase*>(loaded.FindComponent("Db"));
     auto* items = dynamic_cast<TODBCQuery*>(loaded.FindComponent("Items"));
     auto* typed = dynamic_cast<TODBCQuery*>(loaded.FindComponent("Typed"));
@@ -115,6 +133,12 @@ TEST_P(DataModuleStream, LoadedModuleConnectsOpensAndSavesTheSameBytes) {
     EXPECT_TRUE(typed->IsEmpty());
     EXPECT_TRUE(typed->ParamByName("n")->IsNull());
     EXPECT_EQ(typed->ParamByName("sm")->DataType(), ftSmallint);
+    auto* entity = dynamic_cast<TUserEntity*>(loaded.FindComponent("Rows"));
+    ASSERT_TRUE(entity);
+    EXPECT_EQ(entity->FieldCount(), 5);
+    EXPECT_EQ(entity->GetFields(4)->ExecSet(), (TSetExecType{fetInsert, fetUpdate}));
+    EXPECT_EQ(entity->GetStroredProcedures(), "rows_select;rows_insert;;;rows_lock;;;");
+    EXPECT_EQ(entity->FindDown(), dfPrior);
 
     EXPECT_EQ(Saved(loaded), saved);
     // The text form is readable and converts back to the very same bytes.
