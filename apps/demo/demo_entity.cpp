@@ -3,6 +3,8 @@
 #include "demo_sql.h"
 #include "quorda/db/field.h"
 #include "quorda/entity.h"
+#include "quorda/rtl/data_module.h"
+#include "quorda/rtl/stream.h"
 #include "quorda/tools/query_helpers.h"
 
 #include <iostream>
@@ -65,21 +67,6 @@ const char* LockText(TLockResult Result) {
     return "?";
 }
 
-// The order totals as a user entity configured at design time would have them: read-only columns of
-// the view, three of them sortable.
-std::unique_ptr<TUserEntity> MakeOrderTotals() {
-    auto Totals = std::make_unique<TUserEntity>(nullptr);
-    Totals->SetViewTable("order_totals");
-    Totals->SetviewEntity("ORDER_TOTALS");
-    Totals->SetPrecision(12);
-    Totals->SetDigits(2);
-    Totals->CreateField("order_id", "Order", "", 6, true, true, true, false, ftInteger, cnstETView);
-    Totals->CreateField("customer", "Customer", "", 30, true, true, false, true, ftString, cnstETView);
-    Totals->CreateField("order_date", "Date", "", 10, true, true, false, true, ftDate, cnstETView);
-    Totals->CreateField("total", "Total", "", 10, true, true, false, true, ftFloat, cnstETView);
-    return Totals;
-}
-
 void PrintShownRows(TDataSet& DataSet) {
     for (DataSet.First(); !DataSet.Eof(); DataSet.Next()) {
         std::string Line = "   ";
@@ -90,15 +77,18 @@ void PrintShownRows(TDataSet& DataSet) {
     }
 }
 
-// Opens the order totals from a fixed date on, at least a minimum total, largest first, and finds a
-// customer by the beginning of its name.
+// Loads the order totals as configured at design time and shipped in a data module file (read-only
+// columns of the view from a fixed date on, at least a minimum total, largest first), opens them and
+// finds a customer by the beginning of its name.
 void ShowOrderTotalsEntity() {
-    const auto Totals = MakeOrderTotals();
-    Totals->SetWherePhrase("order_date >= '2024-03-05'");
-    Totals->SetFilterStr("total >= :total");
+    std::cout << "\n== A user entity loaded from a data module file ==\n";
+    const auto Module = TDataModule::CreateFromFile(QUORDA_DEMO_MODULE);
+    auto* Totals = dynamic_cast<TUserEntity*>(Module->FindComponent("OrderTotals"));
+    if (Totals == nullptr) {
+        throw EDatabaseError(std::string("No user entity OrderTotals in ") + QUORDA_DEMO_MODULE);
+    }
+    // Filter values live in the settings, not in the module.
     Totals->SetFieldFilter("total", 100.0);
-    Totals->SetOrdering(Totals->lstFields().IndexOf("total"));
-    Totals->SetOrderingDesc(true);
     Totals->EntityOpen();
     TEntityQuery& Query = *Totals->DataQuery();
     Print("order totals from 5 March, at least 100, largest first", Query.SQL());
@@ -115,6 +105,16 @@ void ShowOrderTotalsEntity() {
     Totals->SetFieldFind("customer", "Nobody");
     std::cout << "  find \"Nobody\": " << (Totals->Find() ? "found" : "none, still on order ")
               << Query.FieldByName("order_id")->AsString() << '\n';
+
+    TStringStream Text;
+    Module->SaveToStream(Text, TStreamFormat::Text);
+    std::cout << "  the module in its text form (" << QUORDA_DEMO_MODULE << "), first lines:\n";
+    TStringList Lines;
+    Lines.SetText(Text.DataString());
+    for (int I = 0; I < Lines.Count() && I < 22; ++I) {
+        std::cout << "    | " << Lines[I] << '\n';
+    }
+    std::cout << "    | ... (" << Lines.Count() << " lines)\n";
 }
 
 } // namespace

@@ -79,16 +79,16 @@ void TDataModule::SaveToFile(const std::string& FileName, TStreamFormat Format) 
     }
 }
 
-TDataModule* TDataModule::CreateFromStream(TStream& Stream, TComponent* AOwner) {
-    auto module = std::make_unique<TDataModule>(AOwner);
+std::unique_ptr<TDataModule> TDataModule::CreateFromStream(TStream& Stream) {
+    auto module = std::make_unique<TDataModule>();
     module->LoadFromStream(Stream);
-    return module.release();
+    return module;
 }
 
-TDataModule* TDataModule::CreateFromFile(const std::string& FileName, TComponent* AOwner) {
-    auto module = std::make_unique<TDataModule>(AOwner);
+std::unique_ptr<TDataModule> TDataModule::CreateFromFile(const std::string& FileName) {
+    auto module = std::make_unique<TDataModule>();
     module->LoadFromFile(FileName);
-    return module.release();
+    return module;
 }
 
 } // namespace quorda

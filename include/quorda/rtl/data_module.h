@@ -2,6 +2,7 @@
 
 #include "quorda/rtl/component.h"
 
+#include <memory>
 #include <string>
 
 namespace quorda {
@@ -32,9 +33,9 @@ public:
     // was.
     void SaveToFile(const std::string& FileName, TStreamFormat Format = TStreamFormat::Binary);
 
-    // A module loaded from the stream or file.
-    static TDataModule* CreateFromStream(TStream& Stream, TComponent* AOwner = nullptr);
-    static TDataModule* CreateFromFile(const std::string& FileName, TComponent* AOwner = nullptr);
+    // A module of its own (no owner) loaded from the stream or file.
+    static std::unique_ptr<TDataModule> CreateFromStream(TStream& Stream);
+    static std::unique_ptr<TDataModule> CreateFromFile(const std::string& FileName);
 
     // Every owned component, in order.
     void GetChildren(const std::function<void(TComponent*)>& Proc, TComponent* Root) override;
