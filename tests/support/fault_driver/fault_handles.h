@@ -3,7 +3,6 @@
 
 #include "fault_script.h"
 
-#include <chrono>
 #include <cstdio>
 #include <deque>
 #include <map>
@@ -11,7 +10,7 @@
 #include <sql.h>
 #include <sqlext.h>
 #include <string>
-#include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace quorda_fault {
@@ -40,13 +39,11 @@ struct Conn : Handle {
     bool Connected = false;
     Script Rules;
     std::FILE* LogFile = nullptr;
-    std::vector<std::string> Calls;
-    std::map<int, SQLULEN> Options;
     std::vector<Stmt*> Statements;
     int CursorNumber = 0;
 
     ~Conn();
-    // Records a call in memory and in the log file (when one is open).
+    // Records a call in the log file (when one is open).
     void Log(const std::string& line);
     // Installs the script of a new connection and opens its log; throws std::invalid_argument.
     void Configure(const std::string& script, const std::string& logPath);
@@ -121,19 +118,14 @@ struct Stmt : Handle {
 
 // Runs one entry point: clears the handle's diagnostics, logs and counts the call on its connection,
 // applies the scripted outcome and otherwise runs the body. Body: SQLRETURN(const CallOutcome&).
+// The caller holds DriverLock().
 template <typename Body>
-SQLRETURN Dispatch(std::unique_lock<std::mutex>& lock, Handle& target, Conn* conn, const char* call,
-                   const std::string& arguments, Body&& body) {
+SQLRETURN Dispatch(Handle& target, Conn* conn, const char* call, const std::string& arguments, Body&& body) {
     target.Diags.clear();
     CallOutcome outcome;
     if (conn != nullptr) {
         conn->Log(arguments.empty() ? std::string(call) : std::string(call) + " " + arguments);
         outcome = conn->Rules.Decide(call);
-    }
-    if (outcome.SleepMs > 0) {
-        lock.unlock();
-        std::this_thread::sleep_for(std::chrono::milliseconds(outcome.SleepMs));
-        lock.lock();
     }
     if (outcome.What == Effect::Fail) {
         target.Diags.insert(target.Diags.end(), outcome.Diags.begin(), outcome.Diags.end());
@@ -148,6 +140,34 @@ SQLRETURN Dispatch(std::unique_lock<std::mutex>& lock, Handle& target, Conn* con
         rc = SQL_SUCCESS_WITH_INFO;
     }
     return rc;
+}
+
+// An entry point on a connection or statement handle: the handle checked, the driver locked, the call
+// dispatched. Body: SQLRETURN(Conn&), or SQLRETURN(Stmt&) / SQLRETURN(Stmt&, const CallOutcome&).
+template <typename Body>
+SQLRETURN ConnCall(SQLHDBC handle, const char* call, const std::string& arguments, Body&& body) {
+    if (handle == nullptr) {
+        return SQL_INVALID_HANDLE;
+    }
+    std::lock_guard lock(DriverLock());
+    Conn& conn = *static_cast<Conn*>(handle);
+    return Dispatch(conn, &conn, call, arguments, [&](const CallOutcome&) { return body(conn); });
+}
+
+template <typename Body>
+SQLRETURN StmtCall(SQLHSTMT handle, const char* call, const std::string& arguments, Body&& body) {
+    if (handle == nullptr) {
+        return SQL_INVALID_HANDLE;
+    }
+    std::lock_guard lock(DriverLock());
+    Stmt& stmt = *static_cast<Stmt*>(handle);
+    return Dispatch(stmt, stmt.Owner, call, arguments, [&](const CallOutcome& outcome) -> SQLRETURN {
+        if constexpr (std::is_invocable_v<Body, Stmt&, const CallOutcome&>) {
+            return body(stmt, outcome);
+        } else {
+            return body(stmt);
+        }
+    });
 }
 
 // Text of a (pointer, length) argument: SQL_NTS means zero-terminated.

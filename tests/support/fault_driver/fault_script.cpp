@@ -6,10 +6,6 @@
 namespace quorda_fault {
 namespace {
 
-constexpr int kForwardOnly = 0;
-constexpr int kKeyset = 1;
-constexpr int kStatic = 3;
-
 [[noreturn]] void Malformed(std::string_view rule, std::string_view why) {
     throw std::invalid_argument("fault script: " + std::string(why) + " in rule '" + std::string(rule) + "'");
 }
@@ -190,8 +186,7 @@ void Script::AddRule(std::string_view rule) {
     std::string verb(rule.substr(0, colon));
     std::string_view args = rule.substr(colon + 1);
 
-    if (verb == "fail" || verb == "info" || verb == "nodata" || verb == "diag" || verb == "sleep" ||
-        verb == "nototal") {
+    if (verb == "fail" || verb == "info" || verb == "nodata" || verb == "diag" || verb == "nototal") {
         auto end = args.find(':');
         std::string_view selector = args.substr(0, end);
         CallRule call{
@@ -212,14 +207,8 @@ void Script::AddRule(std::string_view rule) {
         if (call.Selector.Call.empty()) {
             Malformed(rule, "no call named");
         }
-        if ((verb == "diag" || verb == "sleep") && call.Argument.empty()) {
-            Malformed(rule, "missing argument");
-        }
-        if (verb == "diag" && call.Argument != "-" && Split(call.Argument, '/').size() < 3) {
+        if (verb == "diag" && Split(call.Argument, '/').size() < 3) {
             Malformed(rule, "diagnostic is not <state>/<native>/<message>");
-        }
-        if (verb == "sleep") {
-            ToNumber(call.Argument, rule);
         }
         FCallRules.push_back(std::move(call));
     } else if (verb == "result") {
@@ -256,24 +245,8 @@ void Script::AddRule(std::string_view rule) {
             Malformed(rule, "rowset below 1");
         }
         FMaxRowset = static_cast<unsigned long>(value);
-    } else if (verb == "cursor") {
-        if (args == "forward") {
-            FMaxCursor = kForwardOnly;
-        } else if (args == "static") {
-            FMaxCursor = kStatic;
-        } else if (args == "keyset") {
-            FMaxCursor = kKeyset;
-        } else {
-            Malformed(rule, "cursor is forward, static or keyset");
-        }
     } else if (verb == "connout") {
         FConnOut = Unescape(args);
-    } else if (verb == "getinfo") {
-        auto slash = args.find('/');
-        if (slash == std::string_view::npos) {
-            Malformed(rule, "getinfo is <id>/<value>");
-        }
-        FInfo[static_cast<int>(ToNumber(args.substr(0, slash), rule))] = Unescape(args.substr(slash + 1));
     } else if (verb == "table") {
         auto parts = Split(args, '/');
         parts.resize(4, std::string_view("~"));
@@ -286,8 +259,6 @@ void Script::AddRule(std::string_view rule) {
         }
         FCatalogColumns.push_back(
             {Unescape(parts[0]), Unescape(parts[1]), static_cast<int>(ToNumber(parts[2], rule))});
-    } else if (verb == "log") {
-        FLogPath = Unescape(args);
     } else {
         Malformed(rule, "unknown verb '" + verb + "'");
     }
@@ -330,17 +301,13 @@ CallOutcome Script::Decide(std::string_view call) {
         }
         if (rule.Verb == "diag") {
             diagRuleSeen = true;
-            if (rule.Argument != "-") {
-                auto parts = Split(rule.Argument, '/');
-                DiagRecord record{Unescape(parts[0]), 0, {}};
-                record.Native = static_cast<long>(ToNumber(parts[1], rule.Argument));
-                // The message is everything after the second '/', slashes included.
-                auto second = rule.Argument.find('/', rule.Argument.find('/') + 1);
-                record.Message = Unescape(std::string_view(rule.Argument).substr(second + 1));
-                outcome.Diags.push_back(std::move(record));
-            }
-        } else if (rule.Verb == "sleep") {
-            outcome.SleepMs += static_cast<long>(ToNumber(rule.Argument, rule.Argument));
+            auto parts = Split(rule.Argument, '/');
+            DiagRecord record{Unescape(parts[0]), 0, {}};
+            record.Native = static_cast<long>(ToNumber(parts[1], rule.Argument));
+            // The message is everything after the second '/', slashes included.
+            auto second = rule.Argument.find('/', rule.Argument.find('/') + 1);
+            record.Message = Unescape(std::string_view(rule.Argument).substr(second + 1));
+            outcome.Diags.push_back(std::move(record));
         } else if (rule.Verb == "nototal") {
             outcome.NoTotal = true;
         } else if (outcome.What == Effect::None) {

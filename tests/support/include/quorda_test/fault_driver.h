@@ -27,7 +27,6 @@ public:
     // "Driver=QuordaFault;Log=<file>;Script=<script>", or ScriptFile=<file> for a long script; short
     // enough for a 250-byte connection buffer.
     const std::string& ConnectionString() const { return FConnectionString; }
-    const std::string& Script() const { return FScript; }
 
     // Every call the driver received on connections made with this object, one line each:
     // "<ODBC 2 function> <arguments>", in order (the format is in docs/testing.md).
