@@ -27,6 +27,10 @@ TEST_P(DatabaseConnect, DriverStringConnectsAndTheCompletedStringReopens) {
     events.Attach(db);
     db.SetDriverConnectOption(dcoDriverNoPrompt);
     db.SetConnectStr(Profile.ConnectionString);
+    // Every driver takes the timeouts (an option it refused would fail the open); what they limit is
+    // pinned in statement_interrupts_test.cpp.
+    db.SetLoginTimeout(5);
+    db.SetConnectionTimeout(5);
     db.Open();
     ASSERT_TRUE(db.Connected());
     EXPECT_EQ(events.Lines, (std::vector<std::string>{"before", "after"}));

@@ -120,7 +120,6 @@ SQLRETURN FetchRowset(Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long 
         *fetched = static_cast<SQLULEN>(stmt.RowsetRows);
     }
     SQLRETURN rc = SQL_SUCCESS;
-    SQLULEN bindType = stmt.Option(SQL_BIND_TYPE, SQL_BIND_BY_COLUMN);
     for (long long i = 0; i < rowset; ++i) {
         if (status != nullptr) {
             status[i] = i < stmt.RowsetRows ? SQL_ROW_SUCCESS : SQL_ROW_NOROW;
@@ -133,21 +132,14 @@ SQLRETURN FetchRowset(Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long 
             if (number < 1 || number > stmt.Result.Columns.size() || binding.Data == nullptr) {
                 continue;
             }
-            size_t step =
-                bindType == SQL_BIND_BY_COLUMN ? static_cast<size_t>(binding.BufferLength) : bindType;
-            auto* data = static_cast<char*>(binding.Data) + static_cast<size_t>(i) * step;
-            SQLLEN* indicator = binding.Indicator;
-            if (indicator != nullptr && i > 0) {
-                indicator =
-                    bindType == SQL_BIND_BY_COLUMN
-                        ? indicator + i
-                        : reinterpret_cast<SQLLEN*>(reinterpret_cast<char*>(indicator) + i * bindType);
-            }
+            // Column-wise binding, the only kind the library uses.
+            auto* data = static_cast<char*>(binding.Data) + i * binding.BufferLength;
+            SQLLEN* indicator = binding.Indicator != nullptr ? binding.Indicator + i : nullptr;
             size_t offsetInValue = 0;
             bool done = false;
             Value value = static_cast<size_t>(number - 1) < row.size() ? row[number - 1] : std::nullopt;
-            SQLRETURN one = WriteValue(stmt, value, stmt.Result.Columns[number - 1].SqlType, binding.CType,
-                                       data, binding.BufferLength, indicator, offsetInValue, false, done);
+            SQLRETURN one = WriteValue(stmt, value, binding.CType, data, binding.BufferLength, indicator,
+                                       offsetInValue, false, done);
             if (one == SQL_ERROR) {
                 return one;
             }
@@ -301,7 +293,7 @@ FAULT_EXPORT SQLRETURN SQL_API SQLGetData(SQLHSTMT handle, SQLUSMALLINT number, 
             }
             const auto& row = stmt.Result.Rows[static_cast<size_t>(stmt.Position - 1)];
             Value value = static_cast<size_t>(number - 1) < row.size() ? row[number - 1] : std::nullopt;
-            return WriteValue(stmt, value, stmt.Result.Columns[number - 1].SqlType, cType, data, bufferLength,
-                              indicator, stmt.GetDataOffset, outcome.NoTotal, stmt.GetDataDone);
+            return WriteValue(stmt, value, cType, data, bufferLength, indicator, stmt.GetDataOffset,
+                              outcome.NoTotal, stmt.GetDataDone);
         });
 }

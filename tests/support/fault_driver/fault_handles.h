@@ -177,10 +177,10 @@ std::string ArgText(const SQLCHAR* text, SQLINTEGER length);
 SQLRETURN CopyOut(Handle& handle, const std::string& text, SQLCHAR* buffer, SQLLEN bufferLength,
                   SQLSMALLINT* length);
 
-// Converts one value into an application buffer of C type cType (after SQL_C_DEFAULT is resolved from
-// sqlType). offset is how much of a character or binary value earlier SQLGetData calls have taken;
-// the indicator gets the remaining length, or SQL_NO_TOTAL when noTotal and the value is cut.
-SQLRETURN WriteValue(Handle& handle, const Value& value, int sqlType, SQLSMALLINT cType, SQLPOINTER buffer,
+// Converts one value into an application buffer of C type cType. offset is how much of a character or
+// binary value earlier SQLGetData calls have taken; the indicator gets the remaining length, or
+// SQL_NO_TOTAL when noTotal and the value is cut.
+SQLRETURN WriteValue(Handle& handle, const Value& value, SQLSMALLINT cType, SQLPOINTER buffer,
                      SQLLEN bufferLength, SQLLEN* indicator, size_t& offset, bool noTotal, bool& done);
 // Statements that answer with the scripted result set: those that begin with SELECT, WITH, VALUES,
 // CALL or '{'.

@@ -11,39 +11,6 @@
 namespace quorda_fault {
 namespace {
 
-SQLSMALLINT DefaultCType(int sqlType) {
-    switch (sqlType) {
-    case SQL_BIT:
-        return SQL_C_BIT;
-    case SQL_TINYINT:
-        return SQL_C_STINYINT;
-    case SQL_SMALLINT:
-        return SQL_C_SSHORT;
-    case SQL_INTEGER:
-        return SQL_C_SLONG;
-    case SQL_REAL:
-        return SQL_C_FLOAT;
-    case SQL_FLOAT:
-    case SQL_DOUBLE:
-        return SQL_C_DOUBLE;
-    case SQL_DATE:
-    case SQL_TYPE_DATE:
-        return SQL_C_DATE;
-    case SQL_TIME:
-    case SQL_TYPE_TIME:
-        return SQL_C_TIME;
-    case SQL_TIMESTAMP:
-    case SQL_TYPE_TIMESTAMP:
-        return SQL_C_TIMESTAMP;
-    case SQL_BINARY:
-    case SQL_VARBINARY:
-    case SQL_LONGVARBINARY:
-        return SQL_C_BINARY;
-    default:
-        return SQL_C_CHAR; // character types, BIGINT, NUMERIC and DECIMAL as in ODBC 2
-    }
-}
-
 bool ParseInteger(const std::string& text, long long& out) {
     const char* begin = text.c_str();
     char* end = nullptr;
@@ -189,13 +156,10 @@ SQLRETURN CopyOut(Handle& handle, const std::string& text, SQLCHAR* buffer, SQLL
     return SQL_SUCCESS;
 }
 
-SQLRETURN WriteValue(Handle& handle, const Value& value, int sqlType, SQLSMALLINT cType, SQLPOINTER buffer,
+SQLRETURN WriteValue(Handle& handle, const Value& value, SQLSMALLINT cType, SQLPOINTER buffer,
                      SQLLEN bufferLength, SQLLEN* indicator, size_t& offset, bool noTotal, bool& done) {
     if (done) {
         return SQL_NO_DATA;
-    }
-    if (cType == SQL_C_DEFAULT) {
-        cType = DefaultCType(sqlType);
     }
     if (!value) {
         if (indicator == nullptr) {
@@ -261,18 +225,15 @@ SQLRETURN WriteValue(Handle& handle, const Value& value, int sqlType, SQLSMALLIN
         return cType == SQL_C_FLOAT ? Put(static_cast<float>(real), buffer, indicator)
                                     : Put(real, buffer, indicator);
     case SQL_C_DATE:
-    case SQL_C_TYPE_DATE:
     case SQL_C_TIME:
-    case SQL_C_TYPE_TIME:
     case SQL_C_TIMESTAMP:
-    case SQL_C_TYPE_TIMESTAMP:
         if (!ParseTimestamp(text, stamp)) {
             return handle.Error("22008", "Datetime field overflow");
         }
-        if (cType == SQL_C_DATE || cType == SQL_C_TYPE_DATE) {
+        if (cType == SQL_C_DATE) {
             return Put(SQL_DATE_STRUCT{stamp.year, stamp.month, stamp.day}, buffer, indicator);
         }
-        if (cType == SQL_C_TIME || cType == SQL_C_TYPE_TIME) {
+        if (cType == SQL_C_TIME) {
             return Put(SQL_TIME_STRUCT{stamp.hour, stamp.minute, stamp.second}, buffer, indicator);
         }
         return Put(stamp, buffer, indicator);
@@ -317,18 +278,15 @@ std::string RenderParameter(const ParamBinding& param, const Value* sent) {
         return Number(*static_cast<const float*>(param.Data));
     case SQL_C_DOUBLE:
         return Number(*static_cast<const double*>(param.Data));
-    case SQL_C_DATE:
-    case SQL_C_TYPE_DATE: {
+    case SQL_C_DATE: {
         const auto* d = static_cast<const SQL_DATE_STRUCT*>(param.Data);
         return std::to_string(d->year) + "-" + TwoDigits(d->month) + "-" + TwoDigits(d->day);
     }
-    case SQL_C_TIME:
-    case SQL_C_TYPE_TIME: {
+    case SQL_C_TIME: {
         const auto* t = static_cast<const SQL_TIME_STRUCT*>(param.Data);
         return TwoDigits(t->hour) + ":" + TwoDigits(t->minute) + ":" + TwoDigits(t->second);
     }
-    case SQL_C_TIMESTAMP:
-    case SQL_C_TYPE_TIMESTAMP: {
+    case SQL_C_TIMESTAMP: {
         const auto* s = static_cast<const SQL_TIMESTAMP_STRUCT*>(param.Data);
         return std::to_string(s->year) + "-" + TwoDigits(s->month) + "-" + TwoDigits(s->day) + " " +
                TwoDigits(s->hour) + ":" + TwoDigits(s->minute) + ":" + TwoDigits(s->second) + "." +
