@@ -1,5 +1,6 @@
 #include "database_test_support.h"
 #include "odbc_statement_test_support.h"
+#include "quorda/core/odbc_transaction.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/messages.h"
@@ -113,22 +114,27 @@ TEST_P(DatabaseConnect, CommitAndRollbackDecideWhatASecondConnectionSees) {
     EXPECT_FALSE(db->InTransaction());
     EXPECT_EQ(other.Scalar(count), "1");
 
-    db->StartTransaction();
-    ExecOn(*db, "insert into " + table + " values (2)");
-    db->Rollback();
+    // A transaction guard rolls back unless it was committed.
+    for (bool commit : {false, true}) {
+        TODBCTransaction transaction(*db);
+        ExecOn(*db, "insert into " + table + " values (2)");
+        if (commit) {
+            transaction.Commit();
+        }
+    }
     EXPECT_FALSE(db->InTransaction());
-    EXPECT_EQ(other.Scalar(count), "1");
+    EXPECT_EQ(other.Scalar(count), "2");
 
     // Outside a transaction the connection is back in autocommit mode.
     ExecOn(*db, "insert into " + table + " values (3)");
-    EXPECT_EQ(other.Scalar(count), "2");
+    EXPECT_EQ(other.Scalar(count), "3");
 
     // Closing with an open transaction rolls it back.
     db->StartTransaction();
     ExecOn(*db, "insert into " + table + " values (4)");
     db->Close();
     EXPECT_FALSE(db->InTransaction());
-    EXPECT_EQ(other.Scalar(count), "2");
+    EXPECT_EQ(other.Scalar(count), "3");
 
     other.Exec("drop table " + table);
 }

@@ -17,14 +17,10 @@ using Lines = std::vector<std::string>;
 
 // The calls of the log that the database itself decides (the driver manager adds info queries).
 Lines ConnectionCalls(const FaultDriver& fault) {
-    Lines lines;
-    for (const auto& line : fault.Calls()) {
-        for (const char* name :
-             {"SQLDriverConnect", "SQLConnect", "SQLSetConnectOption", "SQLTransact", "SQLDisconnect"}) {
-            if (line.rfind(std::string(name) + " ", 0) == 0 || line == name) {
-                lines.push_back(line.substr(0, line.find(" Driver=")));
-            }
-        }
+    Lines lines = fault.Calls(
+        {"SQLDriverConnect", "SQLConnect", "SQLSetConnectOption", "SQLTransact", "SQLDisconnect"});
+    for (auto& line : lines) {
+        line = line.substr(0, line.find(" Driver="));
     }
     return lines;
 }

@@ -46,18 +46,17 @@ TEST(CursorFaultTypes, DecimalAndWideTextColumnsMapLikeTheirNarrowTwins) {
 }
 
 // VARBINARY among them: SQLite ODBC and MariaDB report varbinary(n), psqlODBC bytea with
-// ByteaAsLongVarBinary=0.
+// ByteaAsLongVarBinary=0. A second attempt meets the same refusal, not a half-open dataset.
 TEST(CursorFaultTypes, UnmappedColumnTypesFailTheOpenWithTheInitRecordMessage) {
     for (const char* type : {"-3", "-11", "0", "2004"}) {
         SCOPED_TRACE(type);
         FaultDatabase db(std::string("result:id/4,v/") + type + "|rows:1");
-        EXPECT_EQ(ErrorOf([&] { db.Query->Open(); }),
-                  "TODBCDataSet.InternalInitRecord: ODBC This function not implemented");
-        EXPECT_FALSE(db.Query->Active());
-        EXPECT_FALSE(db.Query->HoldsStatement());
-        // The dataset is usable again afterwards.
-        db.Query->SQL().SetText("select id from t");
-        db.Query->Open();
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            EXPECT_EQ(ErrorOf([&] { db.Query->Open(); }),
+                      "TODBCDataSet.InternalInitRecord: ODBC This function not implemented");
+            EXPECT_FALSE(db.Query->Active());
+            EXPECT_FALSE(db.Query->HoldsStatement());
+        }
     }
 }
 

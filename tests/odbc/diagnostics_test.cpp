@@ -55,16 +55,6 @@ EODBCError Build(ScriptedDiagnostics& script) {
     return detail::BuildODBCError(std::ref(script), nullptr, nullptr, nullptr);
 }
 
-TEST(RetCodeIsSuccessful, OnlyErrorInvalidHandleAndStillExecutingFail) {
-    for (SQLRETURN code : {SQL_SUCCESS, SQL_SUCCESS_WITH_INFO, 99, 100}) {
-        EXPECT_TRUE(RetCodeIsSuccessful(code)) << code;
-    }
-    for (SQLRETURN code : {-1, -2, 2}) {
-        EXPECT_FALSE(RetCodeIsSuccessful(code)) << code;
-    }
-    EXPECT_EQ(SqlLenDataAtExec(8192), SQL_LEN_DATA_AT_EXEC(8192));
-}
-
 TEST(CreateODBCError, TwoRecordsLabelEachTextWithTheStatesBeforeIt) {
     ScriptedDiagnostics script({{"S1000", 0, "m1"}, {"42000", 0, "m2"}}, Record{"XXEND", 0, "last"});
     const EODBCError e = Build(script);

@@ -66,38 +66,10 @@ bool IsBinaryType(int sqlType) {
     return sqlType == -2 || sqlType == -3 || sqlType == -4;
 }
 
+// The size of a column the script gives none: what matters to the library is that long text and
+// binary columns are long.
 long long DefaultSize(int sqlType) {
-    switch (sqlType) {
-    case -7:
-        return 1;
-    case -6:
-        return 3;
-    case -5:
-        return 19;
-    case 4:
-        return 10;
-    case 5:
-        return 5;
-    case 7:
-        return 7;
-    case 2:
-    case 3:
-    case 6:
-    case 8:
-        return 15;
-    case 9:
-        return 10;
-    case 10:
-        return 8;
-    case 11:
-        return 23;
-    case -1:
-    case -4:
-    case -10:
-        return 65535;
-    default:
-        return 255;
-    }
+    return sqlType == -1 || sqlType == -4 || sqlType == -10 ? 65535 : 255;
 }
 
 } // namespace
