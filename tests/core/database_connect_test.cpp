@@ -65,10 +65,8 @@ TEST_P(DatabaseConnect, DataSourceNameConnectsAndAnUnknownOneRaisesTheDriverMana
     db.SetUserID(Profile.User);
     const auto e = Raised<EODBCError>([&] { db.Open(); });
     ASSERT_TRUE(e);
+    // The diagnostics themselves are pinned in the odbc suite (CheckODBC).
     EXPECT_EQ(e->SQLState().substr(0, 6), "IM002;");
-    EXPECT_EQ(e->NativeError(), 0);
-    EXPECT_NE(e->NativeMessage().find("Data source name not found"), std::string::npos) << e->NativeMessage();
-    EXPECT_EQ(e->Message().substr(0, e->NativeMessage().size()), e->NativeMessage());
     EXPECT_EQ(e->Henv(), odbcEnv());
     EXPECT_EQ(e->Hdbc(), db.GetDBC());
     EXPECT_EQ(e->Hstmt(), nullptr);

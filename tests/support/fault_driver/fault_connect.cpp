@@ -147,6 +147,32 @@ Conn* AsConn(SQLHDBC handle) {
     return static_cast<Conn*>(handle);
 }
 
+// Both ways in: the connection takes its script and log from the keywords of input (a connection
+// string; empty for a data source name), then the call is dispatched. The completed string goes to
+// out when the caller gives a buffer.
+SQLRETURN Connect(SQLHDBC dbc, const char* call, const std::string& input, const std::string& arguments,
+                  SQLCHAR* out, SQLSMALLINT outMax, SQLSMALLINT* outLength) {
+    if (dbc == nullptr) {
+        return SQL_INVALID_HANDLE;
+    }
+    std::lock_guard lock(DriverLock());
+    Conn& conn = *AsConn(dbc);
+    conn.Diags.clear();
+    if (conn.Connected) {
+        return conn.Error("08002", "Connection in use");
+    }
+    if (SQLRETURN rc = ConfigureConnection(conn, ParseConnectionString(input)); rc != SQL_SUCCESS) {
+        return rc;
+    }
+    return Dispatch(conn, &conn, call, arguments, [&](const CallOutcome&) -> SQLRETURN {
+        conn.Connected = true;
+        if (out == nullptr && outLength == nullptr) {
+            return SQL_SUCCESS;
+        }
+        return CopyOut(conn, conn.Rules.ConnectionOut().value_or(input), out, outMax, outLength);
+    });
+}
+
 } // namespace
 
 std::mutex& DriverLock() {
@@ -227,47 +253,18 @@ FAULT_EXPORT SQLRETURN SQL_API SQLFreeConnect(SQLHDBC dbc) {
 FAULT_EXPORT SQLRETURN SQL_API SQLDriverConnect(SQLHDBC dbc, SQLHWND window, SQLCHAR* in,
                                                 SQLSMALLINT inLength, SQLCHAR* out, SQLSMALLINT outMax,
                                                 SQLSMALLINT* outLength, SQLUSMALLINT completion) {
-    if (dbc == nullptr) {
-        return SQL_INVALID_HANDLE;
-    }
-    std::lock_guard lock(DriverLock());
-    Conn& conn = *AsConn(dbc);
-    conn.Diags.clear();
     std::string input = ArgText(in, inLength);
-    if (conn.Connected) {
-        return conn.Error("08002", "Connection in use");
-    }
-    if (SQLRETURN rc = ConfigureConnection(conn, ParseConnectionString(input)); rc != SQL_SUCCESS) {
-        return rc;
-    }
-    std::string arguments = std::to_string(completion) + " " + input;
-    return Dispatch(conn, &conn, "SQLDriverConnect", arguments, [&](const CallOutcome&) -> SQLRETURN {
-        conn.Connected = true;
-        return CopyOut(conn, conn.Rules.ConnectionOut().value_or(input), out, outMax, outLength);
-    });
+    return Connect(dbc, "SQLDriverConnect", input, std::to_string(completion) + " " + input, out, outMax,
+                   outLength);
 }
 
 FAULT_EXPORT SQLRETURN SQL_API SQLConnect(SQLHDBC dbc, SQLCHAR* dsn, SQLSMALLINT dsnLength, SQLCHAR* user,
                                           SQLSMALLINT userLength, SQLCHAR* password,
                                           SQLSMALLINT passwordLength) {
-    if (dbc == nullptr) {
-        return SQL_INVALID_HANDLE;
-    }
-    std::lock_guard lock(DriverLock());
-    Conn& conn = *AsConn(dbc);
-    conn.Diags.clear();
-    if (conn.Connected) {
-        return conn.Error("08002", "Connection in use");
-    }
-    if (SQLRETURN rc = ConfigureConnection(conn, {}); rc != SQL_SUCCESS) {
-        return rc;
-    }
-    std::string arguments =
-        ArgText(dsn, dsnLength) + " " + ArgText(user, userLength) + " " + ArgText(password, passwordLength);
-    return Dispatch(conn, &conn, "SQLConnect", arguments, [&](const CallOutcome&) -> SQLRETURN {
-        conn.Connected = true;
-        return SQL_SUCCESS;
-    });
+    return Connect(dbc, "SQLConnect", {},
+                   ArgText(dsn, dsnLength) + " " + ArgText(user, userLength) + " " +
+                       ArgText(password, passwordLength),
+                   nullptr, 0, nullptr);
 }
 
 FAULT_EXPORT SQLRETURN SQL_API SQLDisconnect(SQLHDBC dbc) {
