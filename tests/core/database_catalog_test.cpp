@@ -48,19 +48,11 @@ TEST_P(DatabaseCatalog, TablesAndViewsComeWithAlignedOwnerAndType) {
     EXPECT_EQ(owners[t], Profile.Name.rfind("pgsql", 0) == 0 ? "public" : "");
     EXPECT_EQ(owners[v], owners[t]);
 
-    // Tests running alongside create and drop tables meanwhile: compare this test's own entries.
-    const auto own = [&](const TStringList& List) {
-        Lines found;
-        for (const std::string& name : List.ToVector()) {
-            if (name == table || name == view) {
-                found.push_back(name);
-            }
-        }
-        return found;
-    };
+    // Tests running alongside create and drop tables meanwhile: look for this test's own entries.
     TStringList onlyNames;
     Db.GetTables(&onlyNames, nullptr, nullptr, nullptr);
-    EXPECT_EQ(own(onlyNames), own(names));
+    EXPECT_GE(onlyNames.IndexOf(table), 0);
+    EXPECT_GE(onlyNames.IndexOf(view), 0);
     EXPECT_NO_THROW(Db.GetTables(nullptr, nullptr, nullptr, nullptr));
 
     raw.Exec("drop view " + view);

@@ -1,5 +1,5 @@
 // Connection inputs the driver manager would misread are refused before it sees them; passwords
-// never show in what the library prints; a failed rollback does not keep a connection from closing.
+// never show in what the library prints.
 #include "database_test_support.h"
 #include "odbc_statement_test_support.h"
 #include "quorda/core/connection_string.h"
@@ -9,7 +9,6 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <quorda_test/fault_driver.h>
 #include <quorda_test/profiles.h>
 
 namespace quorda {
@@ -78,21 +77,6 @@ TEST(ConnectInputs, AnEmptyDriverOrDataSourceNameIsRefused) {
     EXPECT_TRUE(db.Connected());
 }
 
-// Every driver takes the timeouts (an option it refused would fail the open); what they limit is
-// pinned in statement_interrupts_test.cpp.
-TEST(ConnectInputs, TimeoutsAreAcceptedByEveryDriver) {
-    for (const std::string& name : quorda_test::AllProfiles()) {
-        const quorda_test::DataSourceProfile profile = quorda_test::MakeProfile(name);
-        TODBCDatabase db(nullptr);
-        db.SetDriverConnectOption(dcoDriverNoPrompt);
-        db.SetConnectStr(profile.ConnectionString);
-        db.SetLoginTimeout(5);
-        db.SetConnectionTimeout(5);
-        EXPECT_NO_THROW(db.Open()) << name;
-        EXPECT_TRUE(db.Connected()) << name;
-    }
-}
-
 TEST(ConnectionPasswords, AreMaskedWhateverTheirSpelling) {
     for (const auto& [text, masked] : std::vector<std::pair<std::string, std::string>>{
              {"Driver=X;PWD=secret;UID=u", "Driver=X;PWD=****;UID=u"},
@@ -140,25 +124,6 @@ TEST(ConnectionPasswords, NeitherTheCompletedStringShownNorTheTraceCarriesThem) 
                     line.find("SQLConnect " + pg.Dsn + " " + pg.PasswordUser + " ****") != std::string::npos;
     }
     EXPECT_EQ(connects, 2);
-}
-
-TEST(FaultConnect, CloseAfterAFailedRollbackStillDisconnectsThenRaises) {
-    quorda_test::FaultDriver fault("fail:SQLTransact|diag:SQLTransact:08S01/5/link down");
-    TODBCDatabase db(nullptr);
-    db.SetDriverConnectOption(dcoDriverNoPrompt);
-    db.SetConnectStr(fault.ConnectionString());
-    db.Open();
-    db.StartTransaction();
-    const auto e = Raised<EODBCError>([&] { db.Close(); });
-    ASSERT_TRUE(e);
-    EXPECT_EQ(e->NativeMessage(), "link down");
-    EXPECT_FALSE(db.Connected());
-    EXPECT_FALSE(db.InTransaction());
-    EXPECT_TRUE(fault.Received("SQLDisconnect"));
-    EXPECT_TRUE(fault.Received("SQLFreeConnect"));
-    db.Open();
-    EXPECT_TRUE(db.Connected());
-    db.Close();
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "database_test_support.h"
 #include "odbc_statement_test_support.h"
+#include "quorda/core/odbc_transaction.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/messages.h"
@@ -27,6 +28,10 @@ TEST_P(DatabaseConnect, DriverStringConnectsAndTheCompletedStringReopens) {
     events.Attach(db);
     db.SetDriverConnectOption(dcoDriverNoPrompt);
     db.SetConnectStr(Profile.ConnectionString);
+    // Every driver takes the timeouts (an option it refused would fail the open); what they limit is
+    // pinned in statement_interrupts_test.cpp.
+    db.SetLoginTimeout(5);
+    db.SetConnectionTimeout(5);
     db.Open();
     ASSERT_TRUE(db.Connected());
     EXPECT_EQ(events.Lines, (std::vector<std::string>{"before", "after"}));
@@ -60,10 +65,8 @@ TEST_P(DatabaseConnect, DataSourceNameConnectsAndAnUnknownOneRaisesTheDriverMana
     db.SetUserID(Profile.User);
     const auto e = Raised<EODBCError>([&] { db.Open(); });
     ASSERT_TRUE(e);
+    // The diagnostics themselves are pinned in the odbc suite (CheckODBC).
     EXPECT_EQ(e->SQLState().substr(0, 6), "IM002;");
-    EXPECT_EQ(e->NativeError(), 0);
-    EXPECT_NE(e->NativeMessage().find("Data source name not found"), std::string::npos) << e->NativeMessage();
-    EXPECT_EQ(e->Message().substr(0, e->NativeMessage().size()), e->NativeMessage());
     EXPECT_EQ(e->Henv(), odbcEnv());
     EXPECT_EQ(e->Hdbc(), db.GetDBC());
     EXPECT_EQ(e->Hstmt(), nullptr);
@@ -109,22 +112,27 @@ TEST_P(DatabaseConnect, CommitAndRollbackDecideWhatASecondConnectionSees) {
     EXPECT_FALSE(db->InTransaction());
     EXPECT_EQ(other.Scalar(count), "1");
 
-    db->StartTransaction();
-    ExecOn(*db, "insert into " + table + " values (2)");
-    db->Rollback();
+    // A transaction guard rolls back unless it was committed.
+    for (bool commit : {false, true}) {
+        TODBCTransaction transaction(*db);
+        ExecOn(*db, "insert into " + table + " values (2)");
+        if (commit) {
+            transaction.Commit();
+        }
+    }
     EXPECT_FALSE(db->InTransaction());
-    EXPECT_EQ(other.Scalar(count), "1");
+    EXPECT_EQ(other.Scalar(count), "2");
 
     // Outside a transaction the connection is back in autocommit mode.
     ExecOn(*db, "insert into " + table + " values (3)");
-    EXPECT_EQ(other.Scalar(count), "2");
+    EXPECT_EQ(other.Scalar(count), "3");
 
     // Closing with an open transaction rolls it back.
     db->StartTransaction();
     ExecOn(*db, "insert into " + table + " values (4)");
     db->Close();
     EXPECT_FALSE(db->InTransaction());
-    EXPECT_EQ(other.Scalar(count), "2");
+    EXPECT_EQ(other.Scalar(count), "3");
 
     other.Exec("drop table " + table);
 }

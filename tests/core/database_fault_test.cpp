@@ -17,14 +17,10 @@ using Lines = std::vector<std::string>;
 
 // The calls of the log that the database itself decides (the driver manager adds info queries).
 Lines ConnectionCalls(const FaultDriver& fault) {
-    Lines lines;
-    for (const auto& line : fault.Calls()) {
-        for (const char* name :
-             {"SQLDriverConnect", "SQLConnect", "SQLSetConnectOption", "SQLTransact", "SQLDisconnect"}) {
-            if (line.rfind(std::string(name) + " ", 0) == 0 || line == name) {
-                lines.push_back(line.substr(0, line.find(" Driver=")));
-            }
-        }
+    Lines lines = fault.Calls(
+        {"SQLDriverConnect", "SQLConnect", "SQLSetConnectOption", "SQLTransact", "SQLDisconnect"});
+    for (auto& line : lines) {
+        line = line.substr(0, line.find(" Driver="));
     }
     return lines;
 }
@@ -55,22 +51,6 @@ TEST(FaultDiagnostics, TwoRecordsFollowTheLabellingRule) {
     EXPECT_EQ(e->Hstmt(), nullptr);
     EXPECT_FALSE(db->Connected());
     EXPECT_EQ(events.Lines, Lines{"before"});
-}
-
-TEST(FaultDiagnostics, NativeCodeComesFromTheFirstRecordThatCarriesOne) {
-    struct Case {
-        const char* firstNative;
-        SQLINTEGER native;
-        const char* message;
-    };
-    for (const Case& c : {Case{"0", 1234, "second"}, Case{"7", 7, "first"}}) {
-        FaultDriver fault(std::string("fail:SQLDriverConnect|diag:SQLDriverConnect:08S01/") + c.firstNative +
-                          "/first|diag:SQLDriverConnect:08001/1234/second");
-        const auto e = Raised<EODBCError>([&] { FaultDatabase(fault)->Open(); });
-        ASSERT_TRUE(e);
-        EXPECT_EQ(e->NativeError(), c.native);
-        EXPECT_EQ(e->NativeMessage(), c.message);
-    }
 }
 
 TEST(FaultConnect, ACancelledDialogLeavesTheDatabaseClosedWithoutErrorOrEvent) {
@@ -140,8 +120,9 @@ TEST(FaultConnect, TransactionsSwitchAutocommitAroundTheBracket) {
     EXPECT_EQ(ConnectionCalls(fault), (Lines{"SQLTransact 1", "SQLSetConnectOption 102 1", "SQLDisconnect"}));
 }
 
-TEST(FaultConnect, AFailingCommitKeepsTheTransactionOpen) {
-    FaultDriver fault("fail:SQLTransact@1|diag:SQLTransact:40001/0/serialization failure");
+TEST(FaultConnect, AFailingCommitKeepsTheTransactionAFailingRollbackStillDisconnects) {
+    FaultDriver fault("fail:SQLTransact@1|diag:SQLTransact:40001/0/serialization failure"
+                      "|fail:SQLTransact@2|diag:SQLTransact:08S01/5/link down");
     auto db = FaultDatabase(fault);
     db->Open();
     db->StartTransaction();
@@ -149,9 +130,16 @@ TEST(FaultConnect, AFailingCommitKeepsTheTransactionOpen) {
     EXPECT_THROW(db->Commit(), EODBCError);
     EXPECT_TRUE(db->InTransaction());
     EXPECT_EQ(ConnectionCalls(fault), Lines{"SQLTransact 0"}); // autocommit not switched back
-    db->Close();                                               // the rollback of Close succeeds
-    EXPECT_FALSE(db->InTransaction());
+    // Close rolls back, and disconnects even when that fails; then it raises.
+    const auto e = Raised<EODBCError>([&] { db->Close(); });
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->NativeMessage(), "link down");
     EXPECT_FALSE(db->Connected());
+    EXPECT_FALSE(db->InTransaction());
+    EXPECT_TRUE(fault.Received("SQLDisconnect"));
+    EXPECT_TRUE(fault.Received("SQLFreeConnect"));
+    db->Open();
+    EXPECT_TRUE(db->Connected());
 }
 
 TEST(FaultConnect, FailingConnectionOptionsRaiseWhereTheyHappen) {

@@ -15,19 +15,36 @@ using testing::DatabaseErrorOf;
 using testing::FakeClient;
 using Log = std::vector<std::string>;
 
-TEST(DatabaseName, MustBeUniqueAmongNonEmptyNames) {
+// Other tests of the process may leave databases registered; the session is checked relative to
+// what was there before.
+TEST(DatabaseName, UniqueAmongNonEmptyNamesAndFoundExactlyInTheSessionsOrder) {
+    TODBCSession* session = ODBCSession();
+    const int before = session->GetDatabaseCount();
+    auto first = std::make_unique<TODBCDatabase>(nullptr);
     auto a = std::make_unique<TODBCDatabase>(nullptr);
     auto b = std::make_unique<TODBCDatabase>(nullptr);
     a->SetDatabaseName("RulesA");
+    ASSERT_EQ(session->GetDatabaseCount(), before + 3);
+    EXPECT_EQ(session->GetDatabase(before + 1), a.get());
     EXPECT_EQ(DatabaseErrorOf([&] { b->SetDatabaseName("RulesA"); }),
               "ODBC Database with name RulesA allready exists");
     EXPECT_EQ(b->DatabaseName(), "");
     a->SetDatabaseName("RulesA"); // its own name again
     b->SetDatabaseName("rulesa"); // names compare case-sensitively
+    EXPECT_EQ(session->FindDatabase("RulesA"), a.get());
+    EXPECT_EQ(session->FindDatabase("RulesA "), nullptr);
     a->SetDatabaseName("");
     b->SetDatabaseName(""); // any number of unnamed databases
     b->SetDatabaseName("RulesA");
-    EXPECT_EQ(ODBCSession()->FindDatabase("RulesA"), b.get());
+    EXPECT_EQ(session->FindDatabase("RulesA"), b.get());
+    // Databases left by other tests may be unnamed too; the first unnamed one comes first.
+    EXPECT_NE(session->FindDatabase(""), a.get());
+
+    first.reset();
+    ASSERT_EQ(session->GetDatabaseCount(), before + 2);
+    EXPECT_EQ(session->GetDatabase(before), a.get());
+    EXPECT_THROW(session->GetDatabase(before + 2), Exception);
+    EXPECT_EQ(session->GetEnv(), odbcEnv());
 }
 
 TEST(DatabaseWithoutConnection, ConnectionCallsRaiseTheDriverManagersError) {

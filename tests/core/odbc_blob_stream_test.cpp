@@ -94,12 +94,8 @@ TEST_P(BlobStream, RecordsOfALinkWindowReadTheirOwnRows) {
     ring.Link.SetActiveRecord(0);
 }
 
-TEST_P(BlobStream, StringTrimRightCutsTrailingBlanksOfMemos) {
-    Db.SetStringTrimRight(true);
-    EXPECT_EQ(StreamText(Opened("select memo from " + Table + " where id = 4"), "memo"), "tail");
-}
-
-// String fields read through the stream as text; other fields are no blobs.
+// String fields read through the stream as text, trimmed like memos when asked; other fields are no
+// blobs.
 TEST_P(BlobStream, StringFieldsReadAsTextOthersAreRefused) {
     const std::string table = MakeTable("blob_strings", "id integer, name varchar(40)", "(1, 'Grüße   ')");
     TODBCQuery& query = Opened("select name, id from " + table);
@@ -109,6 +105,8 @@ TEST_P(BlobStream, StringFieldsReadAsTextOthersAreRefused) {
     EXPECT_EQ(StreamText(query, "name"), "Grüße");
     EXPECT_EQ(ErrorOf([&] { query.CreateBlobStream(query.FieldByName("id"), bmRead); }),
               LoadStr(SODBCInvalidBLOB));
+    // Memos are trimmed the same way.
+    EXPECT_EQ(StreamText(Opened("select memo from " + Table + " where id = 4"), "memo"), "tail");
 }
 
 TEST_P(BlobStream, WritingIsRefusedOnTheReadOnlyDataset) {

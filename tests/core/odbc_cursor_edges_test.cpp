@@ -1,6 +1,5 @@
 // The cursor's edge cases on real drivers: one-row results, NULL slots, trimmed text, duplicate and
-// oversized columns, column types that cannot be opened, statements without rows, and reopening
-// the cursor under an open dataset.
+// oversized columns, statements without rows, and reopening the cursor under an open dataset.
 
 #include "core/odbc_dataset_p.h"
 #include "odbc_cursor_fixture.h"
@@ -101,27 +100,6 @@ TEST_P(CursorEdges, LongTextColumnIsCappedAtTheBlobBufferSize) {
     small.SetBlobBufferSize(100);
     small.Open();
     EXPECT_EQ(small.FieldDefs()[0]->Size(), 100);
-}
-
-TEST_P(CursorEdges, VarbinaryColumnFailsTheOpen) {
-    const std::string table = quorda_test::UniqueTableName("edge_varbin");
-    if (Profile.Name.rfind("pgsql", 0) != 0) {
-        Raw->Exec("create table " + table + " (id integer, v varbinary(10))");
-    } else {
-        Raw->Exec("create table " + table + " (id integer, v bytea)");
-        // psqlODBC reports bytea as VARBINARY when asked to.
-        Db.Close();
-        Db.SetConnectStr(testing::ConnectionFor(Profile) + ";ByteaAsLongVarBinary=0");
-        Db.Open();
-    }
-    TODBCQuery& query = Query("select id, v from " + table);
-    EXPECT_EQ(ErrorOf([&] { query.Open(); }),
-              "TODBCDataSet.InternalInitRecord: ODBC This function not implemented");
-    EXPECT_FALSE(query.Active());
-    // The dataset is usable again afterwards.
-    query.SQL().SetText("select id from " + table);
-    query.Open();
-    EXPECT_TRUE(query.IsEmpty());
 }
 
 TEST_P(CursorEdges, StatementWithoutResultSetHasNoDefinitions) {

@@ -45,14 +45,18 @@ TEST(CursorFaultTypes, DecimalAndWideTextColumnsMapLikeTheirNarrowTwins) {
     EXPECT_TRUE(testing::SameRows(testing::ReadToEnd(*db.Query), row));
 }
 
+// VARBINARY among them: SQLite ODBC and MariaDB report varbinary(n), psqlODBC bytea with
+// ByteaAsLongVarBinary=0. A second attempt meets the same refusal, not a half-open dataset.
 TEST(CursorFaultTypes, UnmappedColumnTypesFailTheOpenWithTheInitRecordMessage) {
     for (const char* type : {"-3", "-11", "0", "2004"}) {
         SCOPED_TRACE(type);
         FaultDatabase db(std::string("result:id/4,v/") + type + "|rows:1");
-        EXPECT_EQ(ErrorOf([&] { db.Query->Open(); }),
-                  "TODBCDataSet.InternalInitRecord: ODBC This function not implemented");
-        EXPECT_FALSE(db.Query->Active());
-        EXPECT_FALSE(db.Query->HoldsStatement());
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            EXPECT_EQ(ErrorOf([&] { db.Query->Open(); }),
+                      "TODBCDataSet.InternalInitRecord: ODBC This function not implemented");
+            EXPECT_FALSE(db.Query->Active());
+            EXPECT_FALSE(db.Query->HoldsStatement());
+        }
     }
 }
 

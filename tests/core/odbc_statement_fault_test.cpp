@@ -22,26 +22,13 @@ using testing::OpenDatabase;
 using testing::Raised;
 using Lines = std::vector<std::string>;
 
-// The log lines that begin with one of the given words.
-Lines CallsOf(const FaultDriver& fault, std::initializer_list<const char*> names) {
-    Lines lines;
-    for (const auto& line : fault.Calls()) {
-        for (const char* name : names) {
-            if (line == name || line.rfind(std::string(name) + " ", 0) == 0) {
-                lines.push_back(line);
-            }
-        }
-    }
-    return lines;
-}
-
 TEST(StatementExecution, WithoutParametersRunsDirectlyOtherwisePrepares) {
     FaultDriver fault;
     auto db = OpenDatabase(fault.ConnectionString());
     auto direct = MakeQuery(db.get(), "delete from t where note = 'a:b'");
     direct->ExecSQL();
     EXPECT_EQ(direct->State(), dsBrowse); // set although no cursor is shown
-    EXPECT_EQ(CallsOf(fault, {"SQLPrepare", "SQLExecute", "SQLExecDirect"}),
+    EXPECT_EQ(fault.Calls({"SQLPrepare", "SQLExecute", "SQLExecDirect"}),
               Lines{"SQLExecDirect delete from t where note = 'a:b'"});
 
     fault.ClearLog();
@@ -55,7 +42,7 @@ TEST(StatementExecution, WithoutParametersRunsDirectlyOtherwisePrepares) {
     prepared->ExecSQL();
     // Prepared and reset once; a binding is kept while its types and buffer stay (a shorter text
     // keeps the larger column size) and made again when the type changes.
-    EXPECT_EQ(CallsOf(fault, {"SQLPrepare", "SQLExecute", "SQLExecDirect", "SQLBindParameter"}),
+    EXPECT_EQ(fault.Calls({"SQLPrepare", "SQLExecute", "SQLExecDirect", "SQLBindParameter"}),
               (Lines{"SQLPrepare update t set a = ? where id = ?", "SQLBindParameter 1 1 4 4 4 0 4",
                      "SQLBindParameter 2 1 4 4 4 0 4", "SQLExecute", "SQLBindParameter 1 1 1 1 5 0 5",
                      "SQLExecute", "SQLExecute"}));
@@ -66,7 +53,7 @@ TEST(StatementExecution, WithoutParametersRunsDirectlyOtherwisePrepares) {
     auto designed = MakeQuery(db.get(), "delete from t");
     designed->SetDesigning(true);
     designed->ExecSQL();
-    EXPECT_EQ(CallsOf(fault, {"SQLPrepare", "SQLExecute", "SQLExecDirect"}),
+    EXPECT_EQ(fault.Calls({"SQLPrepare", "SQLExecute", "SQLExecDirect"}),
               (Lines{"SQLPrepare delete from t", "SQLExecute"}));
 }
 
@@ -90,20 +77,20 @@ TEST(StatementExecution, EveryParameterTypeIsBoundAsConverted) {
     query->ParamByName("fm")->SetText("formatted");
     query->ExecSQL();
     // <n> <C type> <SQL type> <column size> <indicator> <value as the driver read it>
-    EXPECT_EQ(CallsOf(fault, {"param"}), (Lines{
-                                             "param 1 1 1 13 13 13:O'Brien %C3%A9t%C3%A9",
-                                             "param 2 4 4 4 4 -42",
-                                             "param 3 8 8 8 8 2.5",
-                                             "param 4 1 1 5 5 5:12.34",
-                                             "param 5 9 9 6 6 2024-02-29",
-                                             "param 6 10 10 6 6 13:45:10",
-                                             "param 7 11 11 23 16 2024-02-29 13:45:10.7000000",
-                                             "param 8 4 4 4 4 -1",
-                                             "param 9 1 -1 9 9 9:memo text",
-                                             "param 10 -2 -4 4 4 4:blob",
-                                             "param 11 4 4 4 4 7",
-                                             "param 12 1 -1 9 9 9:formatted",
-                                         }));
+    EXPECT_EQ(fault.Calls({"param"}), (Lines{
+                                          "param 1 1 1 13 13 13:O'Brien %C3%A9t%C3%A9",
+                                          "param 2 4 4 4 4 -42",
+                                          "param 3 8 8 8 8 2.5",
+                                          "param 4 1 1 5 5 5:12.34",
+                                          "param 5 9 9 6 6 2024-02-29",
+                                          "param 6 10 10 6 6 13:45:10",
+                                          "param 7 11 11 23 16 2024-02-29 13:45:10.7000000",
+                                          "param 8 4 4 4 4 -1",
+                                          "param 9 1 -1 9 9 9:memo text",
+                                          "param 10 -2 -4 4 4 4:blob",
+                                          "param 11 4 4 4 4 7",
+                                          "param 12 1 -1 9 9 9:formatted",
+                                      }));
 }
 
 TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
@@ -122,15 +109,15 @@ TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
     query->ExecSQL();
     // A string beyond ParamAtExecSize becomes long text with twice its length as column size; the
     // value pointer is the item's own index, the buffer length 0.
-    EXPECT_EQ(CallsOf(fault, {"SQLBindParameter"}), (Lines{
-                                                        "SQLBindParameter 1 1 1 -1 18000 0 0",
-                                                        "SQLBindParameter 2 1 1 1 5 0 5",
-                                                        "SQLBindParameter 3 1 -2 -4 10000 0 0",
-                                                    }));
+    EXPECT_EQ(fault.Calls({"SQLBindParameter"}), (Lines{
+                                                     "SQLBindParameter 1 1 1 -1 18000 0 0",
+                                                     "SQLBindParameter 2 1 1 1 5 0 5",
+                                                     "SQLBindParameter 3 1 -2 -4 10000 0 0",
+                                                 }));
     // Text pieces of BlobBufferSize, the last one without the terminating zero; binary data whole.
-    EXPECT_EQ(CallsOf(fault, {"SQLPutData"}),
+    EXPECT_EQ(fault.Calls({"SQLPutData"}),
               (Lines{"SQLPutData 8192", "SQLPutData 808", "SQLPutData 8192", "SQLPutData 1808"}));
-    const Lines params = CallsOf(fault, {"param"});
+    const Lines params = fault.Calls({"param"});
     ASSERT_EQ(params.size(), 3u);
     EXPECT_EQ(params[0].substr(0, 29), "param 1 1 -1 18000 -9100 9000");
     EXPECT_EQ(params[0].substr(params[0].size() - 4), "xxxx"); // the log shows the first 200 bytes
@@ -144,10 +131,10 @@ TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
     query->SetBlobBufferSize(3000);
     query->ParamByName("short")->SetAsString(std::string("abc\0efg", 7));
     query->ExecSQL();
-    EXPECT_EQ(CallsOf(fault, {"SQLPutData"}),
+    EXPECT_EQ(fault.Calls({"SQLPutData"}),
               (Lines{"SQLPutData 3000", "SQLPutData 3000", "SQLPutData 3000", "SQLPutData 7",
                      "SQLPutData 3000", "SQLPutData 3000", "SQLPutData 3000", "SQLPutData 1000"}));
-    const Lines again = CallsOf(fault, {"param"});
+    const Lines again = fault.Calls({"param"});
     ASSERT_EQ(again.size(), 3u);
     EXPECT_EQ(again[1], "param 2 1 -1 14 -107 7:abc%00efg");
 }
@@ -163,12 +150,12 @@ TEST(StatementExecution, AnyWarningFromSQLPutDataFailsTheExecution) {
     EXPECT_EQ(e->Hstmt(), query->StatementHandle());
     EXPECT_EQ(e->Hdbc(), nullptr); // the statement's own diagnostics only
     EXPECT_EQ(fault.Count("SQLPutData 8192"), 2);
-    EXPECT_EQ(CallsOf(fault, {"param"}).size(), 0u); // the statement never ran
+    EXPECT_EQ(fault.Calls({"param"}).size(), 0u); // the statement never ran
 
     // The failed attempt leaves nothing behind that stops the next one.
     fault.ClearLog();
     query->ExecSQL();
-    EXPECT_EQ(CallsOf(fault, {"param"}).size(), 1u);
+    EXPECT_EQ(fault.Calls({"param"}).size(), 1u);
 }
 
 TEST(StatementExecution, RefusedValuesAndTextsFailBeforeAnythingRuns) {
@@ -189,7 +176,7 @@ TEST(StatementExecution, RefusedValuesAndTextsFailBeforeAnythingRuns) {
     tiny->Prepare();
     EXPECT_TRUE(tiny->Prepared());
     // The refused values were found while binding, after preparing; nothing was executed.
-    EXPECT_EQ(CallsOf(fault, {"SQLExecute", "SQLExecDirect"}), Lines{});
+    EXPECT_EQ(fault.Calls({"SQLExecute", "SQLExecDirect"}), Lines{});
     EXPECT_TRUE(fault.Received("SQLPrepare xy"));
 }
 
@@ -208,7 +195,7 @@ TEST(StatementExecution, ParameterNumbersBeyondODBCsRangeAreRefusedNotWrapped) {
     }
     EXPECT_EQ(DatabaseErrorOf([&] { query->ExecSQL(); }),
               FormatMessage(LoadStr(SODBCTooManyParams), 65536, 65535));
-    EXPECT_EQ(CallsOf(fault, {"SQLPrepare", "SQLBindParameter"}), Lines{});
+    EXPECT_EQ(fault.Calls({"SQLPrepare", "SQLBindParameter"}), Lines{});
 }
 
 // The timeout reaches every statement the dataset makes, and only when one is set.
@@ -223,8 +210,7 @@ TEST(StatementHandle, QueryTimeoutIsSetOnEveryStatement) {
     query->SQL().SetText("update t set a = :a");
     query->ParamByName("a")->SetAsInteger(3);
     query->ExecSQL();
-    EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption 0"}),
-              (Lines{"SQLSetStmtOption 0 5", "SQLSetStmtOption 0 5"}));
+    EXPECT_EQ(fault.Calls({"SQLSetStmtOption 0"}), (Lines{"SQLSetStmtOption 0 5", "SQLSetStmtOption 0 5"}));
 }
 
 TEST(StatementExecution, AFailedExecutionIsRepeatedFromScratch) {
@@ -240,7 +226,7 @@ TEST(StatementExecution, AFailedExecutionIsRepeatedFromScratch) {
     EXPECT_EQ(query->State(), dsInactive);
     query->ParamByName("a")->SetAsInteger(2);
     query->ExecSQL();
-    EXPECT_EQ(CallsOf(fault, {"param"}), Lines{"param 1 4 4 4 4 2"});
+    EXPECT_EQ(fault.Calls({"param"}), Lines{"param 1 4 4 4 4 2"});
     EXPECT_EQ(fault.Count("SQLPrepare insert into t values (?)"), 1);
 }
 
@@ -249,11 +235,11 @@ TEST(StatementHandle, CursorOptionsFollowTheSettings) {
     auto db = OpenDatabase(fault.ConnectionString());
     auto keyset = MakeQuery(db.get(), "delete from t");
     keyset->CreateHandle();
-    EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption", "SQLGetStmtOption"}), Lines{"SQLSetStmtOption 6 1"});
+    EXPECT_EQ(fault.Calls({"SQLSetStmtOption", "SQLGetStmtOption"}), Lines{"SQLSetStmtOption 6 1"});
     // Applied to the existing statement at once.
     keyset->SetUniDirectional(true);
     keyset->SetUniDirectional(true);
-    EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption", "SQLGetStmtOption"}),
+    EXPECT_EQ(fault.Calls({"SQLSetStmtOption", "SQLGetStmtOption"}),
               (Lines{"SQLSetStmtOption 6 1", "SQLSetStmtOption 6 0"}));
     // Once prepared, the driver manager refuses a new cursor type; the setting is kept anyway.
     keyset->Prepare();
@@ -266,7 +252,7 @@ TEST(StatementHandle, CursorOptionsFollowTheSettings) {
     forward->SetBlockCursor(true);
     forward->ExecSQL();
     // The driver grants fewer rows per block than asked: the dataset takes its word.
-    EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption", "SQLGetStmtOption"}),
+    EXPECT_EQ(fault.Calls({"SQLSetStmtOption", "SQLGetStmtOption"}),
               (Lines{"SQLSetStmtOption 9 100", "SQLGetStmtOption 9"}));
     EXPECT_EQ(forward->RowSetSize(), 20);
 
@@ -275,7 +261,7 @@ TEST(StatementHandle, CursorOptionsFollowTheSettings) {
     auto block = MakeQuery(db.get(), "delete from t");
     block->SetBlockCursor(true);
     block->ExecSQL();
-    EXPECT_EQ(CallsOf(fault, {"SQLSetStmtOption", "SQLGetStmtOption"}), Lines{"SQLSetStmtOption 6 1"});
+    EXPECT_EQ(fault.Calls({"SQLSetStmtOption", "SQLGetStmtOption"}), Lines{"SQLSetStmtOption 6 1"});
     EXPECT_EQ(block->RowSetSize(), 100);
 }
 
@@ -314,7 +300,7 @@ TEST(StatementHandle, RowCountCursorNameAndRelease) {
     EXPECT_EQ(query->StatementHandle(), nullptr);
     EXPECT_EQ(query->State(), dsInactive);
     // (The first reset unprepares, the others go with the drop.)
-    EXPECT_EQ(CallsOf(fault, {"SQLFreeStmt"}),
+    EXPECT_EQ(fault.Calls({"SQLFreeStmt"}),
               (Lines{"SQLFreeStmt 3", "SQLFreeStmt 3", "SQLFreeStmt 2", "SQLFreeStmt 1"}));
 
     // Unpreparing only resets the parameters.
@@ -323,7 +309,7 @@ TEST(StatementHandle, RowCountCursorNameAndRelease) {
     query->UnPrepare();
     EXPECT_FALSE(query->Prepared());
     EXPECT_NE(query->StatementHandle(), nullptr);
-    EXPECT_EQ(CallsOf(fault, {"SQLFreeStmt"}), Lines{"SQLFreeStmt 3"});
+    EXPECT_EQ(fault.Calls({"SQLFreeStmt"}), Lines{"SQLFreeStmt 3"});
 }
 
 TEST(DatabaseDatasets, DatasetsJoinLeaveAndAreReleasedByTheirDatabase) {

@@ -59,7 +59,6 @@ std::string DatabaseErrorOf(Action&& action) {
 // Exposes the framework's protected operations of a query to the tests, and records data events.
 class TestQuery : public TODBCQuery {
 public:
-    using TODBCDataSet::BindAllParam;
     using TODBCDataSet::GetRecordSize;
     using TODBCDataSet::InternalAddRecord;
     using TODBCDataSet::InternalDelete;
@@ -73,7 +72,6 @@ public:
         Events.emplace_back(Event, Info);
         TODBCQuery::DataEvent(Event, Info);
     }
-    const std::vector<std::unique_ptr<TParamValueItem>>& ParamValues() const { return FParamValues; }
 
     std::vector<std::pair<TDataEvent, std::intptr_t>> Events;
 };

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <optional>
 #include <quorda_test/environment.h>
 #include <string>
 
@@ -45,42 +44,28 @@ TEST(ODBCSessionSources, DriverNamesHoldOnlyTheFirstDriverAndItsFirstAttribute) 
     EXPECT_NO_THROW(ODBCSession()->GetDriverNames(nullptr, nullptr));
 }
 
-// Sets an environment variable for the scope of a test and restores it.
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, const std::string& value) : FName(name) {
-        if (const char* old = std::getenv(name)) {
-            FOld = old;
-        }
-        ::setenv(name, value.c_str(), 1);
-    }
-    ~ScopedEnv() {
-        if (FOld) {
-            ::setenv(FName, FOld->c_str(), 1);
-        } else {
-            ::unsetenv(FName);
-        }
-    }
-
-private:
-    const char* FName;
-    std::optional<std::string> FOld;
-};
-
 TEST(ODBCSessionSources, WithoutAnyDriverTheListsStayEmpty) {
     const auto empty = quorda_test::UniquePath("no-drivers", "d");
     std::filesystem::create_directories(empty);
-    {
-        ScopedEnv sys("ODBCSYSINI", empty.string());
-        ScopedEnv inst("ODBCINSTINI", "odbcinst.ini");
-        ScopedEnv user("ODBCINI", (empty / "odbc.ini").string());
-        TStringList names, attributes;
-        names.Add("left over");
-        ODBCSession()->GetDriverNames(&names, &attributes);
-        EXPECT_EQ(names.Count(), 0);
-        EXPECT_EQ(attributes.Count(), 0);
-        ODBCSession()->GetDSNNames(&names, &attributes);
-        EXPECT_EQ(names.Count(), 0);
+    // The suite always runs with these set (by ctest or the support library).
+    const std::vector<std::pair<const char*, std::string>> settings = {
+        {"ODBCSYSINI", empty.string()},
+        {"ODBCINSTINI", "odbcinst.ini"},
+        {"ODBCINI", (empty / "odbc.ini").string()}};
+    std::vector<std::string> saved;
+    for (const auto& [name, value] : settings) {
+        saved.emplace_back(std::getenv(name));
+        ::setenv(name, value.c_str(), 1);
+    }
+    TStringList names, attributes;
+    names.Add("left over");
+    ODBCSession()->GetDriverNames(&names, &attributes);
+    EXPECT_EQ(names.Count(), 0);
+    EXPECT_EQ(attributes.Count(), 0);
+    ODBCSession()->GetDSNNames(&names, &attributes);
+    EXPECT_EQ(names.Count(), 0);
+    for (std::size_t i = 0; i < settings.size(); ++i) {
+        ::setenv(settings[i].first, saved[i].c_str(), 1);
     }
     std::filesystem::remove_all(empty);
 }

@@ -69,8 +69,7 @@ protected:
     // The same, as the query shows it.
     std::string QueryRows() {
         std::string text;
-        Query.First();
-        for (; !Query.Eof(); Query.Next()) {
+        for (Query.First(); !Query.Eof(); Query.Next()) {
             text += (text.empty() ? "" : " ") + Query.FieldByName("id")->AsString() + ":" +
                     Query.FieldByName("item")->AsString() + ":" + Query.FieldByName("qty")->AsString();
         }

@@ -11,6 +11,7 @@
 #include <quorda_test/profiles.h>
 #include <quorda_test/raw_odbc.h>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace quorda {
@@ -129,18 +130,15 @@ TEST_P(PoolTest, NewConnectionsCopyTheTemplate) {
     Pool.SetDSNName("dsn");
     Pool.SetUserID("user");
     Pool.SetPassword("secret");
-    TMultiODBCDataBase* database = Pool.AddDataBase();
-    EXPECT_FALSE(database->Connected());
-    EXPECT_EQ(database->ParamAtExecSize(), 100);
-    EXPECT_EQ(database->DriverConnectOption(), dcoDriverNoPrompt);
-    EXPECT_EQ(database->AutoCommitOption(), acoAutoCommit);
-    EXPECT_EQ(database->IsolationLevel(), ilSerializable);
-    EXPECT_EQ(database->SQLCursorOption(), curUseDriver);
-    EXPECT_TRUE(database->StringTrimRight());
-    EXPECT_TRUE(database->IgnoreOriginInfo());
-    EXPECT_EQ(database->DSNName() + database->UserID() + database->Password(), "dsnusersecret");
-    EXPECT_EQ(database->ConnectStr(), Profile.ConnectionString);
-    EXPECT_EQ(database->ConnectStyle(), csDriverConnect);
+    TMultiODBCDataBase* d = Pool.AddDataBase();
+    EXPECT_FALSE(d->Connected());
+    EXPECT_EQ(std::make_tuple(d->ParamAtExecSize(), d->DriverConnectOption(), d->AutoCommitOption(),
+                              d->IsolationLevel(), d->SQLCursorOption(), d->ConnectStyle()),
+              std::make_tuple(100, dcoDriverNoPrompt, acoAutoCommit, ilSerializable, curUseDriver,
+                              csDriverConnect));
+    EXPECT_TRUE(d->StringTrimRight() && d->IgnoreOriginInfo());
+    EXPECT_EQ(d->DSNName() + d->UserID() + d->Password() + d->ConnectStr(),
+              "dsnusersecret" + Profile.ConnectionString);
 }
 
 TEST_P(PoolTest, FailingOperationLeavesTheConnectionFreeForOtherThreads) {

@@ -61,8 +61,10 @@ TEST(CheckODBC, RaisesTheDriverManagersDiagnosticsForTheConnection) {
     EXPECT_FALSE(dbc);
 }
 
+// Only errors, invalid handles and SQL_STILL_EXECUTING raise.
 TEST(CheckODBC, PassesSuccessAndNoDataThroughAndTracesEveryCall) {
     TraceCapture trace;
+    EXPECT_FALSE(RetCodeIsSuccessful(SQL_INVALID_HANDLE));
     EXPECT_EQ(CheckODBC(SQL_NO_DATA_FOUND, nullptr, nullptr, nullptr, "SQLFetch"), SQL_NO_DATA_FOUND);
     EXPECT_EQ(CheckODBC(SQL_NEED_DATA, nullptr, nullptr, nullptr, "SQLExecute"), SQL_NEED_DATA);
     EXPECT_THROW(CheckODBC(SQL_STILL_EXECUTING, nullptr, nullptr, nullptr, "SQLExecDirect"), EODBCError);

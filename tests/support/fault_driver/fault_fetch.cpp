@@ -10,21 +10,6 @@
 namespace quorda_fault {
 namespace {
 
-Stmt* AsStmt(SQLHSTMT handle) {
-    return static_cast<Stmt*>(handle);
-}
-
-template <typename Body>
-SQLRETURN StmtCall(SQLHSTMT handle, const char* call, const std::string& arguments, Body&& body) {
-    if (handle == nullptr) {
-        return SQL_INVALID_HANDLE;
-    }
-    std::unique_lock lock(DriverLock());
-    Stmt& stmt = *AsStmt(handle);
-    return Dispatch(lock, stmt, stmt.Owner, call, arguments,
-                    [&](const CallOutcome& outcome) -> SQLRETURN { return body(stmt, outcome); });
-}
-
 // The columns a statement describes: those of its open cursor, or of the query it has prepared.
 const std::vector<ScriptColumn>* Described(const Stmt& stmt) {
     if (stmt.Open) {
@@ -34,53 +19,6 @@ const std::vector<ScriptColumn>* Described(const Stmt& stmt) {
         return &stmt.Owner->Rules.Columns();
     }
     return nullptr;
-}
-
-long long OctetLength(const ScriptColumn& column) {
-    switch (column.SqlType) {
-    case SQL_BIT:
-    case SQL_TINYINT:
-        return 1;
-    case SQL_SMALLINT:
-        return 2;
-    case SQL_INTEGER:
-    case SQL_REAL:
-        return 4;
-    case SQL_FLOAT:
-    case SQL_DOUBLE:
-    case SQL_BIGINT:
-        return 8;
-    case SQL_DATE:
-    case SQL_TIME:
-        return 6;
-    case SQL_TIMESTAMP:
-        return 16;
-    default:
-        return column.Size;
-    }
-}
-
-std::string TypeName(int sqlType) {
-    switch (sqlType) {
-    case SQL_CHAR:
-        return "CHAR";
-    case SQL_VARCHAR:
-        return "VARCHAR";
-    case SQL_LONGVARCHAR:
-        return "TEXT";
-    case SQL_INTEGER:
-        return "INTEGER";
-    case SQL_SMALLINT:
-        return "SMALLINT";
-    case SQL_BIGINT:
-        return "BIGINT";
-    case SQL_DOUBLE:
-        return "DOUBLE";
-    case SQL_TIMESTAMP:
-        return "TIMESTAMP";
-    default:
-        return "TYPE" + std::to_string(sqlType);
-    }
 }
 
 // Where the cursor lands, by the scrolling rules of ODBC (SQLExtendedFetch / SQLFetchScroll). Returns
@@ -182,7 +120,6 @@ SQLRETURN FetchRowset(Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long 
         *fetched = static_cast<SQLULEN>(stmt.RowsetRows);
     }
     SQLRETURN rc = SQL_SUCCESS;
-    SQLULEN bindType = stmt.Option(SQL_BIND_TYPE, SQL_BIND_BY_COLUMN);
     for (long long i = 0; i < rowset; ++i) {
         if (status != nullptr) {
             status[i] = i < stmt.RowsetRows ? SQL_ROW_SUCCESS : SQL_ROW_NOROW;
@@ -195,21 +132,14 @@ SQLRETURN FetchRowset(Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long 
             if (number < 1 || number > stmt.Result.Columns.size() || binding.Data == nullptr) {
                 continue;
             }
-            size_t step =
-                bindType == SQL_BIND_BY_COLUMN ? static_cast<size_t>(binding.BufferLength) : bindType;
-            auto* data = static_cast<char*>(binding.Data) + static_cast<size_t>(i) * step;
-            SQLLEN* indicator = binding.Indicator;
-            if (indicator != nullptr && i > 0) {
-                indicator =
-                    bindType == SQL_BIND_BY_COLUMN
-                        ? indicator + i
-                        : reinterpret_cast<SQLLEN*>(reinterpret_cast<char*>(indicator) + i * bindType);
-            }
+            // Column-wise binding, the only kind the library uses.
+            auto* data = static_cast<char*>(binding.Data) + i * binding.BufferLength;
+            SQLLEN* indicator = binding.Indicator != nullptr ? binding.Indicator + i : nullptr;
             size_t offsetInValue = 0;
             bool done = false;
             Value value = static_cast<size_t>(number - 1) < row.size() ? row[number - 1] : std::nullopt;
-            SQLRETURN one = WriteValue(stmt, value, stmt.Result.Columns[number - 1].SqlType, binding.CType,
-                                       data, binding.BufferLength, indicator, offsetInValue, false, done);
+            SQLRETURN one = WriteValue(stmt, value, binding.CType, data, binding.BufferLength, indicator,
+                                       offsetInValue, false, done);
             if (one == SQL_ERROR) {
                 return one;
             }
@@ -232,7 +162,7 @@ SQLRETURN FetchRowset(Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long 
 using namespace quorda_fault;
 
 FAULT_EXPORT SQLRETURN SQL_API SQLNumResultCols(SQLHSTMT handle, SQLSMALLINT* count) {
-    return StmtCall(handle, "SQLNumResultCols", {}, [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+    return StmtCall(handle, "SQLNumResultCols", {}, [&](Stmt& stmt) -> SQLRETURN {
         const auto* columns = Described(stmt);
         if (count != nullptr) {
             *count = static_cast<SQLSMALLINT>(columns != nullptr ? columns->size() : 0);
@@ -244,37 +174,36 @@ FAULT_EXPORT SQLRETURN SQL_API SQLNumResultCols(SQLHSTMT handle, SQLSMALLINT* co
 FAULT_EXPORT SQLRETURN SQL_API SQLDescribeCol(SQLHSTMT handle, SQLUSMALLINT number, SQLCHAR* name,
                                               SQLSMALLINT nameMax, SQLSMALLINT* nameLength, SQLSMALLINT* type,
                                               SQLULEN* size, SQLSMALLINT* digits, SQLSMALLINT* nullable) {
-    return StmtCall(handle, "SQLDescribeCol", std::to_string(number),
-                    [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
-                        const auto* columns = Described(stmt);
-                        if (columns == nullptr) {
-                            return stmt.Error("24000", "Invalid cursor state");
-                        }
-                        if (number < 1 || number > columns->size()) {
-                            return stmt.Error("S1002", "Invalid column number");
-                        }
-                        const ScriptColumn& column = (*columns)[number - 1];
-                        if (type != nullptr) {
-                            *type = static_cast<SQLSMALLINT>(column.SqlType);
-                        }
-                        if (size != nullptr) {
-                            *size = static_cast<SQLULEN>(column.Size);
-                        }
-                        if (digits != nullptr) {
-                            *digits = static_cast<SQLSMALLINT>(column.Digits);
-                        }
-                        if (nullable != nullptr) {
-                            *nullable = SQL_NULLABLE;
-                        }
-                        return CopyOut(stmt, column.Name, name, nameMax, nameLength);
-                    });
+    return StmtCall(handle, "SQLDescribeCol", std::to_string(number), [&](Stmt& stmt) -> SQLRETURN {
+        const auto* columns = Described(stmt);
+        if (columns == nullptr) {
+            return stmt.Error("24000", "Invalid cursor state");
+        }
+        if (number < 1 || number > columns->size()) {
+            return stmt.Error("S1002", "Invalid column number");
+        }
+        const ScriptColumn& column = (*columns)[number - 1];
+        if (type != nullptr) {
+            *type = static_cast<SQLSMALLINT>(column.SqlType);
+        }
+        if (size != nullptr) {
+            *size = static_cast<SQLULEN>(column.Size);
+        }
+        if (digits != nullptr) {
+            *digits = static_cast<SQLSMALLINT>(column.Digits);
+        }
+        if (nullable != nullptr) {
+            *nullable = SQL_NULLABLE;
+        }
+        return CopyOut(stmt, column.Name, name, nameMax, nameLength);
+    });
 }
 
 FAULT_EXPORT SQLRETURN SQL_API SQLColAttributes(SQLHSTMT handle, SQLUSMALLINT number, SQLUSMALLINT field,
                                                 SQLPOINTER text, SQLSMALLINT textMax, SQLSMALLINT* textLength,
                                                 SQLLEN* numeric) {
     return StmtCall(handle, "SQLColAttributes", std::to_string(number) + " " + std::to_string(field),
-                    [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+                    [&](Stmt& stmt) -> SQLRETURN {
                         const auto* columns = Described(stmt);
                         if (columns == nullptr) {
                             return stmt.Error("24000", "Invalid cursor state");
@@ -295,40 +224,20 @@ FAULT_EXPORT SQLRETURN SQL_API SQLColAttributes(SQLHSTMT handle, SQLUSMALLINT nu
                         auto setText = [&](const std::string& value) -> SQLRETURN {
                             return CopyOut(stmt, value, static_cast<SQLCHAR*>(text), textMax, textLength);
                         };
-                        bool character = column.SqlType == SQL_CHAR || column.SqlType == SQL_VARCHAR ||
-                                         column.SqlType == SQL_LONGVARCHAR;
                         switch (field) {
                         case SQL_COLUMN_NAME:
                         case SQL_COLUMN_LABEL:
                             return setText(column.Name);
                         case SQL_COLUMN_TYPE:
                             return setNumber(column.SqlType);
-                        case SQL_COLUMN_LENGTH:
-                            return setNumber(OctetLength(column));
-                        case SQL_COLUMN_PRECISION:
-                        case SQL_COLUMN_DISPLAY_SIZE:
-                            return setNumber(column.Size);
-                        case SQL_COLUMN_SCALE:
-                            return setNumber(column.Digits);
                         case SQL_COLUMN_NULLABLE:
                             return setNumber(SQL_NULLABLE);
                         case SQL_COLUMN_UNSIGNED:
                         case SQL_COLUMN_MONEY:
                         case SQL_COLUMN_AUTO_INCREMENT:
                             return setNumber(0);
-                        case SQL_COLUMN_UPDATABLE:
-                            return setNumber(SQL_ATTR_READONLY);
-                        case SQL_COLUMN_CASE_SENSITIVE:
-                            return setNumber(character ? 1 : 0);
-                        case SQL_COLUMN_SEARCHABLE:
-                            return setNumber(SQL_SEARCHABLE);
-                        case SQL_COLUMN_TYPE_NAME:
-                            return setText(TypeName(column.SqlType));
                         case SQL_COLUMN_TABLE_NAME:
                             return setText(column.Table);
-                        case SQL_COLUMN_OWNER_NAME:
-                        case SQL_COLUMN_QUALIFIER_NAME:
-                            return setText("");
                         default:
                             return stmt.Error("S1091", "Descriptor type out of range");
                         }
@@ -339,7 +248,7 @@ FAULT_EXPORT SQLRETURN SQL_API SQLBindCol(SQLHSTMT handle, SQLUSMALLINT number, 
                                           SQLPOINTER data, SQLLEN bufferLength, SQLLEN* indicator) {
     std::string arguments =
         std::to_string(number) + " " + std::to_string(cType) + " " + std::to_string(bufferLength);
-    return StmtCall(handle, "SQLBindCol", arguments, [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+    return StmtCall(handle, "SQLBindCol", arguments, [&](Stmt& stmt) -> SQLRETURN {
         if (data == nullptr && indicator == nullptr) {
             stmt.Columns.erase(number);
         } else {
@@ -350,7 +259,7 @@ FAULT_EXPORT SQLRETURN SQL_API SQLBindCol(SQLHSTMT handle, SQLUSMALLINT number, 
 }
 
 FAULT_EXPORT SQLRETURN SQL_API SQLFetch(SQLHSTMT handle) {
-    return StmtCall(handle, "SQLFetch", {}, [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+    return StmtCall(handle, "SQLFetch", {}, [&](Stmt& stmt) -> SQLRETURN {
         return FetchRowset(stmt, SQL_FETCH_NEXT, 0, 1, nullptr, nullptr);
     });
 }
@@ -358,7 +267,7 @@ FAULT_EXPORT SQLRETURN SQL_API SQLFetch(SQLHSTMT handle) {
 FAULT_EXPORT SQLRETURN SQL_API SQLExtendedFetch(SQLHSTMT handle, SQLUSMALLINT orientation, SQLLEN offset,
                                                 SQLULEN* fetched, SQLUSMALLINT* status) {
     std::string arguments = std::to_string(orientation) + " " + std::to_string(offset);
-    return StmtCall(handle, "SQLExtendedFetch", arguments, [&](Stmt& stmt, const CallOutcome&) -> SQLRETURN {
+    return StmtCall(handle, "SQLExtendedFetch", arguments, [&](Stmt& stmt) -> SQLRETURN {
         auto rowset = static_cast<long long>(stmt.Option(SQL_ROWSET_SIZE, 1));
         return FetchRowset(stmt, orientation, offset, rowset, fetched, status);
     });
@@ -384,7 +293,7 @@ FAULT_EXPORT SQLRETURN SQL_API SQLGetData(SQLHSTMT handle, SQLUSMALLINT number, 
             }
             const auto& row = stmt.Result.Rows[static_cast<size_t>(stmt.Position - 1)];
             Value value = static_cast<size_t>(number - 1) < row.size() ? row[number - 1] : std::nullopt;
-            return WriteValue(stmt, value, stmt.Result.Columns[number - 1].SqlType, cType, data, bufferLength,
-                              indicator, stmt.GetDataOffset, outcome.NoTotal, stmt.GetDataDone);
+            return WriteValue(stmt, value, cType, data, bufferLength, indicator, stmt.GetDataOffset,
+                              outcome.NoTotal, stmt.GetDataDone);
         });
 }

@@ -3,7 +3,6 @@
 
 #include "fault_script.h"
 
-#include <chrono>
 #include <cstdio>
 #include <deque>
 #include <map>
@@ -11,7 +10,7 @@
 #include <sql.h>
 #include <sqlext.h>
 #include <string>
-#include <thread>
+#include <type_traits>
 #include <vector>
 
 namespace quorda_fault {
@@ -40,13 +39,11 @@ struct Conn : Handle {
     bool Connected = false;
     Script Rules;
     std::FILE* LogFile = nullptr;
-    std::vector<std::string> Calls;
-    std::map<int, SQLULEN> Options;
     std::vector<Stmt*> Statements;
     int CursorNumber = 0;
 
     ~Conn();
-    // Records a call in memory and in the log file (when one is open).
+    // Records a call in the log file (when one is open).
     void Log(const std::string& line);
     // Installs the script of a new connection and opens its log; throws std::invalid_argument.
     void Configure(const std::string& script, const std::string& logPath);
@@ -121,19 +118,14 @@ struct Stmt : Handle {
 
 // Runs one entry point: clears the handle's diagnostics, logs and counts the call on its connection,
 // applies the scripted outcome and otherwise runs the body. Body: SQLRETURN(const CallOutcome&).
+// The caller holds DriverLock().
 template <typename Body>
-SQLRETURN Dispatch(std::unique_lock<std::mutex>& lock, Handle& target, Conn* conn, const char* call,
-                   const std::string& arguments, Body&& body) {
+SQLRETURN Dispatch(Handle& target, Conn* conn, const char* call, const std::string& arguments, Body&& body) {
     target.Diags.clear();
     CallOutcome outcome;
     if (conn != nullptr) {
         conn->Log(arguments.empty() ? std::string(call) : std::string(call) + " " + arguments);
         outcome = conn->Rules.Decide(call);
-    }
-    if (outcome.SleepMs > 0) {
-        lock.unlock();
-        std::this_thread::sleep_for(std::chrono::milliseconds(outcome.SleepMs));
-        lock.lock();
     }
     if (outcome.What == Effect::Fail) {
         target.Diags.insert(target.Diags.end(), outcome.Diags.begin(), outcome.Diags.end());
@@ -150,6 +142,34 @@ SQLRETURN Dispatch(std::unique_lock<std::mutex>& lock, Handle& target, Conn* con
     return rc;
 }
 
+// An entry point on a connection or statement handle: the handle checked, the driver locked, the call
+// dispatched. Body: SQLRETURN(Conn&), or SQLRETURN(Stmt&) / SQLRETURN(Stmt&, const CallOutcome&).
+template <typename Body>
+SQLRETURN ConnCall(SQLHDBC handle, const char* call, const std::string& arguments, Body&& body) {
+    if (handle == nullptr) {
+        return SQL_INVALID_HANDLE;
+    }
+    std::lock_guard lock(DriverLock());
+    Conn& conn = *static_cast<Conn*>(handle);
+    return Dispatch(conn, &conn, call, arguments, [&](const CallOutcome&) { return body(conn); });
+}
+
+template <typename Body>
+SQLRETURN StmtCall(SQLHSTMT handle, const char* call, const std::string& arguments, Body&& body) {
+    if (handle == nullptr) {
+        return SQL_INVALID_HANDLE;
+    }
+    std::lock_guard lock(DriverLock());
+    Stmt& stmt = *static_cast<Stmt*>(handle);
+    return Dispatch(stmt, stmt.Owner, call, arguments, [&](const CallOutcome& outcome) -> SQLRETURN {
+        if constexpr (std::is_invocable_v<Body, Stmt&, const CallOutcome&>) {
+            return body(stmt, outcome);
+        } else {
+            return body(stmt);
+        }
+    });
+}
+
 // Text of a (pointer, length) argument: SQL_NTS means zero-terminated.
 std::string ArgText(const SQLCHAR* text, SQLINTEGER length);
 // Copies text into an output buffer of the application, zero-terminated; SQL_SUCCESS_WITH_INFO and
@@ -157,10 +177,10 @@ std::string ArgText(const SQLCHAR* text, SQLINTEGER length);
 SQLRETURN CopyOut(Handle& handle, const std::string& text, SQLCHAR* buffer, SQLLEN bufferLength,
                   SQLSMALLINT* length);
 
-// Converts one value into an application buffer of C type cType (after SQL_C_DEFAULT is resolved from
-// sqlType). offset is how much of a character or binary value earlier SQLGetData calls have taken;
-// the indicator gets the remaining length, or SQL_NO_TOTAL when noTotal and the value is cut.
-SQLRETURN WriteValue(Handle& handle, const Value& value, int sqlType, SQLSMALLINT cType, SQLPOINTER buffer,
+// Converts one value into an application buffer of C type cType. offset is how much of a character or
+// binary value earlier SQLGetData calls have taken; the indicator gets the remaining length, or
+// SQL_NO_TOTAL when noTotal and the value is cut.
+SQLRETURN WriteValue(Handle& handle, const Value& value, SQLSMALLINT cType, SQLPOINTER buffer,
                      SQLLEN bufferLength, SQLLEN* indicator, size_t& offset, bool noTotal, bool& done);
 // Statements that answer with the scripted result set: those that begin with SELECT, WITH, VALUES,
 // CALL or '{'.

@@ -6,10 +6,6 @@
 namespace quorda_fault {
 namespace {
 
-constexpr int kForwardOnly = 0;
-constexpr int kKeyset = 1;
-constexpr int kStatic = 3;
-
 [[noreturn]] void Malformed(std::string_view rule, std::string_view why) {
     throw std::invalid_argument("fault script: " + std::string(why) + " in rule '" + std::string(rule) + "'");
 }
@@ -70,38 +66,10 @@ bool IsBinaryType(int sqlType) {
     return sqlType == -2 || sqlType == -3 || sqlType == -4;
 }
 
+// The size of a column the script gives none: what matters to the library is that long text and
+// binary columns are long.
 long long DefaultSize(int sqlType) {
-    switch (sqlType) {
-    case -7:
-        return 1;
-    case -6:
-        return 3;
-    case -5:
-        return 19;
-    case 4:
-        return 10;
-    case 5:
-        return 5;
-    case 7:
-        return 7;
-    case 2:
-    case 3:
-    case 6:
-    case 8:
-        return 15;
-    case 9:
-        return 10;
-    case 10:
-        return 8;
-    case 11:
-        return 23;
-    case -1:
-    case -4:
-    case -10:
-        return 65535;
-    default:
-        return 255;
-    }
+    return sqlType == -1 || sqlType == -4 || sqlType == -10 ? 65535 : 255;
 }
 
 } // namespace
@@ -190,8 +158,7 @@ void Script::AddRule(std::string_view rule) {
     std::string verb(rule.substr(0, colon));
     std::string_view args = rule.substr(colon + 1);
 
-    if (verb == "fail" || verb == "info" || verb == "nodata" || verb == "diag" || verb == "sleep" ||
-        verb == "nototal") {
+    if (verb == "fail" || verb == "info" || verb == "nodata" || verb == "diag" || verb == "nototal") {
         auto end = args.find(':');
         std::string_view selector = args.substr(0, end);
         CallRule call{
@@ -212,14 +179,8 @@ void Script::AddRule(std::string_view rule) {
         if (call.Selector.Call.empty()) {
             Malformed(rule, "no call named");
         }
-        if ((verb == "diag" || verb == "sleep") && call.Argument.empty()) {
-            Malformed(rule, "missing argument");
-        }
-        if (verb == "diag" && call.Argument != "-" && Split(call.Argument, '/').size() < 3) {
+        if (verb == "diag" && Split(call.Argument, '/').size() < 3) {
             Malformed(rule, "diagnostic is not <state>/<native>/<message>");
-        }
-        if (verb == "sleep") {
-            ToNumber(call.Argument, rule);
         }
         FCallRules.push_back(std::move(call));
     } else if (verb == "result") {
@@ -256,24 +217,8 @@ void Script::AddRule(std::string_view rule) {
             Malformed(rule, "rowset below 1");
         }
         FMaxRowset = static_cast<unsigned long>(value);
-    } else if (verb == "cursor") {
-        if (args == "forward") {
-            FMaxCursor = kForwardOnly;
-        } else if (args == "static") {
-            FMaxCursor = kStatic;
-        } else if (args == "keyset") {
-            FMaxCursor = kKeyset;
-        } else {
-            Malformed(rule, "cursor is forward, static or keyset");
-        }
     } else if (verb == "connout") {
         FConnOut = Unescape(args);
-    } else if (verb == "getinfo") {
-        auto slash = args.find('/');
-        if (slash == std::string_view::npos) {
-            Malformed(rule, "getinfo is <id>/<value>");
-        }
-        FInfo[static_cast<int>(ToNumber(args.substr(0, slash), rule))] = Unescape(args.substr(slash + 1));
     } else if (verb == "table") {
         auto parts = Split(args, '/');
         parts.resize(4, std::string_view("~"));
@@ -286,8 +231,6 @@ void Script::AddRule(std::string_view rule) {
         }
         FCatalogColumns.push_back(
             {Unescape(parts[0]), Unescape(parts[1]), static_cast<int>(ToNumber(parts[2], rule))});
-    } else if (verb == "log") {
-        FLogPath = Unescape(args);
     } else {
         Malformed(rule, "unknown verb '" + verb + "'");
     }
@@ -330,17 +273,13 @@ CallOutcome Script::Decide(std::string_view call) {
         }
         if (rule.Verb == "diag") {
             diagRuleSeen = true;
-            if (rule.Argument != "-") {
-                auto parts = Split(rule.Argument, '/');
-                DiagRecord record{Unescape(parts[0]), 0, {}};
-                record.Native = static_cast<long>(ToNumber(parts[1], rule.Argument));
-                // The message is everything after the second '/', slashes included.
-                auto second = rule.Argument.find('/', rule.Argument.find('/') + 1);
-                record.Message = Unescape(std::string_view(rule.Argument).substr(second + 1));
-                outcome.Diags.push_back(std::move(record));
-            }
-        } else if (rule.Verb == "sleep") {
-            outcome.SleepMs += static_cast<long>(ToNumber(rule.Argument, rule.Argument));
+            auto parts = Split(rule.Argument, '/');
+            DiagRecord record{Unescape(parts[0]), 0, {}};
+            record.Native = static_cast<long>(ToNumber(parts[1], rule.Argument));
+            // The message is everything after the second '/', slashes included.
+            auto second = rule.Argument.find('/', rule.Argument.find('/') + 1);
+            record.Message = Unescape(std::string_view(rule.Argument).substr(second + 1));
+            outcome.Diags.push_back(std::move(record));
         } else if (rule.Verb == "nototal") {
             outcome.NoTotal = true;
         } else if (outcome.What == Effect::None) {

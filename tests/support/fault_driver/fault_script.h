@@ -14,9 +14,7 @@
 //   diag:<Call>:<state>/<native>/<message>
 //                                   a diagnostic record for a failing or info call; several rules
 //                                   give several records, in order. Without one a scripted failure
-//                                   carries HY000/0/"[Quorda][Fault] <Call> failed" (01000 for info);
-//                                   diag:<Call>:- gives none at all
-//   sleep:<Call>:<ms>               wait before the call, outside the driver's lock
+//                                   carries HY000/0/"[Quorda][Fault] <Call> failed" (01000 for info)
 //   result:<column>,<column>...     the result set of queries (statements that begin with SELECT,
 //                                   WITH, VALUES, CALL or '{'); column = name/sqltype[/size[/digits
 //                                   [/table]]]
@@ -27,16 +25,9 @@
 //   nototal:<Call>                  truncated SQLGetData reads (and the length probe with an empty
 //                                   buffer) report SQL_NO_TOTAL instead of the remaining length
 //   rowset:<n>                      highest SQL_ROWSET_SIZE granted; more is lowered with 01S02
-//   cursor:forward|static|keyset    most capable cursor granted; more is lowered with 01S02, and a
-//                                   forward-only cursor refuses every fetch but NEXT (S1106)
 //   connout:<text>                  the completed string SQLDriverConnect returns (default: input)
-//   getinfo:<id>/<value>            SQLGetInfo answer: digits give a number, anything else text
 //   table:<name>/<owner>/<type>/<remarks>   a row of SQLTables (~ for NULL)
 //   column:<table>/<name>/<sqltype>         a row of SQLColumns
-//   log:<path>                      append every call the driver receives to <path>
-//
-// The statement "select quorda_calls" returns the calls received so far on the connection, one per
-// row, in a column named "call".
 #pragma once
 
 #include <map>
@@ -88,7 +79,6 @@ struct CallSelector {
 struct CallOutcome {
     Effect What = Effect::None;
     std::vector<DiagRecord> Diags; // for Fail and Info
-    long SleepMs = 0;
     bool NoTotal = false;
 };
 
@@ -105,12 +95,9 @@ public:
     bool HasResult() const { return FHasResult; }
     std::optional<long long> RowCount() const { return FRowCount; }
     std::optional<unsigned long> MaxRowsetSize() const { return FMaxRowset; }
-    int MaxCursorType() const { return FMaxCursor; }
     const std::optional<std::string>& ConnectionOut() const { return FConnOut; }
-    const std::map<int, std::string>& InfoAnswers() const { return FInfo; }
     const std::vector<CatalogTable>& Tables() const { return FTables; }
     const std::vector<CatalogColumn>& CatalogColumns() const { return FCatalogColumns; }
-    const std::string& LogPath() const { return FLogPath; }
 
 private:
     struct CallRule {
@@ -130,12 +117,9 @@ private:
     bool FHasResult = false;
     std::optional<long long> FRowCount;
     std::optional<unsigned long> FMaxRowset;
-    int FMaxCursor = 1; // SQL_CURSOR_KEYSET_DRIVEN
     std::optional<std::string> FConnOut;
-    std::map<int, std::string> FInfo;
     std::vector<CatalogTable> FTables;
     std::vector<CatalogColumn> FCatalogColumns;
-    std::string FLogPath;
 };
 
 // %XX decoding of script text.

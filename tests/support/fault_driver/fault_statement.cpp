@@ -11,10 +11,6 @@
 namespace quorda_fault {
 namespace {
 
-Stmt* AsStmt(SQLHSTMT handle) {
-    return static_cast<Stmt*>(handle);
-}
-
 std::string Lower(std::string_view text) {
     std::string out(text);
     for (auto& c : out) {
@@ -32,24 +28,6 @@ std::string Trimmed(std::string_view text) {
     return std::string(text.substr(begin, end - begin + 1));
 }
 
-bool IsCallLogQuery(const std::string& sql) {
-    return Lower(Trimmed(sql)) == "select quorda_calls";
-}
-
-// Rank of a cursor type by capability: forward only < static < keyset < dynamic.
-int CursorRank(SQLULEN type) {
-    switch (type) {
-    case SQL_CURSOR_FORWARD_ONLY:
-        return 0;
-    case SQL_CURSOR_STATIC:
-        return 1;
-    case SQL_CURSOR_KEYSET_DRIVEN:
-        return 2;
-    default:
-        return 3;
-    }
-}
-
 // The statement's parameters are complete: log them and produce the result.
 SQLRETURN Finish(Stmt& stmt) {
     Conn& conn = *stmt.Owner;
@@ -64,13 +42,7 @@ SQLRETURN Finish(Stmt& stmt) {
     stmt.PutValues.clear();
     stmt.CloseCursor();
     stmt.Result = {};
-    if (IsCallLogQuery(stmt.Sql)) {
-        stmt.Result.Columns.push_back({"call", SQL_VARCHAR, 255, 0, ""});
-        for (const auto& line : conn.Calls) {
-            stmt.Result.Rows.push_back({line});
-        }
-        stmt.Open = true;
-    } else if (IsQuery(stmt.Sql) && conn.Rules.HasResult()) {
+    if (IsQuery(stmt.Sql) && conn.Rules.HasResult()) {
         stmt.Result.Columns = conn.Rules.Columns();
         stmt.Result.Rows = conn.Rules.Rows();
         stmt.Open = true;
@@ -109,17 +81,6 @@ void OpenCatalog(Stmt& stmt, std::vector<ScriptColumn> columns, std::vector<std:
     stmt.Open = true;
 }
 
-template <typename Body>
-SQLRETURN StmtCall(SQLHSTMT handle, const char* call, const std::string& arguments, Body&& body) {
-    if (handle == nullptr) {
-        return SQL_INVALID_HANDLE;
-    }
-    std::unique_lock lock(DriverLock());
-    Stmt& stmt = *AsStmt(handle);
-    return Dispatch(lock, stmt, stmt.Owner, call, arguments,
-                    [&](const CallOutcome&) -> SQLRETURN { return body(stmt); });
-}
-
 } // namespace
 
 bool IsQuery(const std::string& sql) {
@@ -137,12 +98,10 @@ bool IsQuery(const std::string& sql) {
 using namespace quorda_fault;
 
 FAULT_EXPORT SQLRETURN SQL_API SQLAllocStmt(SQLHDBC dbc, SQLHSTMT* out) {
-    if (dbc == nullptr || out == nullptr) {
+    if (out == nullptr) {
         return SQL_INVALID_HANDLE;
     }
-    std::unique_lock lock(DriverLock());
-    Conn& conn = *static_cast<Conn*>(dbc);
-    return Dispatch(lock, conn, &conn, "SQLAllocStmt", {}, [&](const CallOutcome&) -> SQLRETURN {
+    return ConnCall(dbc, "SQLAllocStmt", {}, [&](Conn& conn) -> SQLRETURN {
         if (!conn.Connected) {
             return conn.Error("08003", "Connection not open");
         }
@@ -175,7 +134,7 @@ FAULT_EXPORT SQLRETURN SQL_API SQLFreeStmt(SQLHSTMT handle, SQLUSMALLINT option)
     });
     if (option == SQL_DROP && (rc == SQL_SUCCESS || rc == SQL_SUCCESS_WITH_INFO)) {
         std::lock_guard lock(DriverLock());
-        Stmt* stmt = AsStmt(handle);
+        Stmt* stmt = static_cast<Stmt*>(handle);
         auto& list = stmt->Owner->Statements;
         list.erase(std::remove(list.begin(), list.end(), stmt), list.end());
         delete stmt;
@@ -286,15 +245,6 @@ FAULT_EXPORT SQLRETURN SQL_API SQLRowCount(SQLHSTMT handle, SQLLEN* count) {
     });
 }
 
-FAULT_EXPORT SQLRETURN SQL_API SQLNumParams(SQLHSTMT handle, SQLSMALLINT* count) {
-    return StmtCall(handle, "SQLNumParams", {}, [&](Stmt& stmt) -> SQLRETURN {
-        if (count != nullptr) {
-            *count = static_cast<SQLSMALLINT>(std::count(stmt.Sql.begin(), stmt.Sql.end(), '?'));
-        }
-        return SQL_SUCCESS;
-    });
-}
-
 FAULT_EXPORT SQLRETURN SQL_API SQLMoreResults(SQLHSTMT handle) {
     return StmtCall(handle, "SQLMoreResults", {}, [&](Stmt& stmt) -> SQLRETURN {
         stmt.CloseCursor();
@@ -314,10 +264,6 @@ FAULT_EXPORT SQLRETURN SQL_API SQLSetStmtOption(SQLHSTMT handle, SQLUSMALLINT op
                     [&](Stmt& stmt) -> SQLRETURN {
                         SQLULEN granted = value;
                         const Script& rules = stmt.Owner->Rules;
-                        if (option == SQL_CURSOR_TYPE &&
-                            CursorRank(value) > CursorRank(static_cast<SQLULEN>(rules.MaxCursorType()))) {
-                            granted = static_cast<SQLULEN>(rules.MaxCursorType());
-                        }
                         if (option == SQL_ROWSET_SIZE) {
                             if (value < 1) {
                                 return stmt.Error("S1009", "Invalid argument value");

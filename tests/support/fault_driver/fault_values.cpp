@@ -11,39 +11,6 @@
 namespace quorda_fault {
 namespace {
 
-SQLSMALLINT DefaultCType(int sqlType) {
-    switch (sqlType) {
-    case SQL_BIT:
-        return SQL_C_BIT;
-    case SQL_TINYINT:
-        return SQL_C_STINYINT;
-    case SQL_SMALLINT:
-        return SQL_C_SSHORT;
-    case SQL_INTEGER:
-        return SQL_C_SLONG;
-    case SQL_REAL:
-        return SQL_C_FLOAT;
-    case SQL_FLOAT:
-    case SQL_DOUBLE:
-        return SQL_C_DOUBLE;
-    case SQL_DATE:
-    case SQL_TYPE_DATE:
-        return SQL_C_DATE;
-    case SQL_TIME:
-    case SQL_TYPE_TIME:
-        return SQL_C_TIME;
-    case SQL_TIMESTAMP:
-    case SQL_TYPE_TIMESTAMP:
-        return SQL_C_TIMESTAMP;
-    case SQL_BINARY:
-    case SQL_VARBINARY:
-    case SQL_LONGVARBINARY:
-        return SQL_C_BINARY;
-    default:
-        return SQL_C_CHAR; // character types, BIGINT, NUMERIC and DECIMAL as in ODBC 2
-    }
-}
-
 bool ParseInteger(const std::string& text, long long& out) {
     const char* begin = text.c_str();
     char* end = nullptr;
@@ -104,6 +71,43 @@ bool ParseTimestamp(const std::string& text, SQL_TIMESTAMP_STRUCT& out) {
     return true;
 }
 
+// Calls f with a zero of the C integer type cType; false for any other type.
+template <typename F>
+bool WithIntegerType(SQLSMALLINT cType, F&& f) {
+    switch (cType) {
+    case SQL_C_BIT:
+    case SQL_C_UTINYINT:
+        f(std::uint8_t{});
+        return true;
+    case SQL_C_TINYINT:
+    case SQL_C_STINYINT:
+        f(std::int8_t{});
+        return true;
+    case SQL_C_SHORT:
+    case SQL_C_SSHORT:
+        f(std::int16_t{});
+        return true;
+    case SQL_C_USHORT:
+        f(std::uint16_t{});
+        return true;
+    case SQL_C_LONG:
+    case SQL_C_SLONG:
+        f(std::int32_t{});
+        return true;
+    case SQL_C_ULONG:
+        f(std::uint32_t{});
+        return true;
+    case SQL_C_SBIGINT:
+        f(std::int64_t{});
+        return true;
+    case SQL_C_UBIGINT:
+        f(std::uint64_t{});
+        return true;
+    default:
+        return false;
+    }
+}
+
 template <typename T>
 SQLRETURN Put(T value, SQLPOINTER buffer, SQLLEN* indicator) {
     std::memcpy(buffer, &value, sizeof value);
@@ -152,13 +156,10 @@ SQLRETURN CopyOut(Handle& handle, const std::string& text, SQLCHAR* buffer, SQLL
     return SQL_SUCCESS;
 }
 
-SQLRETURN WriteValue(Handle& handle, const Value& value, int sqlType, SQLSMALLINT cType, SQLPOINTER buffer,
+SQLRETURN WriteValue(Handle& handle, const Value& value, SQLSMALLINT cType, SQLPOINTER buffer,
                      SQLLEN bufferLength, SQLLEN* indicator, size_t& offset, bool noTotal, bool& done) {
     if (done) {
         return SQL_NO_DATA;
-    }
-    if (cType == SQL_C_DEFAULT) {
-        cType = DefaultCType(sqlType);
     }
     if (!value) {
         if (indicator == nullptr) {
@@ -198,50 +199,24 @@ SQLRETURN WriteValue(Handle& handle, const Value& value, int sqlType, SQLSMALLIN
         return handle.Error("S1009", "Invalid use of null pointer");
     }
     done = true;
-    long long integer = 0;
     double real = 0;
-    SQL_TIMESTAMP_STRUCT stamp{};
-    switch (cType) {
-    case SQL_C_BIT:
-    case SQL_C_TINYINT:
-    case SQL_C_STINYINT:
-    case SQL_C_UTINYINT:
-    case SQL_C_SHORT:
-    case SQL_C_SSHORT:
-    case SQL_C_USHORT:
-    case SQL_C_LONG:
-    case SQL_C_SLONG:
-    case SQL_C_ULONG:
-    case SQL_C_SBIGINT:
-    case SQL_C_UBIGINT:
+    SQLRETURN rc = SQL_SUCCESS;
+    const bool integral = WithIntegerType(cType, [&](auto zero) {
+        long long integer = 0;
         if (!ParseInteger(text, integer)) {
             if (!ParseDouble(text, real)) {
-                return handle.Error("22018", "Invalid character value for cast");
+                rc = handle.Error("22018", "Invalid character value for cast");
+                return;
             }
             integer = static_cast<long long>(real);
         }
-        switch (cType) {
-        case SQL_C_BIT:
-        case SQL_C_UTINYINT:
-            return Put(static_cast<std::uint8_t>(integer), buffer, indicator);
-        case SQL_C_TINYINT:
-        case SQL_C_STINYINT:
-            return Put(static_cast<std::int8_t>(integer), buffer, indicator);
-        case SQL_C_SHORT:
-        case SQL_C_SSHORT:
-            return Put(static_cast<std::int16_t>(integer), buffer, indicator);
-        case SQL_C_USHORT:
-            return Put(static_cast<std::uint16_t>(integer), buffer, indicator);
-        case SQL_C_LONG:
-        case SQL_C_SLONG:
-            return Put(static_cast<std::int32_t>(integer), buffer, indicator);
-        case SQL_C_ULONG:
-            return Put(static_cast<std::uint32_t>(integer), buffer, indicator);
-        case SQL_C_SBIGINT:
-            return Put(static_cast<std::int64_t>(integer), buffer, indicator);
-        default:
-            return Put(static_cast<std::uint64_t>(integer), buffer, indicator);
-        }
+        rc = Put(static_cast<decltype(zero)>(integer), buffer, indicator);
+    });
+    if (integral) {
+        return rc;
+    }
+    SQL_TIMESTAMP_STRUCT stamp{};
+    switch (cType) {
     case SQL_C_FLOAT:
     case SQL_C_DOUBLE:
         if (!ParseDouble(text, real)) {
@@ -250,18 +225,15 @@ SQLRETURN WriteValue(Handle& handle, const Value& value, int sqlType, SQLSMALLIN
         return cType == SQL_C_FLOAT ? Put(static_cast<float>(real), buffer, indicator)
                                     : Put(real, buffer, indicator);
     case SQL_C_DATE:
-    case SQL_C_TYPE_DATE:
     case SQL_C_TIME:
-    case SQL_C_TYPE_TIME:
     case SQL_C_TIMESTAMP:
-    case SQL_C_TYPE_TIMESTAMP:
         if (!ParseTimestamp(text, stamp)) {
             return handle.Error("22008", "Datetime field overflow");
         }
-        if (cType == SQL_C_DATE || cType == SQL_C_TYPE_DATE) {
+        if (cType == SQL_C_DATE) {
             return Put(SQL_DATE_STRUCT{stamp.year, stamp.month, stamp.day}, buffer, indicator);
         }
-        if (cType == SQL_C_TIME || cType == SQL_C_TYPE_TIME) {
+        if (cType == SQL_C_TIME) {
             return Put(SQL_TIME_STRUCT{stamp.hour, stamp.minute, stamp.second}, buffer, indicator);
         }
         return Put(stamp, buffer, indicator);
@@ -287,6 +259,13 @@ std::string RenderParameter(const ParamBinding& param, const Value* sent) {
         return std::to_string(length) + ":" +
                EscapeForLog(std::string_view(data, std::min<size_t>(length, 200)));
     };
+    std::string shown;
+    if (WithIntegerType(param.CType, [&](auto zero) {
+            std::memcpy(&zero, param.Data, sizeof zero);
+            shown = std::to_string(zero);
+        })) {
+        return shown;
+    }
     switch (param.CType) {
     case SQL_C_CHAR:
         if (indicator == SQL_NTS || param.Indicator == nullptr) {
@@ -295,42 +274,19 @@ std::string RenderParameter(const ParamBinding& param, const Value* sent) {
         return bytes(static_cast<size_t>(indicator));
     case SQL_C_BINARY:
         return bytes(static_cast<size_t>(param.Indicator == nullptr ? param.BufferLength : indicator));
-    case SQL_C_BIT:
-    case SQL_C_UTINYINT:
-        return std::to_string(*static_cast<const std::uint8_t*>(param.Data));
-    case SQL_C_TINYINT:
-    case SQL_C_STINYINT:
-        return std::to_string(*static_cast<const std::int8_t*>(param.Data));
-    case SQL_C_SHORT:
-    case SQL_C_SSHORT:
-        return std::to_string(*static_cast<const std::int16_t*>(param.Data));
-    case SQL_C_USHORT:
-        return std::to_string(*static_cast<const std::uint16_t*>(param.Data));
-    case SQL_C_LONG:
-    case SQL_C_SLONG:
-        return std::to_string(*static_cast<const std::int32_t*>(param.Data));
-    case SQL_C_ULONG:
-        return std::to_string(*static_cast<const std::uint32_t*>(param.Data));
-    case SQL_C_SBIGINT:
-        return std::to_string(*static_cast<const std::int64_t*>(param.Data));
-    case SQL_C_UBIGINT:
-        return std::to_string(*static_cast<const std::uint64_t*>(param.Data));
     case SQL_C_FLOAT:
         return Number(*static_cast<const float*>(param.Data));
     case SQL_C_DOUBLE:
         return Number(*static_cast<const double*>(param.Data));
-    case SQL_C_DATE:
-    case SQL_C_TYPE_DATE: {
+    case SQL_C_DATE: {
         const auto* d = static_cast<const SQL_DATE_STRUCT*>(param.Data);
         return std::to_string(d->year) + "-" + TwoDigits(d->month) + "-" + TwoDigits(d->day);
     }
-    case SQL_C_TIME:
-    case SQL_C_TYPE_TIME: {
+    case SQL_C_TIME: {
         const auto* t = static_cast<const SQL_TIME_STRUCT*>(param.Data);
         return TwoDigits(t->hour) + ":" + TwoDigits(t->minute) + ":" + TwoDigits(t->second);
     }
-    case SQL_C_TIMESTAMP:
-    case SQL_C_TYPE_TIMESTAMP: {
+    case SQL_C_TIMESTAMP: {
         const auto* s = static_cast<const SQL_TIMESTAMP_STRUCT*>(param.Data);
         return std::to_string(s->year) + "-" + TwoDigits(s->month) + "-" + TwoDigits(s->day) + " " +
                TwoDigits(s->hour) + ":" + TwoDigits(s->minute) + ":" + TwoDigits(s->second) + "." +

@@ -49,11 +49,18 @@ std::vector<std::string> FaultDriver::Calls() const {
 }
 
 std::vector<std::string> FaultDriver::Calls(std::string_view function) const {
+    return Calls({function});
+}
+
+std::vector<std::string> FaultDriver::Calls(std::initializer_list<std::string_view> functions) const {
     std::vector<std::string> lines;
     for (auto& line : Calls()) {
-        if (line.compare(0, function.size(), function) == 0 &&
-            (line.size() == function.size() || line[function.size()] == ' ')) {
-            lines.push_back(std::move(line));
+        for (std::string_view function : functions) {
+            if (line.compare(0, function.size(), function) == 0 &&
+                (line.size() == function.size() || line[function.size()] == ' ')) {
+                lines.push_back(std::move(line));
+                break;
+            }
         }
     }
     return lines;

@@ -83,8 +83,6 @@ DataSourceProfile SqliteProfile() {
     profile.ConnectionString =
         "Driver=SQLite3;Database=" + profile.DatabaseFile->Path().string() + ";Timeout=5000";
     profile.Dsn = "QuordaTestSQLite";
-    profile.Traits.ConcurrentWriters = false;
-    profile.Traits.KeysetCursors = false;
     return profile;
 }
 
@@ -100,8 +98,6 @@ DataSourceProfile PostgresProfile(bool unicode) {
     profile.Password = "quorda";
     profile.PasswordUser = Required(values, "QUORDA_PG_PASSWORD_USER");
     profile.CheckedPassword = Required(values, "QUORDA_PG_PASSWORD");
-    profile.Traits.ConcurrentWriters = true;
-    profile.Traits.KeysetCursors = true;
     profile.Traits.SyntaxErrorState = "42601";
     profile.Traits.UnicodeDriver = unicode;
     profile.Sql.BlobType = "bytea";
@@ -123,8 +119,6 @@ DataSourceProfile MariaDbProfile() {
     profile.Password = Required(values, "QUORDA_MARIADB_PASSWORD");
     profile.PasswordUser = profile.User;
     profile.CheckedPassword = profile.Password;
-    profile.Traits.ConcurrentWriters = true;
-    profile.Traits.KeysetCursors = false;
     profile.Traits.SyntaxErrorState = "37000";
     profile.Traits.UnicodeDriver = true;
     profile.Traits.PaddedChar = false;

@@ -12,6 +12,28 @@ bool Ok(SQLRETURN rc) {
     return rc == SQL_SUCCESS || rc == SQL_SUCCESS_WITH_INFO;
 }
 
+// Every diagnostic record of a handle as "[state] (native) message; ...".
+std::string OdbcDiagnostics(SQLSMALLINT handleType, SQLHANDLE handle) {
+    std::string text;
+    for (SQLSMALLINT record = 1;; ++record) {
+        SQLCHAR state[6] = {};
+        SQLINTEGER native = 0;
+        SQLCHAR message[1024] = {};
+        SQLSMALLINT length = 0;
+        SQLRETURN rc =
+            SQLGetDiagRec(handleType, handle, record, state, &native, message, sizeof message, &length);
+        if (!Ok(rc)) {
+            break;
+        }
+        if (!text.empty()) {
+            text += "; ";
+        }
+        text += "[" + std::string(reinterpret_cast<char*>(state)) + "] (" + std::to_string(native) + ") " +
+                reinterpret_cast<char*>(message);
+    }
+    return text.empty() ? "no diagnostics" : text;
+}
+
 [[noreturn]] void Fail(const std::string& what, SQLSMALLINT handleType, SQLHANDLE handle) {
     throw std::runtime_error(what + ": " + OdbcDiagnostics(handleType, handle));
 }
@@ -68,61 +90,26 @@ std::optional<std::string> ReadText(const Statement& stmt, SQLUSMALLINT column, 
 
 } // namespace
 
-std::string OdbcDiagnostics(SQLSMALLINT handleType, SQLHANDLE handle) {
-    std::string text;
-    for (SQLSMALLINT record = 1;; ++record) {
-        SQLCHAR state[6] = {};
-        SQLINTEGER native = 0;
-        SQLCHAR message[1024] = {};
-        SQLSMALLINT length = 0;
-        SQLRETURN rc =
-            SQLGetDiagRec(handleType, handle, record, state, &native, message, sizeof message, &length);
-        if (!Ok(rc)) {
-            break;
-        }
-        if (!text.empty()) {
-            text += "; ";
-        }
-        text += "[" + std::string(reinterpret_cast<char*>(state)) + "] (" + std::to_string(native) + ") " +
-                reinterpret_cast<char*>(message);
-    }
-    return text.empty() ? "no diagnostics" : text;
-}
-
-RawOdbc::RawOdbc() {
+RawOdbc::RawOdbc(const std::string& connectionString) {
     EnsureOdbcEnvironment();
     if (!Ok(SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &FEnv))) {
         throw std::runtime_error("SQLAllocHandle(ENV) failed");
     }
     SQLSetEnvAttr(FEnv, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
-    if (!Ok(SQLAllocHandle(SQL_HANDLE_DBC, FEnv, &FDbc))) {
-        std::string diagnostics = OdbcDiagnostics(SQL_HANDLE_ENV, FEnv);
-        Release();
-        throw std::runtime_error("SQLAllocHandle(DBC): " + diagnostics);
+    SQLRETURN rc = SQLAllocHandle(SQL_HANDLE_DBC, FEnv, &FDbc);
+    if (Ok(rc)) {
+        SQLCHAR out[1024];
+        SQLSMALLINT outLength = 0;
+        rc = SQLDriverConnect(FDbc, nullptr, Text(connectionString), SQL_NTS, out, sizeof out, &outLength,
+                              SQL_DRIVER_NOPROMPT);
     }
-}
-
-RawOdbc::RawOdbc(const std::string& connectionString) : RawOdbc() {
-    SQLCHAR out[1024];
-    SQLSMALLINT outLength = 0;
-    SQLRETURN rc = SQLDriverConnect(FDbc, nullptr, Text(connectionString), SQL_NTS, out, sizeof out,
-                                    &outLength, SQL_DRIVER_NOPROMPT);
     if (!Ok(rc)) {
-        std::string diagnostics = OdbcDiagnostics(SQL_HANDLE_DBC, FDbc);
+        std::string diagnostics = FDbc != SQL_NULL_HDBC ? OdbcDiagnostics(SQL_HANDLE_DBC, FDbc)
+                                                        : OdbcDiagnostics(SQL_HANDLE_ENV, FEnv);
         Release();
         throw std::runtime_error("SQLDriverConnect(" + connectionString + ") returned " + std::to_string(rc) +
                                  ": " + diagnostics);
     }
-}
-
-RawOdbc RawOdbc::ConnectDsn(const std::string& dsn, const std::string& user, const std::string& password) {
-    RawOdbc db;
-    SQLRETURN rc = SQLConnect(db.FDbc, Text(dsn), SQL_NTS, Text(user), SQL_NTS, Text(password), SQL_NTS);
-    if (!Ok(rc)) {
-        throw std::runtime_error("SQLConnect(" + dsn + ", " + user + ") returned " + std::to_string(rc) +
-                                 ": " + OdbcDiagnostics(SQL_HANDLE_DBC, db.FDbc));
-    }
-    return db;
 }
 
 RawOdbc::RawOdbc(RawOdbc&& other) noexcept

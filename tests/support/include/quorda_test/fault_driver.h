@@ -8,6 +8,7 @@
 
 #include "quorda_test/environment.h"
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,13 +28,14 @@ public:
     // "Driver=QuordaFault;Log=<file>;Script=<script>", or ScriptFile=<file> for a long script; short
     // enough for a 250-byte connection buffer.
     const std::string& ConnectionString() const { return FConnectionString; }
-    const std::string& Script() const { return FScript; }
 
     // Every call the driver received on connections made with this object, one line each:
     // "<ODBC 2 function> <arguments>", in order (the format is in docs/testing.md).
     std::vector<std::string> Calls() const;
-    // The lines of one function ("SQLSetConnectOption 108 8", ...).
+    // The lines of one function ("SQLSetConnectOption 108 8", ...), or of any of several, in order. A
+    // name may include leading arguments: "SQLSetStmtOption 0".
     std::vector<std::string> Calls(std::string_view function) const;
+    std::vector<std::string> Calls(std::initializer_list<std::string_view> functions) const;
     // Whether the exact line was logged, and how often.
     bool Received(std::string_view line) const;
     int Count(std::string_view line) const;

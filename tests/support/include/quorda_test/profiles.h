@@ -21,12 +21,6 @@ namespace quorda_test {
 
 // Known differences between the drivers, for tests whose expectations depend on them.
 struct DriverTraits {
-    // Two connections can hold open write transactions at once (PostgreSQL). SQLite lets only one
-    // writer in at a time: a second one waits for the busy timeout and fails. In both, a second
-    // connection never sees uncommitted rows.
-    bool ConcurrentWriters = false;
-    // A keyset-driven cursor is granted as asked (SQLite downgrades it to static with 01S02).
-    bool KeysetCursors = false;
     // The SQLSTATE of a syntax error, as an ODBC 2 application (the library) sees it: the server's
     // 42601 (PostgreSQL), 37000 (MariaDB's 42000, renamed by the driver manager), or S1000 (SQLite,
     // native 1).

@@ -17,8 +17,6 @@ class RawOdbc {
 public:
     // Connects with SQLDriverConnect (no prompt).
     explicit RawOdbc(const std::string& connectionString);
-    // Connects to a data source name with SQLConnect.
-    static RawOdbc ConnectDsn(const std::string& dsn, const std::string& user, const std::string& password);
 
     RawOdbc(RawOdbc&& other) noexcept;
     RawOdbc& operator=(RawOdbc&& other) noexcept;
@@ -42,14 +40,10 @@ public:
     SQLHDBC Handle() const { return FDbc; }
 
 private:
-    RawOdbc();
     void Release() noexcept;
 
     SQLHENV FEnv = SQL_NULL_HENV;
     SQLHDBC FDbc = SQL_NULL_HDBC;
 };
-
-// Every diagnostic record of a handle as "[state] (native) message; ...".
-std::string OdbcDiagnostics(SQLSMALLINT handleType, SQLHANDLE handle);
 
 } // namespace quorda_test
