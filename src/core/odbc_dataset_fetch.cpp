@@ -354,36 +354,56 @@ void TODBCDataSet::PrepareFieldReads() {
     }
 }
 
-bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
+const std::byte* TODBCDataSet::ActiveValue(const TField* Field, const TFieldValueItem*& Item) {
     TRecordBuffer record = nullptr;
     if (!GetActiveRecBuf(record)) {
-        return false;
+        return nullptr;
     }
     // Definitions are numbered by column, so the field number finds the binding and its slot; a field
     // without a column of its own (calculated, unbound) has no value here.
     const int fieldNo = Field->FieldNo();
     if (fieldNo < 1 || static_cast<std::size_t>(fieldNo) > FFieldValues.size()) {
-        return false;
+        return nullptr;
     }
-    const TFieldValueItem& item = *FFieldValues[static_cast<std::size_t>(fieldNo - 1)];
-    const std::byte* indicator = record + item.RecordOffset;
-    if (*indicator != static_cast<std::byte>('1')) {
+    Item = FFieldValues[static_cast<std::size_t>(fieldNo - 1)].get();
+    const std::byte* indicator = record + Item->RecordOffset;
+    return *indicator == static_cast<std::byte>('1') ? indicator + 1 : nullptr;
+}
+
+TFieldDataView TODBCDataSet::PeekFieldData(const TField* Field) {
+    const TFieldValueItem* item = nullptr;
+    const std::byte* value = ActiveValue(Field, item);
+    if (value == nullptr) {
+        return {nullptr, 0, true};
+    }
+    std::size_t count = item->ReadCount;
+    if (Field != item->ReadField) {
+        std::size_t clear = 0;
+        FieldReadSizes(*Field, *item, count, clear);
+    }
+    return {value, count, true};
+}
+
+bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
+    const TFieldValueItem* item = nullptr;
+    const std::byte* value = ActiveValue(Field, item);
+    if (value == nullptr) {
         return false;
     }
     if (Buffer != nullptr) {
-        std::size_t count = item.ReadCount;
-        std::size_t clear = item.ReadClear;
-        if (Field != item.ReadField) {
-            FieldReadSizes(*Field, item, count, clear);
+        std::size_t count = item->ReadCount;
+        std::size_t clear = item->ReadClear;
+        if (Field != item->ReadField) {
+            FieldReadSizes(*Field, *item, count, clear);
         }
         // Runs once per field read: the common widths copy without a library call.
         auto* out = static_cast<std::byte*>(Buffer);
         if (count == 4) {
-            std::memcpy(out, indicator + 1, 4);
+            std::memcpy(out, value, 4);
         } else if (count == 8) {
-            std::memcpy(out, indicator + 1, 8);
+            std::memcpy(out, value, 8);
         } else {
-            std::memcpy(out, indicator + 1, count);
+            std::memcpy(out, value, count);
         }
         if (clear > 0) {
             std::memset(out + count, 0, clear);

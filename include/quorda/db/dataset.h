@@ -159,6 +159,9 @@ public:
     // The buffer of the active record; null while closed.
     TRecordBuffer ActiveBuffer() const { return FBuffers.empty() ? nullptr : FBuffers[FActiveRecord]; }
     virtual bool GetFieldData(TField* Field, void* Buffer);
+    // Where the native value of Field lies in the active record (TField::DataView), for reads that
+    // copy nothing. A dataset that keeps no such slot returns a view that is not Direct (the default).
+    virtual TFieldDataView PeekFieldData(const TField* Field) { return {}; }
     // NativeFormat false converts dates and times to and from TDateTime through DataConvert.
     virtual bool GetFieldData(TField* Field, void* Buffer, bool NativeFormat);
     virtual void SetFieldData(TField* Field, const void* Buffer);
