@@ -15,6 +15,7 @@
 #include "quorda/rtl/messages.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 namespace quorda {
@@ -23,9 +24,23 @@ namespace quorda {
 
 namespace cursor_detail {
 
+namespace {
+
+// The day number (TTimeStamp::Date) of 1970-01-01, where std::chrono::sys_days counts from.
+constexpr std::int32_t kSysDaysDayNumber = DateDelta + 25569;
+
+} // namespace
+
 std::int32_t TimeStampDate(int Year, int Month, int Day) {
-    // The rtl's calendar: encoding validates the date (raising its encode error for one that does not
-    // exist) and counts the days, exactly, in a double.
+    // A date that plainly exists is counted here, on the civil calendar, for every date and time
+    // stamp fetched; the month's length is looked up only past its 28th. Anything else goes through
+    // the rtl's calendar, which raises its encode error for a date that does not exist.
+    if (Year >= 1 && Year <= 9999 && Month >= 1 && Month <= 12 && Day >= 1 &&
+        (Day <= 28 || Day <= DaysInAMonth(Year, Month))) {
+        const std::chrono::sys_days date{std::chrono::year(Year) / static_cast<unsigned>(Month) /
+                                         static_cast<unsigned>(Day)};
+        return static_cast<std::int32_t>(date.time_since_epoch().count()) + kSysDaysDayNumber;
+    }
     return static_cast<std::int32_t>(EncodeDate(Year, Month, Day)) + DateDelta;
 }
 
@@ -343,13 +358,14 @@ bool TODBCDataSet::GetStateRecBuf(TRecordBuffer& RecBuf) {
 
 void TODBCDataSet::PrepareFieldReads() {
     for (int i = 0; i < Fields().Count(); ++i) {
-        const TField* field = Fields()[i];
+        TField* field = Fields()[i];
         const int fieldNo = field->FieldNo();
         if (field->FieldKind() == fkData && fieldNo >= 1 &&
             static_cast<std::size_t>(fieldNo) <= FFieldValues.size()) {
             TFieldValueItem& item = *FFieldValues[static_cast<std::size_t>(fieldNo - 1)];
             item.ReadField = field;
             FieldReadSizes(*field, item, item.ReadCount, item.ReadClear);
+            SetFieldSlot(field, static_cast<std::ptrdiff_t>(item.RecordOffset), item.ReadCount);
         }
     }
 }

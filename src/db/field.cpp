@@ -142,6 +142,7 @@ void TField::SetDataSet(TDataSet* Value) {
         Value->CheckInactive();
         Value->Fields().CheckFieldName(FFieldName);
     }
+    FSlotOffset = -1;
     if (FDataSet) {
         FDataSet->Fields().Remove(this);
     }
@@ -172,6 +173,15 @@ void TField::Change() {
 // ---- value access
 
 TFieldDataView TField::DataView() const {
+    // Nearly every read happens while browsing: a slot the dataset declared is read in place. (The
+    // slot is forgotten whenever the field leaves its dataset or the dataset rebinds its fields.)
+    if (FSlotOffset >= 0 && !FValidating && FDataSet->State() == dsBrowse) {
+        if (FDataSet->IsEmpty()) {
+            return {nullptr, 0, true};
+        }
+        const std::byte* presence = FDataSet->ActiveBuffer() + FSlotOffset;
+        return {*presence == std::byte{'1'} ? presence + 1 : nullptr, FSlotSize, true};
+    }
     // While OnValidate runs, the value being validated is not in the record: no view of it.
     if (!FDataSet || FValidating) {
         return {};

@@ -2,6 +2,8 @@
 
 #include "quorda/db/field_as.h"
 
+#include "quorda/db/dataset.h"
+
 #include <cmath>
 #include <cstring>
 
@@ -9,11 +11,8 @@ namespace quorda {
 
 namespace {
 
-// The day number of 1970-01-01 in a TTimeStamp, where std::chrono's clocks count from.
-constexpr std::int64_t kEpochDay = DateDelta + 25569;
-
 TLocalMSecs LocalMSecs(std::int64_t Day, std::int64_t MSecs) {
-    return TLocalMSecs{std::chrono::milliseconds{(Day - kEpochDay) * MSecsPerDay + MSecs}};
+    return TLocalMSecs{std::chrono::milliseconds{(Day - detail::kEpochDayNumber) * MSecsPerDay + MSecs}};
 }
 
 std::size_t DateTimeSlotSize(TFieldType DataType) {
@@ -67,18 +66,7 @@ std::optional<TLocalMSecs> ReadLocalMSecs(const TField& Field) {
 
 } // namespace detail
 
-std::optional<std::string_view> TFieldAs<std::string_view>::Read(const TField& Field) {
-    if (Field.DataType() == ftString || Field.DataType() == ftFixedChar) {
-        const TFieldDataView view = Field.DataView();
-        if (view.Direct) {
-            if (view.Data == nullptr) {
-                return std::nullopt;
-            }
-            // The slot is zero-padded; the value may fill it to the last byte the field reads.
-            const auto* text = reinterpret_cast<const char*>(view.Data);
-            return std::string_view(text, strnlen(text, view.Size));
-        }
-    }
+std::optional<std::string_view> TFieldAs<std::string_view>::ReadText(const TField& Field) {
     if (Field.IsNull()) {
         return std::nullopt;
     }

@@ -199,6 +199,15 @@ public:
     TFilterRecordEvent OnFilterRecord;
 
 protected:
+    // Declares that every record buffer of this dataset holds Field's value at a fixed place: a
+    // presence byte at Offset ('1' when the field has a value, anything else for NULL), then Size
+    // bytes of the value in its native layout. While browsing, TField::DataView then reads it there
+    // without a call to PeekFieldData. Forgotten at the next BindFields.
+    void SetFieldSlot(TField* Field, std::ptrdiff_t Offset, std::size_t Size) {
+        Field->FSlotOffset = Offset;
+        Field->FSlotSize = Size;
+    }
+
     // --- ring, for descendants
     int ActiveRecord() const { return FActiveRecord; }
     int CurrentRecord() const { return FCurrentRecord; }

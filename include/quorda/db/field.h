@@ -237,6 +237,10 @@ private:
     // The text As<std::string_view>() points into when the value has no text slot of its own to
     // point at; its capacity is reused from read to read.
     mutable std::string FViewText;
+    // Where the dataset keeps this field's value in each of its record buffers (TDataSet::SetFieldSlot):
+    // a presence byte at FSlotOffset, then FSlotSize bytes of value. -1: ask the dataset.
+    std::ptrdiff_t FSlotOffset = -1;
+    std::size_t FSlotSize = 0;
 };
 
 // The date/time slot of a record buffer, by field type: ftDate uses Date, ftTime uses Time,

@@ -82,6 +82,8 @@ std::optional<T> ReadSlot(const TField& Field) {
 QUORDA_API std::optional<TDateTime> ReadDateTimeSlot(const TField& Field);
 // The same slot as milliseconds since 1970-01-01, local time.
 QUORDA_API std::optional<TLocalMSecs> ReadLocalMSecs(const TField& Field);
+// The day number (TTimeStamp::Date) of 1970-01-01, where std::chrono's clocks count from.
+inline constexpr std::int64_t kEpochDayNumber = DateDelta + 25569;
 
 } // namespace detail
 
@@ -90,7 +92,24 @@ QUORDA_API std::optional<TLocalMSecs> ReadLocalMSecs(const TField& Field);
 // the field is read this way again.
 template <>
 struct QUORDA_API TFieldAs<std::string_view> {
-    static std::optional<std::string_view> Read(const TField& Field);
+    static std::optional<std::string_view> Read(const TField& Field) {
+        if (Field.DataType() == ftString || Field.DataType() == ftFixedChar) {
+            const TFieldDataView view = Field.DataView();
+            if (view.Direct) {
+                if (view.Data == nullptr) {
+                    return std::nullopt;
+                }
+                // The slot is zero-padded; the value may fill it to the last byte the field reads.
+                const auto* text = reinterpret_cast<const char*>(view.Data);
+                return std::string_view(text, strnlen(text, view.Size));
+            }
+        }
+        return ReadText(Field);
+    }
+
+private:
+    // Any other value, or a dataset without slots: the field's text, kept by the field.
+    static std::optional<std::string_view> ReadText(const TField& Field);
 };
 
 template <>
@@ -185,7 +204,18 @@ struct TFieldAs<bool> {
 // Dates and date-times to the millisecond, without the round trip through a TDateTime.
 template <>
 struct TFieldAs<TLocalMSecs> {
-    static std::optional<TLocalMSecs> Read(const TField& Field) { return detail::ReadLocalMSecs(Field); }
+    static std::optional<TLocalMSecs> Read(const TField& Field) {
+        // A date-time slot holds whole milliseconds since 0001-01-01 (day number 1) as a double.
+        const TFieldDataView view = Field.DataView();
+        if (Field.DataType() == ftDateTime && detail::SlotOfSize(view, sizeof(double))) {
+            if (view.Data == nullptr) {
+                return std::nullopt;
+            }
+            const auto msecs = static_cast<std::int64_t>(detail::LoadNative<double>(view.Data));
+            return TLocalMSecs{std::chrono::milliseconds{msecs - detail::kEpochDayNumber * MSecsPerDay}};
+        }
+        return detail::ReadLocalMSecs(Field);
+    }
 };
 
 template <>
