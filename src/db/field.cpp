@@ -176,10 +176,11 @@ TFieldDataView TField::DataView() const {
     // Nearly every read happens while browsing: a slot the dataset declared is read in place. (The
     // slot is forgotten whenever the field leaves its dataset or the dataset rebinds its fields.)
     if (FSlotOffset >= 0 && !FValidating && FDataSet->State() == dsBrowse) {
-        if (FDataSet->IsEmpty()) {
+        const TRecordBuffer record = FDataSet->ActiveBuffer();
+        if (record == nullptr || FDataSet->IsEmpty()) {
             return {nullptr, 0, true};
         }
-        const std::byte* presence = FDataSet->ActiveBuffer() + FSlotOffset;
+        const std::byte* presence = record + FSlotOffset;
         return {*presence == std::byte{'1'} ? presence + 1 : nullptr, FSlotSize, true};
     }
     // While OnValidate runs, the value being validated is not in the record: no view of it.
