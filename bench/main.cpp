@@ -3,6 +3,7 @@
 
 #include "data_setup.h"
 #include "harness.h"
+#include "instructions.h"
 #include "options.h"
 #include "raw_odbc.h"
 #include "report.h"
@@ -109,12 +110,26 @@ int RunBenchmark(TOptions& Options) {
             problems.push_back(m.Config.Impl->Workload + ' ' + SourceName(m.Config.Context.Source) + ' ' +
                                m.Config.Impl->Impl + ' ' + m.Config.Impl->Mode + ": " + m.Error);
 
+    std::vector<TInstructionCount> instructions;
+    if (Options.InstructionRows > 0) {
+        instructions = CountInstructions(plan, Options.InstructionRows, std::cerr);
+        for (const TInstructionCount& c : instructions)
+            if (!c.Error.empty())
+                std::cerr << "instructions: scan " << SourceName(c.Config.Context.Source) << ' '
+                          << c.Config.Impl->Impl << ' ' << c.Config.Impl->Mode << " not counted: " << c.Error
+                          << '\n';
+    }
+
     const std::vector<TTableRow> table = BuildTable(results);
     std::cout << '\n';
     PrintTable(std::cout, table);
+    if (!instructions.empty())
+        PrintInstructions(std::cout, instructions, Options.InstructionRows, false);
     if (!Options.Results.empty()) {
         std::ofstream out(Options.Results);
         WriteMarkdown(out, info, table, problems);
+        if (!instructions.empty())
+            PrintInstructions(out, instructions, Options.InstructionRows, true);
         if (!out) {
             std::cerr << "quorda_bench: cannot write " << Options.Results << '\n';
             return 1;

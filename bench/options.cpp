@@ -58,7 +58,7 @@ std::string Usage() {
            "  --runs N          timed runs per configuration after one warm-up (default 5)\n"
            "  --only LIST       workloads to run: scan,scroll,count,insert,edit,params,\n"
            "                    export,import,grid\n"
-           "  --impl LIST       implementations to run: raw,quorda,multi,qtsql,grid\n"
+           "  --impl LIST       implementations to run: raw,quorda,view,multi,qtsql,grid\n"
            "  --source S        sqlite, pgsql, mariadb or all (default all)\n"
            "  --quick           small row counts and one run, for a smoke test\n"
            "  --insert-rows N   rows of the insert workload (default 100000)\n"
@@ -69,7 +69,9 @@ std::string Usage() {
            "  --pg-connect STR  PostgreSQL driver connection string (default: $QUORDA_BENCH_PG)\n"
            "  --mariadb-connect STR  MariaDB driver connection string (default: $QUORDA_BENCH_MARIADB)\n"
            "  --results FILE    also write the results as markdown to FILE\n"
-           "  --list            list the registered implementations and exit\n";
+           "  --list            list the registered implementations and exit\n"
+           "  --instructions N  then count instructions per row of every scan under callgrind,\n"
+           "                    N rows each (default 0: not counted)\n";
 }
 
 TOptions ParseOptions(const std::vector<std::string>& Args) {
@@ -105,7 +107,7 @@ TOptions ParseOptions(const std::vector<std::string>& Args) {
         } else if (a == "--impl") {
             o.Impls = SplitList(value());
             for (const auto& impl : o.Impls)
-                if (ImplRank(impl) > 4)
+                if (ImplRank(impl) > ImplRank("grid"))
                     throw std::invalid_argument("unknown implementation '" + impl + "'");
         } else if (a == "--source") {
             const std::string& s = value();
@@ -138,6 +140,8 @@ TOptions ParseOptions(const std::vector<std::string>& Args) {
             o.MariadbConnect = value();
         } else if (a == "--results") {
             o.Results = value();
+        } else if (a == "--instructions") {
+            o.InstructionRows = ParseCount(a, value(), 0);
         } else if (a == "--list") {
             o.List = true;
         } else if (a == "--child" && i + 3 < Args.size()) {

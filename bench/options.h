@@ -29,6 +29,7 @@ struct TOptions {
     std::string MariadbConnect; // base driver string of the MariaDB source
     std::string Results;        // markdown file to write, none when empty
     bool List = false;
+    std::int64_t InstructionRows = 0; // scan rows counted under callgrind after the timed runs; 0: none
 
     // Set when this process is a child measuring one configuration.
     bool Child = false;

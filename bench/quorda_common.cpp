@@ -1,9 +1,12 @@
 #include "quorda_common.h"
 
+#include <chrono>
+#include <optional>
 #include <quorda/db/field.h>
 #include <quorda/db/fields.h>
 #include <quorda/rtl/datetime.h>
 #include <quorda/rtl/strings.h>
+#include <string_view>
 
 namespace quorda::bench {
 
@@ -40,6 +43,22 @@ void TBenchFields::Fold(TChecksum& Sum) const {
                 FFields[2]->AsFloat(),
                 name,
                 {year, month, day, hour, minute, second, msec}});
+}
+
+void TBenchFields::FoldViews(TChecksum& Sum) const {
+    using namespace std::chrono;
+    const auto stamp = FFields[4]->As<std::optional<TLocalMSecs>>().value_or(TLocalMSecs{});
+    const auto day = floor<days>(stamp);
+    const year_month_day date{day};
+    const hh_mm_ss time{stamp - day};
+    Sum.AddRow({FFields[0]->As<std::optional<std::int64_t>>().value_or(0),
+                FFields[1]->As<std::optional<std::int64_t>>().value_or(0),
+                FFields[2]->As<std::optional<double>>().value_or(0),
+                FFields[3]->As<std::optional<std::string_view>>().value_or(std::string_view()),
+                {static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
+                 static_cast<int>(static_cast<unsigned>(date.day())), static_cast<int>(time.hours().count()),
+                 static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()),
+                 static_cast<int>(time.subseconds().count())}});
 }
 
 } // namespace quorda::bench

@@ -16,8 +16,9 @@ enum class TScanMode { Scrollable, Forward, Block };
 
 class TQuordaScan : public TBenchRun {
 public:
-    TQuordaScan(const TBenchContext& Context, TScanMode Mode)
-        : FConnection(Mode == TScanMode::Scrollable ? Context.ScrollConnect : Context.StreamConnect),
+    TQuordaScan(const TBenchContext& Context, TScanMode Mode, bool Views)
+        : FViews(Views),
+          FConnection(Mode == TScanMode::Scrollable ? Context.ScrollConnect : Context.StreamConnect),
           FQuery(FConnection.NewQuery(BenchSelect(Context.Rows, Context.TableRows))) {
         FQuery->SetUniDirectional(Mode != TScanMode::Scrollable);
         FQuery->SetBlockCursor(Mode == TScanMode::Block);
@@ -30,7 +31,10 @@ public:
         TChecksum sum;
         std::int64_t count = 0;
         while (!FQuery->Eof()) {
-            fields.Fold(sum);
+            if (FViews)
+                fields.FoldViews(sum);
+            else
+                fields.Fold(sum);
             ++count;
             FQuery->Next();
         }
@@ -42,6 +46,8 @@ public:
     std::uint64_t Checksum() override { return FChecksum; }
 
 private:
+    // Read through the views (impl "view") instead of the classic getters.
+    bool FViews;
     TQuordaConnection FConnection;
     std::unique_ptr<TODBCQuery> FQuery;
     std::uint64_t FChecksum = 0;
@@ -125,14 +131,17 @@ private:
     std::uint64_t FChecksum = 0;
 };
 
-template <TScanMode Mode>
+template <TScanMode Mode, bool Views = false>
 std::unique_ptr<TBenchRun> MakeScan(const TBenchContext& Context) {
-    return std::make_unique<TQuordaScan>(Context, Mode);
+    return std::make_unique<TQuordaScan>(Context, Mode, Views);
 }
 
 const TRegisterRun scrollable("scan", "quorda", "scrollable", MakeScan<TScanMode::Scrollable>);
 const TRegisterRun forward("scan", "quorda", "forward", MakeScan<TScanMode::Forward>);
 const TRegisterRun block("scan", "quorda", "block", MakeScan<TScanMode::Block>);
+const TRegisterRun viewScrollable("scan", "view", "scrollable", MakeScan<TScanMode::Scrollable, true>);
+const TRegisterRun viewForward("scan", "view", "forward", MakeScan<TScanMode::Forward, true>);
+const TRegisterRun viewBlock("scan", "view", "block", MakeScan<TScanMode::Block, true>);
 const TRegisterRun scroll("scroll", "quorda", "scrollable", [](const TBenchContext& Context) {
     return std::make_unique<TQuordaScroll>(Context);
 });

@@ -50,7 +50,7 @@ int ModeRank(const std::string& Mode) {
 }
 
 int ImplRank(const std::string& Impl) {
-    static const std::vector<std::string> impls{"raw", "quorda", "multi", "qtsql", "grid"};
+    static const std::vector<std::string> impls{"raw", "quorda", "view", "multi", "qtsql", "grid"};
     return RankIn(impls, Impl);
 }
 

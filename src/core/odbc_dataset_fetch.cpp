@@ -15,6 +15,7 @@
 #include "quorda/rtl/messages.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 namespace quorda {
@@ -23,9 +24,23 @@ namespace quorda {
 
 namespace cursor_detail {
 
+namespace {
+
+// The day number (TTimeStamp::Date) of 1970-01-01, where std::chrono::sys_days counts from.
+constexpr std::int32_t kSysDaysDayNumber = DateDelta + 25569;
+
+} // namespace
+
 std::int32_t TimeStampDate(int Year, int Month, int Day) {
-    // The rtl's calendar: encoding validates the date (raising its encode error for one that does not
-    // exist) and counts the days, exactly, in a double.
+    // A date that plainly exists is counted here, on the civil calendar, for every date and time
+    // stamp fetched; the month's length is looked up only past its 28th. Anything else goes through
+    // the rtl's calendar, which raises its encode error for a date that does not exist.
+    if (Year >= 1 && Year <= 9999 && Month >= 1 && Month <= 12 && Day >= 1 &&
+        (Day <= 28 || Day <= DaysInAMonth(Year, Month))) {
+        const std::chrono::sys_days date{std::chrono::year(Year) / static_cast<unsigned>(Month) /
+                                         static_cast<unsigned>(Day)};
+        return static_cast<std::int32_t>(date.time_since_epoch().count()) + kSysDaysDayNumber;
+    }
     return static_cast<std::int32_t>(EncodeDate(Year, Month, Day)) + DateDelta;
 }
 
@@ -343,47 +358,68 @@ bool TODBCDataSet::GetStateRecBuf(TRecordBuffer& RecBuf) {
 
 void TODBCDataSet::PrepareFieldReads() {
     for (int i = 0; i < Fields().Count(); ++i) {
-        const TField* field = Fields()[i];
+        TField* field = Fields()[i];
         const int fieldNo = field->FieldNo();
         if (field->FieldKind() == fkData && fieldNo >= 1 &&
             static_cast<std::size_t>(fieldNo) <= FFieldValues.size()) {
             TFieldValueItem& item = *FFieldValues[static_cast<std::size_t>(fieldNo - 1)];
             item.ReadField = field;
             FieldReadSizes(*field, item, item.ReadCount, item.ReadClear);
+            SetFieldSlot(field, static_cast<std::ptrdiff_t>(item.RecordOffset), item.ReadCount);
         }
     }
 }
 
-bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
+const std::byte* TODBCDataSet::ActiveValue(const TField* Field, const TFieldValueItem*& Item) {
     TRecordBuffer record = nullptr;
     if (!GetActiveRecBuf(record)) {
-        return false;
+        return nullptr;
     }
     // Definitions are numbered by column, so the field number finds the binding and its slot; a field
     // without a column of its own (calculated, unbound) has no value here.
     const int fieldNo = Field->FieldNo();
     if (fieldNo < 1 || static_cast<std::size_t>(fieldNo) > FFieldValues.size()) {
-        return false;
+        return nullptr;
     }
-    const TFieldValueItem& item = *FFieldValues[static_cast<std::size_t>(fieldNo - 1)];
-    const std::byte* indicator = record + item.RecordOffset;
-    if (*indicator != static_cast<std::byte>('1')) {
+    Item = FFieldValues[static_cast<std::size_t>(fieldNo - 1)].get();
+    const std::byte* indicator = record + Item->RecordOffset;
+    return *indicator == static_cast<std::byte>('1') ? indicator + 1 : nullptr;
+}
+
+TFieldDataView TODBCDataSet::PeekFieldData(const TField* Field) {
+    const TFieldValueItem* item = nullptr;
+    const std::byte* value = ActiveValue(Field, item);
+    if (value == nullptr) {
+        return {nullptr, 0, true};
+    }
+    std::size_t count = item->ReadCount;
+    if (Field != item->ReadField) {
+        std::size_t clear = 0;
+        FieldReadSizes(*Field, *item, count, clear);
+    }
+    return {value, count, true};
+}
+
+bool TODBCDataSet::GetFieldData(TField* Field, void* Buffer) {
+    const TFieldValueItem* item = nullptr;
+    const std::byte* value = ActiveValue(Field, item);
+    if (value == nullptr) {
         return false;
     }
     if (Buffer != nullptr) {
-        std::size_t count = item.ReadCount;
-        std::size_t clear = item.ReadClear;
-        if (Field != item.ReadField) {
-            FieldReadSizes(*Field, item, count, clear);
+        std::size_t count = item->ReadCount;
+        std::size_t clear = item->ReadClear;
+        if (Field != item->ReadField) {
+            FieldReadSizes(*Field, *item, count, clear);
         }
         // Runs once per field read: the common widths copy without a library call.
         auto* out = static_cast<std::byte*>(Buffer);
         if (count == 4) {
-            std::memcpy(out, indicator + 1, 4);
+            std::memcpy(out, value, 4);
         } else if (count == 8) {
-            std::memcpy(out, indicator + 1, 8);
+            std::memcpy(out, value, 8);
         } else {
-            std::memcpy(out, indicator + 1, count);
+            std::memcpy(out, value, count);
         }
         if (clear > 0) {
             std::memset(out + count, 0, clear);

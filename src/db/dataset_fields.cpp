@@ -117,6 +117,7 @@ void TDataSet::BindFields(bool Binding) {
     FBlobFieldCount = 0;
     for (TField* field : *FFields) {
         field->FFieldDef = nullptr;
+        field->FSlotOffset = -1;
         if (!Binding) {
             field->FFieldNo = 0;
         } else if (field->FieldKind() == fkCalculated || field->FieldKind() == fkLookup) {

@@ -32,7 +32,7 @@ int TBooleanField::GetDefaultWidth() const {
 
 bool TBooleanField::GetAsBoolean() const {
     std::int16_t value = 0;
-    return GetData(&value) && value != 0;
+    return GetSlotData(&value) && value != 0;
 }
 
 std::string TBooleanField::GetAsString() const {

@@ -1,6 +1,8 @@
 #include "quorda/db/date_time_fields.h"
 #include "quorda/rtl/format_settings.h"
 
+#include <cstring>
+
 namespace quorda {
 
 TDateTimeField::TDateTimeField(TComponent* AOwner) : TField(AOwner) {
@@ -15,6 +17,16 @@ void TDateTimeField::SetDisplayFormat(const std::string& Value) {
 }
 
 TDateTime TDateTimeField::GetAsDateTime() const {
+    // Straight from the dataset's slot where it keeps one, as DataConvert would convert it.
+    const TFieldDataView view = DataView();
+    if (view.Direct && view.Data == nullptr) {
+        return 0.0;
+    }
+    if (view.Direct && view.Size == (DataType() == ftDateTime ? sizeof(double) : sizeof(std::int32_t))) {
+        TDateTimeRec rec{};
+        std::memcpy(&rec, view.Data, view.Size);
+        return DateTimeRecToDateTime(DataType(), rec);
+    }
     TDateTime value = 0;
     return GetData(&value, false) ? value : 0.0;
 }

@@ -94,7 +94,7 @@ bool TIntegerField::GetValue(std::int32_t& Value) const {
         std::int16_t Small;
         std::uint16_t Word;
     } data{};
-    if (!GetData(&data)) {
+    if (!GetSlotData(&data)) {
         return false;
     }
     switch (DataType()) {
@@ -217,7 +217,7 @@ TLargeintField::TLargeintField(TComponent* AOwner) : TNumericField(AOwner) {
 
 bool TLargeintField::GetValue(std::int64_t& Value) const {
     std::int64_t data = 0;
-    if (!GetData(&data)) {
+    if (!GetSlotData(&data)) {
         return false;
     }
     Value = data;
@@ -304,7 +304,7 @@ void TFloatField::SetCurrency(bool Value) {
 
 double TFloatField::GetAsFloat() const {
     double value = 0;
-    return GetData(&value) ? value : 0.0;
+    return GetSlotData(&value) ? value : 0.0;
 }
 
 std::int32_t TFloatField::GetAsInteger() const {

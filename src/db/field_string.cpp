@@ -47,6 +47,17 @@ void TStringField::CheckTypeSize(int Value) const {
 }
 
 bool TStringField::GetValue(std::string& Value) const {
+    // Straight from the dataset's slot where it keeps one (zero-padded, read up to its zero).
+    const TFieldDataView view = DataView();
+    if (view.Direct) {
+        if (view.Data == nullptr) {
+            Value.clear();
+            return false;
+        }
+        const auto* text = reinterpret_cast<const char*>(view.Data);
+        Value.assign(text, strnlen(text, view.Size));
+        return true;
+    }
     const auto dataSize = static_cast<std::size_t>(DataSize());
     std::array<char, 1024> local;
     std::vector<char> large;

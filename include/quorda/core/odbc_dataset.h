@@ -151,6 +151,7 @@ public:
     // --- framework overrides (public in the framework)
     bool GetFieldData(TField* Field, void* Buffer) override;
     using TDataSet::GetFieldData;
+    TFieldDataView PeekFieldData(const TField* Field) override;
     void SetFieldData(TField* Field, const void* Buffer) override;
     using TDataSet::SetFieldData;
     std::unique_ptr<TStream> CreateBlobStream(TField* Field, TBlobStreamMode Mode) override;
@@ -271,6 +272,9 @@ private:
 
     // The record buffer of every state but browsing.
     bool GetStateRecBuf(TRecordBuffer& RecBuf);
+    // The value slot of Field in the active record and the binding of its column; null when the
+    // field has no value there (NULL, no record, no column of its own).
+    const std::byte* ActiveValue(const TField* Field, const TFieldValueItem*& Item);
     // Sends the values of data-at-execution parameters after SQLExecute answered SQL_NEED_DATA.
     void SendDataAtExecution();
     // Frees the forward-only statement a batch made for itself (nothing checked: it runs on the way

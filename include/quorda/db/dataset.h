@@ -159,6 +159,9 @@ public:
     // The buffer of the active record; null while closed.
     TRecordBuffer ActiveBuffer() const { return FBuffers.empty() ? nullptr : FBuffers[FActiveRecord]; }
     virtual bool GetFieldData(TField* Field, void* Buffer);
+    // Where the native value of Field lies in the active record (TField::DataView), for reads that
+    // copy nothing. A dataset that keeps no such slot returns a view that is not Direct (the default).
+    virtual TFieldDataView PeekFieldData(const TField* Field) { return {}; }
     // NativeFormat false converts dates and times to and from TDateTime through DataConvert.
     virtual bool GetFieldData(TField* Field, void* Buffer, bool NativeFormat);
     virtual void SetFieldData(TField* Field, const void* Buffer);
@@ -196,6 +199,15 @@ public:
     TFilterRecordEvent OnFilterRecord;
 
 protected:
+    // Declares that every record buffer of this dataset holds Field's value at a fixed place: a
+    // presence byte at Offset ('1' when the field has a value, anything else for NULL), then Size
+    // bytes of the value in its native layout. While browsing, TField::DataView then reads it there
+    // without a call to PeekFieldData. Forgotten at the next BindFields.
+    void SetFieldSlot(TField* Field, std::ptrdiff_t Offset, std::size_t Size) {
+        Field->FSlotOffset = Offset;
+        Field->FSlotSize = Size;
+    }
+
     // --- ring, for descendants
     int ActiveRecord() const { return FActiveRecord; }
     int CurrentRecord() const { return FCurrentRecord; }

@@ -25,6 +25,17 @@ using TFieldGetTextEvent = std::function<void(TField* Sender, std::string& Text,
 using TFieldSetTextEvent = std::function<void(TField* Sender, const std::string& Text)>;
 using TBytes = std::vector<std::uint8_t>;
 
+// A look at a field's native value where its dataset keeps it, for reads that copy nothing
+// (TField::DataView). Valid until the dataset's active record changes.
+struct TFieldDataView {
+    // The value in the field's native layout; null for NULL.
+    const std::byte* Data = nullptr;
+    // The bytes of Data the field reads (a string ends at its zero or here, whichever comes first).
+    std::size_t Size = 0;
+    // False when the dataset keeps no slot to look at: the value is read through GetData instead.
+    bool Direct = false;
+};
+
 // The value of one column of the current record of a dataset, converted to and from the native
 // layout of the record buffer. Reads and writes go through the dataset's GetFieldData/SetFieldData;
 // the field itself keeps no value.
@@ -132,6 +143,8 @@ public:
     // Asks the data-aware control showing this field to take the focus.
     void FocusControl();
 
+    // The value in place in the dataset's record buffer, when the dataset keeps one (Direct).
+    TFieldDataView DataView() const;
     // Copies the value into Buffer (may be null to test for null); false when the value is null.
     bool GetData(void* Buffer, bool NativeFormat = true) const;
     // Stores the value of Buffer (null: set to null).
@@ -190,6 +203,9 @@ protected:
     void CheckInactive() const;
     // Tells the dataset that a display property changed (layout or data).
     void PropertyChanged(bool LayoutAffected);
+    // GetData for the fixed-width reads of the field classes, into a Buffer of DataSize bytes that the
+    // caller zeroed: copies straight from the dataset's slot where it keeps one.
+    bool GetSlotData(void* Buffer) const;
     // "Field <FieldName> is null": a NULL read by As<T> with a T that cannot hold it.
     [[noreturn]] void NullValueError() const;
 
@@ -197,6 +213,8 @@ private:
     friend class TDataSet;
     friend class TFields;
     friend class TFieldDef;
+    template <typename T>
+    friend struct TFieldAs;
 
     TDataSet* FDataSet = nullptr;
     TFields* FFields = nullptr;
@@ -216,6 +234,13 @@ private:
     bool FRequired = false;
     bool FValidating = false;
     const void* FValueBuffer = nullptr;
+    // The text As<std::string_view>() points into when the value has no text slot of its own to
+    // point at; its capacity is reused from read to read.
+    mutable std::string FViewText;
+    // Where the dataset keeps this field's value in each of its record buffers (TDataSet::SetFieldSlot):
+    // a presence byte at FSlotOffset, then FSlotSize bytes of value. -1: ask the dataset.
+    std::ptrdiff_t FSlotOffset = -1;
+    std::size_t FSlotSize = 0;
 };
 
 // The date/time slot of a record buffer, by field type: ftDate uses Date, ftTime uses Time,

@@ -1,14 +1,21 @@
 #pragma once
 
 // Typed reads of a field: TField::As<T>() and TField::As<std::optional<T>>().
+//
+// Where the dataset keeps the value in a slot of its record buffer (TField::DataView), the reads
+// here take it from there as its C++ type: no copy, no allocation, no variant. Every other case goes
+// through the field's classic accessor; the results are the same either way.
 
 #include "quorda/db/field.h"
 #include "quorda/rtl/currency.h"
 #include "quorda/rtl/datetime.h"
 
+#include <chrono>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 namespace quorda {
@@ -16,8 +23,8 @@ namespace quorda {
 // How a field's value is read as T: a specialisation provides
 //   static std::optional<T> Read(const TField& Field);   // std::nullopt for NULL
 // and As<T> works for that T at once. A reader may test for NULL and read the value in one step
-// (one look at the record buffer); the ones here use the field's classic accessors, so they convert
-// exactly as AsString, AsInteger, ... do. An unsupported T does not compile.
+// (one look at the record buffer), and converts exactly as AsString, AsInteger, ... do. An
+// unsupported T does not compile.
 template <typename T>
 struct TFieldAs;
 
@@ -40,17 +47,177 @@ struct IsOptional<std::optional<T>> : std::true_type {};
 
 } // namespace detail
 
+// A date-time without a time zone, to the millisecond, as the record buffer holds it.
+using TLocalMSecs = std::chrono::local_time<std::chrono::milliseconds>;
+
+namespace detail {
+
+template <typename Native>
+Native LoadNative(const std::byte* Data) {
+    Native value;
+    std::memcpy(&value, Data, sizeof value);
+    return value;
+}
+
+// Whether View is the dataset's slot of a value stored in Size bytes (or a NULL there).
+inline bool SlotOfSize(const TFieldDataView& View, std::size_t Size) {
+    return View.Direct && (View.Data == nullptr || View.Size == Size);
+}
+
+// A value stored in the slot as Native, converted to T; the classic accessor Get when the dataset
+// keeps no slot or the field reads another width than Native's.
+template <typename T, typename Native, T (TField::*Get)() const>
+std::optional<T> ReadSlot(const TField& Field) {
+    const TFieldDataView view = Field.DataView();
+    if (!SlotOfSize(view, sizeof(Native))) {
+        return TFieldAsAccessor<T, Get>::Read(Field);
+    }
+    if (view.Data == nullptr) {
+        return std::nullopt;
+    }
+    return static_cast<T>(LoadNative<Native>(view.Data));
+}
+
+// A date, time or date-time slot as its TDateTime (DateTimeRecToDateTime).
+QUORDA_API std::optional<TDateTime> ReadDateTimeSlot(const TField& Field);
+// The same slot as milliseconds since 1970-01-01, local time.
+QUORDA_API std::optional<TLocalMSecs> ReadLocalMSecs(const TField& Field);
+// The day number (TTimeStamp::Date) of 1970-01-01, where std::chrono's clocks count from.
+inline constexpr std::int64_t kEpochDayNumber = DateDelta + 25569;
+
+} // namespace detail
+
+// A text field's value in its slot of the record buffer; any other value (or a dataset without
+// slots) as the field's text, kept by the field. Valid until the cursor moves, the record changes or
+// the field is read this way again.
 template <>
-struct TFieldAs<std::string> : detail::TFieldAsAccessor<std::string, &TField::AsString> {};
+struct QUORDA_API TFieldAs<std::string_view> {
+    static std::optional<std::string_view> Read(const TField& Field) {
+        if (Field.DataType() == ftString || Field.DataType() == ftFixedChar) {
+            const TFieldDataView view = Field.DataView();
+            if (view.Direct) {
+                if (view.Data == nullptr) {
+                    return std::nullopt;
+                }
+                // The slot is zero-padded; the value may fill it to the last byte the field reads.
+                const auto* text = reinterpret_cast<const char*>(view.Data);
+                return std::string_view(text, strnlen(text, view.Size));
+            }
+        }
+        return ReadText(Field);
+    }
+
+private:
+    // Any other value, or a dataset without slots: the field's text, kept by the field.
+    static std::optional<std::string_view> ReadText(const TField& Field);
+};
+
 template <>
-struct TFieldAs<std::int32_t> : detail::TFieldAsAccessor<std::int32_t, &TField::AsInteger> {};
+struct TFieldAs<std::string> {
+    static std::optional<std::string> Read(const TField& Field) {
+        if (Field.DataType() == ftString || Field.DataType() == ftFixedChar) {
+            const std::optional<std::string_view> text = TFieldAs<std::string_view>::Read(Field);
+            if (!text) {
+                return std::nullopt;
+            }
+            return std::string(*text);
+        }
+        return detail::TFieldAsAccessor<std::string, &TField::AsString>::Read(Field);
+    }
+};
+
 template <>
-struct TFieldAs<std::int64_t> : detail::TFieldAsAccessor<std::int64_t, &TField::AsLargeInt> {};
+struct TFieldAs<std::int32_t> {
+    static std::optional<std::int32_t> Read(const TField& Field) {
+        using Int = std::int32_t;
+        switch (Field.DataType()) {
+        case ftInteger:
+        case ftAutoInc:
+            return detail::ReadSlot<Int, std::int32_t, &TField::AsInteger>(Field);
+        case ftSmallint:
+            return detail::ReadSlot<Int, std::int16_t, &TField::AsInteger>(Field);
+        case ftWord:
+            return detail::ReadSlot<Int, std::uint16_t, &TField::AsInteger>(Field);
+        default:
+            return detail::TFieldAsAccessor<Int, &TField::AsInteger>::Read(Field);
+        }
+    }
+};
+
+template <>
+struct TFieldAs<std::int64_t> {
+    static std::optional<std::int64_t> Read(const TField& Field) {
+        using Int = std::int64_t;
+        switch (Field.DataType()) {
+        case ftLargeint:
+            return detail::ReadSlot<Int, std::int64_t, &TField::AsLargeInt>(Field);
+        case ftInteger:
+        case ftAutoInc:
+            return detail::ReadSlot<Int, std::int32_t, &TField::AsLargeInt>(Field);
+        case ftSmallint:
+            return detail::ReadSlot<Int, std::int16_t, &TField::AsLargeInt>(Field);
+        case ftWord:
+            return detail::ReadSlot<Int, std::uint16_t, &TField::AsLargeInt>(Field);
+        default:
+            return detail::TFieldAsAccessor<Int, &TField::AsLargeInt>::Read(Field);
+        }
+    }
+};
+
 // Also TDateTime, which is a double: a date or time field reads as its TDateTime.
 template <>
-struct TFieldAs<double> : detail::TFieldAsAccessor<double, &TField::AsFloat> {};
+struct TFieldAs<double> {
+    static std::optional<double> Read(const TField& Field) {
+        switch (Field.DataType()) {
+        case ftFloat:
+        case ftCurrency:
+            return detail::ReadSlot<double, double, &TField::AsFloat>(Field);
+        case ftInteger:
+        case ftAutoInc:
+            return detail::ReadSlot<double, std::int32_t, &TField::AsFloat>(Field);
+        case ftLargeint:
+            return detail::ReadSlot<double, std::int64_t, &TField::AsFloat>(Field);
+        case ftDate:
+        case ftTime:
+        case ftDateTime:
+            return detail::ReadDateTimeSlot(Field);
+        default:
+            return detail::TFieldAsAccessor<double, &TField::AsFloat>::Read(Field);
+        }
+    }
+};
+
 template <>
-struct TFieldAs<bool> : detail::TFieldAsAccessor<bool, &TField::AsBoolean> {};
+struct TFieldAs<bool> {
+    static std::optional<bool> Read(const TField& Field) {
+        const TFieldDataView view = Field.DataView();
+        if (Field.DataType() == ftBoolean && detail::SlotOfSize(view, sizeof(std::int16_t))) {
+            if (view.Data == nullptr) {
+                return std::nullopt;
+            }
+            return detail::LoadNative<std::int16_t>(view.Data) != 0;
+        }
+        return detail::TFieldAsAccessor<bool, &TField::AsBoolean>::Read(Field);
+    }
+};
+
+// Dates and date-times to the millisecond, without the round trip through a TDateTime.
+template <>
+struct TFieldAs<TLocalMSecs> {
+    static std::optional<TLocalMSecs> Read(const TField& Field) {
+        // A date-time slot holds whole milliseconds since 0001-01-01 (day number 1) as a double.
+        const TFieldDataView view = Field.DataView();
+        if (Field.DataType() == ftDateTime && detail::SlotOfSize(view, sizeof(double))) {
+            if (view.Data == nullptr) {
+                return std::nullopt;
+            }
+            const auto msecs = static_cast<std::int64_t>(detail::LoadNative<double>(view.Data));
+            return TLocalMSecs{std::chrono::milliseconds{msecs - detail::kEpochDayNumber * MSecsPerDay}};
+        }
+        return detail::ReadLocalMSecs(Field);
+    }
+};
+
 template <>
 struct TFieldAs<Currency> : detail::TFieldAsAccessor<Currency, &TField::AsCurrency> {};
 template <>
