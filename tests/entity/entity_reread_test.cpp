@@ -1,5 +1,4 @@
 #include "entity_test_support.h"
-#include "quorda/rtl/application.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -151,9 +150,7 @@ TEST(EntityReread, MarkingMovesOnlyUpperCaseNames) {
 // The close procedure runs for the last entity of a name only, and never at design time. Without a
 // connection the call fails, and the failure reaches the application instead of the destructor's caller.
 TEST(EntityReread, CloseProcedureRunsForTheLastOfItsName) {
-    std::vector<std::string> Shown;
-    const TExceptionHandler Saved =
-        Application::SetExceptionHandler([&](const std::exception& E) { Shown.push_back(E.what()); });
+    entitytest::TShownErrors Errors;
     TEntities Entities = Make({{"ORDERS", false}, {"ORDERS", false}, {"ORDERS", false}});
     for (const auto& Entity : Entities) {
         Entity->SetSP(fetClose, "close_orders");
@@ -161,10 +158,9 @@ TEST(EntityReread, CloseProcedureRunsForTheLastOfItsName) {
     Entities[2]->SetDesigning(true);
     Entities[2].reset();
     Entities[0].reset();
-    EXPECT_TRUE(Shown.empty());
+    EXPECT_TRUE(Errors.Shown.empty());
     Entities[1].reset();
-    Application::SetExceptionHandler(Saved);
-    EXPECT_EQ(Shown.size(), 1u);
+    EXPECT_EQ(Errors.Shown.size(), 1u);
 }
 
 } // namespace

@@ -149,10 +149,6 @@ TEST(EntitySql, EdgeShapes) {
          Keyless,
          [](TEntity& E, TStringList& S) { E.GenerateSQLLock(S); },
          {"UPDATE t SET note=note WHERE "}},
-        {"key-less lock-where",
-         Keyless,
-         [](TEntity& E, TStringList& S) { E.GenerateSQLLockWhere(S); },
-         {"WHERE "}},
         {"key-less update has an empty WHERE line",
          Keyless,
          [&](TEntity& E, TStringList& S) {
@@ -210,12 +206,8 @@ TEST(EntitySql, EdgeShapes) {
 
     TTestEntity Empty;
     TStringList SQL;
-    try {
-        Empty.GenerateSQLLock(SQL);
-        ADD_FAILURE() << "no exception";
-    } catch (const EEntityException& E) {
-        EXPECT_STREQ(E.what(), "Can not create select lock query");
-    }
+    EXPECT_EQ(entitytest::MessageOf<EEntityException>([&] { Empty.GenerateSQLLock(SQL); }),
+              "Can not create select lock query");
 }
 
 // The lines of the open selection for each combination of WherePhrase and FilterStr (the ORDER BY
