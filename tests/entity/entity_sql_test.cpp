@@ -13,20 +13,15 @@ using entitytest::TTestEntity;
 using TLines = std::vector<std::string>;
 
 // The row a later edit compares against, as a lock leaves it: id 7, customer 3, total 10.5.
-class TLockedRow {
-public:
-    TLockedRow() : FRow(nullptr) {
-        FRow.FieldDefs().Add("id", ftInteger);
-        FRow.FieldDefs().Add("customer", ftInteger);
-        FRow.FieldDefs().Add("total", ftFloat);
-        FRow.FieldDefs().Add("note", ftString, 20);
-        FRow.CreateDataSet();
-        FRow.AppendRecord({7, 3, 10.5});
+struct TLockedRow : TMemDataSet {
+    TLockedRow() : TMemDataSet(nullptr) {
+        FieldDefs().Add("id", ftInteger);
+        FieldDefs().Add("customer", ftInteger);
+        FieldDefs().Add("total", ftFloat);
+        FieldDefs().Add("note", ftString, 20);
+        CreateDataSet();
+        AppendRecord({7, 3, 10.5});
     }
-    const TDataSet& Row() const { return FRow; }
-
-private:
-    TMemDataSet FRow;
 };
 
 struct TGeneratorCase {
@@ -37,7 +32,7 @@ struct TGeneratorCase {
 
 // Every generator on the documented orders entity, line by line.
 TEST(EntitySql, WorkedExampleLineByLine) {
-    const TLockedRow Locked;
+    TLockedRow Locked;
     const TGeneratorCase Cases[] = {
         {"select, from view",
          [](TEntity& E, TStringList& S) { E.GenerateSQLSelect(S, false); },
@@ -56,7 +51,7 @@ TEST(EntitySql, WorkedExampleLineByLine) {
          [&](TEntity& E, TStringList& S) {
              E.SetFieldValue("customer", 3);
              E.SetFieldValue("total", 12.25);
-             EXPECT_TRUE(E.GenerateSQLUpdate(S, Locked.Row()));
+             EXPECT_TRUE(E.GenerateSQLUpdate(S, Locked));
          },
          {"UPDATE orders SET ", "total=:total", "WHERE id=:id"}},
         {"update, nothing changed",
@@ -64,7 +59,7 @@ TEST(EntitySql, WorkedExampleLineByLine) {
              S.Add("stale");
              E.SetFieldValue("customer", 3);
              E.SetFieldValue("total", 10.5);
-             EXPECT_FALSE(E.GenerateSQLUpdate(S, Locked.Row()));
+             EXPECT_FALSE(E.GenerateSQLUpdate(S, Locked));
          },
          {}},
         {"delete",
@@ -110,7 +105,7 @@ struct TShapeCase {
 // Quoted names, entities without a key, the choice of the lock column, columns left out of the
 // SELECT, an empty string written over a null.
 TEST(EntitySql, EdgeShapes) {
-    const TLockedRow Locked;
+    TLockedRow Locked;
     const auto Quoted = [](TEntity& E) {
         for (TFieldItem* Field :
              {E.CreateField("id", "", "", 0, true, true, true, false, ftInteger, cnstETPK),
@@ -154,7 +149,7 @@ TEST(EntitySql, EdgeShapes) {
          [&](TEntity& E, TStringList& S) {
              E.SetFieldValue("customer", 4);
              E.SetFieldValue("note", "");
-             EXPECT_TRUE(E.GenerateSQLUpdate(S, Locked.Row()));
+             EXPECT_TRUE(E.GenerateSQLUpdate(S, Locked));
          },
          {"UPDATE t SET ", "customer=:customer", ""}},
         {"a null value replacing a value is a change",
@@ -162,7 +157,7 @@ TEST(EntitySql, EdgeShapes) {
          [&](TEntity& E, TStringList& S) {
              E.SetFieldValue("customer", NullValue);
              E.SetFieldValue("note", NullValue);
-             EXPECT_TRUE(E.GenerateSQLUpdate(S, Locked.Row()));
+             EXPECT_TRUE(E.GenerateSQLUpdate(S, Locked));
          },
          {"UPDATE t SET ", "customer=:customer", ""}},
         {"only integers: the first field is the lock column",

@@ -40,10 +40,6 @@ struct IndicatorCase {
     int Image; // -1: none
 };
 
-void PrintTo(const IndicatorCase& Case, std::ostream* Out) {
-    *Out << Case.Name;
-}
-
 const IndicatorCase kIndicatorCases[] = {
     {"CurrentRow", [](GridTest&) {}, 0, iiCurrent},
     {"OtherRow", [](GridTest&) {}, 1, -1},

@@ -28,19 +28,10 @@ struct SelectionCase {
     int Current;
 };
 
-void PrintTo(const SelectionCase& Case, std::ostream* Out) {
-    *Out << Case.Name;
-}
-
 const Qt::KeyboardModifiers kShift = Qt::ShiftModifier;
 const Qt::KeyboardModifiers kCtrl = Qt::ControlModifier;
 
 const SelectionCase kCases[] = {
-    {"ShiftDownThreeTimesFromFive",
-     5,
-     {K(Qt::Key_Down, kShift), K(Qt::Key_Down, kShift), K(Qt::Key_Down, kShift)},
-     Range(5, 8),
-     8},
     {"ShiftUpAfterwardsDropsTheLastRow",
      5,
      {K(Qt::Key_Down, kShift), K(Qt::Key_Down, kShift), K(Qt::Key_Down, kShift), K(Qt::Key_Up, kShift)},
