@@ -1,8 +1,8 @@
 #include "entity_test_support.h"
-#include "quorda/rtl/application.h"
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <sstream>
 
 namespace quorda {
 namespace {
@@ -12,8 +12,8 @@ using TEntities = std::vector<std::unique_ptr<TTestEntity>>;
 
 // The registry as "name:index" entries, the index being the entity's position in Entities (the
 // registry may hold entities of other tests only when those leak, which is a failure too).
-std::vector<std::string> Registry(const TEntities& Entities) {
-    std::vector<std::string> Result;
+std::string Registry(const TEntities& Entities) {
+    std::string Result;
     const TStringList& Open = lstOpenEntity();
     for (int I = 0; I < Open.Count(); ++I) {
         std::string Index = "?";
@@ -22,149 +22,128 @@ std::vector<std::string> Registry(const TEntities& Entities) {
                 Index = std::to_string(J);
             }
         }
-        Result.push_back(Open[I] + ":" + Index);
+        Result += (I > 0 ? " " : "") + Open[I] + ":" + Index;
     }
     return Result;
 }
 
-TEntities Make(const std::vector<std::pair<const char*, bool>>& NamesAndAnswers) {
+// Entities from words of a name, "+" or "-" for the answer of CheckUpdate and "*" for an entity
+// already marked ("a+ a-* -": two a, the second marked, and one unnamed); the others are undecided,
+// as after opening.
+TEntities Make(const std::string& Words) {
     TEntities Entities;
-    for (const auto& [Name, Answer] : NamesAndAnswers) {
-        Entities.push_back(std::make_unique<TTestEntity>(Name, Answer));
-        // Undecided, as after opening.
-        Entities.back()->SetFlgReread(false);
+    std::istringstream In(Words);
+    for (std::string Word; In >> Word;) {
+        const bool Marked = Word.back() == '*';
+        if (Marked) {
+            Word.pop_back();
+        }
+        Entities.push_back(
+            std::make_unique<TTestEntity>(Word.substr(0, Word.size() - 1), Word.back() == '+'));
+        Entities.back()->SetFlgReread(Marked);
     }
     return Entities;
 }
 
-std::vector<int> Calls(const TEntities& Entities) {
-    std::vector<int> Result;
+// The CheckUpdate calls, one digit an entity.
+std::string Calls(const TEntities& Entities) {
+    std::string Result;
     for (const auto& Entity : Entities) {
-        Result.push_back(Entity->CheckUpdateCalls);
+        Result += std::to_string(Entity->CheckUpdateCalls);
     }
     return Result;
 }
 
-std::vector<bool> Flags(const TEntities& Entities) {
-    std::vector<bool> Result;
+// The reread marks, "x" for a marked entity, "." otherwise.
+std::string Flags(const TEntities& Entities) {
+    std::string Result;
     for (const auto& Entity : Entities) {
-        Result.push_back(Entity->flgReread());
+        Result += Entity->flgReread() ? 'x' : '.';
     }
     return Result;
 }
 
 TEST(EntityReread, RegistryFollowsNamesAndLifetimes) {
-    TEntities Entities = Make({{"A", false}, {"", false}});
-    EXPECT_EQ(Registry(Entities), (std::vector<std::string>{"A:0", ":1"}));
+    TEntities Entities = Make("A- -");
+    EXPECT_EQ(Registry(Entities), "A:0 :1");
     Entities[1]->SetviewEntity("B");
-    EXPECT_EQ(Registry(Entities), (std::vector<std::string>{"A:0", "B:1"}));
+    EXPECT_EQ(Registry(Entities), "A:0 B:1");
     Entities[0].reset();
-    EXPECT_EQ(Registry(Entities), (std::vector<std::string>{"B:1"}));
+    EXPECT_EQ(Registry(Entities), "B:1");
 }
 
 // Each run of consecutive undecided namesakes is decided once, by its first member; marked
-// entities and unnamed ones are skipped and do not end a run.
+// entities and unnamed ones are skipped and do not end a run. Upper-case names are exchanged while
+// the pass marks them; each member is still decided once.
 TEST(EntityReread, DecisionPassAsksOncePerRun) {
     const struct {
-        const char* Name;
-        std::vector<std::pair<const char*, bool>> Entities;
-        std::vector<int> Marked;
-        std::vector<int> ExpectedCalls;
-        std::vector<bool> ExpectedFlags;
+        const char* Entities;
+        const char* Calls;
+        const char* Flags;
     } Cases[] = {
-        {"three undecided A", {{"a", true}, {"a", false}, {"a", false}}, {}, {1, 0, 0}, {true, true, true}},
-        // Upper-case names are exchanged while the pass marks them; each member is still decided once.
-        {"three undecided A, upper case",
-         {{"A", true}, {"A", false}, {"A", false}},
-         {},
-         {1, 0, 0},
-         {true, true, true}},
-        {"no answer spreads", {{"a", false}, {"a", true}}, {}, {1, 0}, {false, false}},
-        {"groups and a new run of A",
-         {{"a", true}, {"a", false}, {"b", false}, {"a", false}},
-         {},
-         {1, 0, 1, 1},
-         {true, true, false, false}},
-        {"unnamed never asked", {{"", true}, {"a", false}}, {}, {0, 1}, {false, false}},
-        {"a marked member is skipped inside a run",
-         {{"a", true}, {"a", false}, {"a", false}},
-         {1},
-         {1, 0, 0},
-         {true, true, true}},
-        {"marked entities keep their mark", {{"a", false}, {"a", false}}, {0, 1}, {0, 0}, {true, true}},
+        {"a+ a- a-", "100", "xxx"},      {"A+ A- A-", "100", "xxx"}, {"a- a+", "10", ".."},
+        {"a+ a- b- a-", "1011", "xx.."}, {"+ a-", "01", ".."},       {"a+ a-* a-", "100", "xxx"},
+        {"a-* a-*", "00", "xx"},
     };
     for (const auto& Case : Cases) {
-        SCOPED_TRACE(Case.Name);
+        SCOPED_TRACE(Case.Entities);
         TEntities Entities = Make(Case.Entities);
-        for (const int Index : Case.Marked) {
-            Entities[Index]->SetFlgReread(true);
-        }
         StartRereadAllUpdate();
-        EXPECT_EQ(Calls(Entities), Case.ExpectedCalls);
-        EXPECT_EQ(Flags(Entities), Case.ExpectedFlags);
+        EXPECT_EQ(Calls(Entities), Case.Calls);
+        EXPECT_EQ(Flags(Entities), Case.Flags);
     }
 }
 
 // A write through the second of two ORDERS marks both and makes the writer the group's leader; the
 // next pass asks neither.
 TEST(EntityReread, WriterMarksNamesakesAndLeads) {
-    TEntities Entities = Make({{"ORDERS", true}, {"X", false}, {"ORDERS", true}});
+    TEntities Entities = Make("ORDERS+ X- ORDERS+");
     SetUpdateEntity("ORDERS", Entities[2].get());
-    EXPECT_EQ(Flags(Entities), (std::vector<bool>{true, false, true}));
-    EXPECT_EQ(Registry(Entities), (std::vector<std::string>{"ORDERS:2", "X:1", "ORDERS:0"}));
+    EXPECT_EQ(Flags(Entities), "x.x");
+    EXPECT_EQ(Registry(Entities), "ORDERS:2 X:1 ORDERS:0");
     StartRereadAllUpdate();
-    EXPECT_EQ(Calls(Entities), (std::vector<int>{0, 1, 0}));
+    EXPECT_EQ(Calls(Entities), "010");
 
     // Opening the first again makes it the leader without marking anything.
     Entities[0]->SetFlgReread(false);
     FirstNumber("ORDERS", Entities[0].get());
-    EXPECT_EQ(Registry(Entities), (std::vector<std::string>{"ORDERS:0", "X:1", "ORDERS:2"}));
-    EXPECT_EQ(Flags(Entities), (std::vector<bool>{false, false, true}));
+    EXPECT_EQ(Registry(Entities), "ORDERS:0 X:1 ORDERS:2");
+    EXPECT_EQ(Flags(Entities), "..x");
 
     SetRereadFlag("ORDERS");
-    EXPECT_EQ(Flags(Entities), (std::vector<bool>{true, false, true}));
+    EXPECT_EQ(Flags(Entities), "x.x");
 }
 
 // Marking looks for the group under the upper-cased name: only upper-case names move.
+// SetUpdateEntity compares the name as given and moves the writer whatever its case.
 TEST(EntityReread, MarkingMovesOnlyUpperCaseNames) {
-    const struct {
-        const char* Name;
-        std::vector<std::string> Expected;
-    } Cases[] = {
-        {"ORDERS", {"ORDERS:1", "ORDERS:0"}},
-        {"orders", {"orders:0", "orders:1"}},
-        {"Orders", {"Orders:0", "Orders:1"}},
-    };
-    for (const auto& Case : Cases) {
-        SCOPED_TRACE(Case.Name);
-        TEntities Entities = Make({{Case.Name, false}, {Case.Name, false}});
+    for (const auto& [Name, Expected] : {std::pair{"ORDERS", "ORDERS:1 ORDERS:0"},
+                                         {"orders", "orders:0 orders:1"},
+                                         {"Orders", "Orders:0 Orders:1"}}) {
+        TEntities Entities = Make(std::string(Name) + "- " + Name + "-");
         Entities[1]->SetFlgReread(true);
-        EXPECT_EQ(Registry(Entities), Case.Expected);
+        EXPECT_EQ(Registry(Entities), Expected);
     }
-    // SetUpdateEntity compares the name as given and moves the writer whatever its case.
-    TEntities Lower = Make({{"orders", false}, {"orders", false}});
+    TEntities Lower = Make("orders- orders-");
     SetUpdateEntity("orders", Lower[1].get());
-    EXPECT_EQ(Registry(Lower), (std::vector<std::string>{"orders:1", "orders:0"}));
-    EXPECT_EQ(Flags(Lower), (std::vector<bool>{true, true}));
+    EXPECT_EQ(Registry(Lower), "orders:1 orders:0");
+    EXPECT_EQ(Flags(Lower), "xx");
 }
 
 // The close procedure runs for the last entity of a name only, and never at design time. Without a
 // connection the call fails, and the failure reaches the application instead of the destructor's caller.
 TEST(EntityReread, CloseProcedureRunsForTheLastOfItsName) {
-    std::vector<std::string> Shown;
-    const TExceptionHandler Saved =
-        Application::SetExceptionHandler([&](const std::exception& E) { Shown.push_back(E.what()); });
-    TEntities Entities = Make({{"ORDERS", false}, {"ORDERS", false}, {"ORDERS", false}});
+    entitytest::TShownErrors Errors;
+    TEntities Entities = Make("ORDERS- ORDERS- ORDERS-");
     for (const auto& Entity : Entities) {
         Entity->SetSP(fetClose, "close_orders");
     }
     Entities[2]->SetDesigning(true);
     Entities[2].reset();
     Entities[0].reset();
-    EXPECT_TRUE(Shown.empty());
+    EXPECT_TRUE(Errors.Shown.empty());
     Entities[1].reset();
-    Application::SetExceptionHandler(Saved);
-    EXPECT_EQ(Shown.size(), 1u);
+    EXPECT_EQ(Errors.Shown.size(), 1u);
 }
 
 } // namespace

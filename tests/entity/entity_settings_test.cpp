@@ -1,5 +1,4 @@
 #include "entity_test_support.h"
-#include "quorda/rtl/application.h"
 #include "quorda/rtl/reg_ini_file.h"
 #include "quorda_test/config_home.h"
 
@@ -169,16 +168,13 @@ TEST_F(EntitySettings, GarbageSettingsGiveDefaults) {
 TEST_F(EntitySettings, FailedWriteAtDestructionIsShownNotThrown) {
     const std::string TooLarge = "[orders]\n" + std::string(17 * 1024 * 1024, ';');
     WriteSettings(TooLarge);
-    std::vector<std::string> Shown;
-    const TExceptionHandler Saved =
-        Application::SetExceptionHandler([&](const std::exception& E) { Shown.push_back(E.what()); });
+    entitytest::TShownErrors Errors;
     {
         TOrdersEntity Orders("orders");
         Orders.SetFieldFind("id", "1");
     }
-    Application::SetExceptionHandler(Saved);
-    ASSERT_EQ(Shown.size(), 1u);
-    EXPECT_NE(Shown[0].find("Cannot write settings file"), std::string::npos);
+    ASSERT_EQ(Errors.Shown.size(), 1u);
+    EXPECT_NE(Errors.Shown[0].find("Cannot write settings file"), std::string::npos);
     EXPECT_EQ(fs::file_size(SettingsPath()), TooLarge.size());
 }
 

@@ -3,6 +3,8 @@
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <map>
+#include <memory>
 
 namespace quorda {
 namespace {
@@ -13,209 +15,135 @@ using entitytest::TTestEntity;
 using TLines = std::vector<std::string>;
 
 // The row a later edit compares against, as a lock leaves it: id 7, customer 3, total 10.5.
-class TLockedRow {
-public:
-    TLockedRow() : FRow(nullptr) {
-        FRow.FieldDefs().Add("id", ftInteger);
-        FRow.FieldDefs().Add("customer", ftInteger);
-        FRow.FieldDefs().Add("total", ftFloat);
-        FRow.FieldDefs().Add("note", ftString, 20);
-        FRow.CreateDataSet();
-        FRow.AppendRecord({7, 3, 10.5});
+struct TLockedRow : TMemDataSet {
+    TLockedRow() : TMemDataSet(nullptr) {
+        FieldDefs().Add("id", ftInteger);
+        FieldDefs().Add("customer", ftInteger);
+        FieldDefs().Add("total", ftFloat);
+        FieldDefs().Add("note", ftString, 20);
+        CreateDataSet();
+        AppendRecord({7, 3, 10.5});
     }
-    const TDataSet& Row() const { return FRow; }
-
-private:
-    TMemDataSet FRow;
 };
 
-struct TGeneratorCase {
-    const char* Name;
-    std::function<void(TEntity&, TStringList&)> Generate;
-    TLines Expected;
-};
-
-// Every generator on the documented orders entity, line by line.
-TEST(EntitySql, WorkedExampleLineByLine) {
-    const TLockedRow Locked;
-    const TGeneratorCase Cases[] = {
-        {"select, from view",
-         [](TEntity& E, TStringList& S) { E.GenerateSQLSelect(S, false); },
-         {"SELECT ", "id,c.custname,customer,total FROM v_orders"}},
-        {"select, from fact",
-         [](TEntity& E, TStringList& S) { E.GenerateSQLSelect(S, true); },
-         {"SELECT ", "id,customer,total FROM orders"}},
-        {"lock-where", [](TEntity& E, TStringList& S) { E.GenerateSQLLockWhere(S); }, {"WHERE id=:id"}},
-        {"insert",
-         [](TEntity& E, TStringList& S) { E.GenerateSQLInsert(S); },
-         {"INSERT INTO orders", "(id,customer,total)", "VALUES(:id,:customer,:total)"}},
-        {"lock",
-         [](TEntity& E, TStringList& S) { E.GenerateSQLLock(S); },
-         {"UPDATE orders SET total=total WHERE id=:id"}},
-        {"update, only total changed",
-         [&](TEntity& E, TStringList& S) {
-             E.SetFieldValue("customer", 3);
-             E.SetFieldValue("total", 12.25);
-             EXPECT_TRUE(E.GenerateSQLUpdate(S, Locked.Row()));
-         },
-         {"UPDATE orders SET ", "total=:total", "WHERE id=:id"}},
-        {"update, nothing changed",
-         [&](TEntity& E, TStringList& S) {
-             S.Add("stale");
-             E.SetFieldValue("customer", 3);
-             E.SetFieldValue("total", 10.5);
-             EXPECT_FALSE(E.GenerateSQLUpdate(S, Locked.Row()));
-         },
-         {}},
-        {"delete",
-         [](TEntity& E, TStringList& S) { E.GenerateSQLDelete(S); },
-         {"DELETE FROM orders WHERE id=:id"}},
-        {"order, index 3",
-         [](TEntity& E, TStringList& S) { S.Add(E.GenerateOrder(3)); },
-         {"ORDER BY total,c.custname"}},
-        {"order, index 1",
-         [](TEntity& E, TStringList& S) { S.Add(E.GenerateOrder(1)); },
-         {"ORDER BY c.custname,total"}},
-        {"order, index 3, descending",
-         [](TEntity& E, TStringList& S) {
-             E.SetOrderingDesc(true);
-             S.Add(E.GenerateOrder(3));
-         },
-         {"ORDER BY total DESC,c.custname DESC"}},
-        {"order, index -1", [](TEntity& E, TStringList& S) { S.Add(E.GenerateOrder(-1)); }, {""}},
-        {"order, index beyond the last field gives the tail only",
-         [](TEntity& E, TStringList& S) { S.Add(E.GenerateOrder(9)); },
-         {"ORDER BY c.custname,total"}},
-        {"order, index 2 starts at the next sortable field",
-         [](TEntity& E, TStringList& S) { S.Add(E.GenerateOrder(2)); },
-         {"ORDER BY total,c.custname"}},
-    };
-    for (const TGeneratorCase& Case : Cases) {
-        SCOPED_TRACE(Case.Name);
-        TOrdersEntity Orders;
-        TStringList SQL;
-        Case.Generate(Orders, SQL);
-        EXPECT_EQ(Lines(SQL), Case.Expected);
+// The entities the statements are generated for: the documented orders entity, and entities over
+// fact table t and view v with quoted names, without a key, of integers only, with a column outside
+// the select list, and with a key not in view.
+std::unique_ptr<TTestEntity> Declared(const std::string& Kind) {
+    if (Kind == "orders") {
+        return std::make_unique<TOrdersEntity>();
     }
-}
-
-struct TShapeCase {
-    const char* Name;
-    // Declares the fields of a fresh entity (fact table t, view v).
-    std::function<void(TEntity&)> Declare;
-    std::function<void(TEntity&, TStringList&)> Generate;
-    TLines Expected;
-};
-
-// Quoted names, entities without a key, the choice of the lock column, columns left out of the
-// SELECT, an empty string written over a null.
-TEST(EntitySql, EdgeShapes) {
-    const TLockedRow Locked;
-    const auto Quoted = [](TEntity& E) {
+    auto E = std::make_unique<TTestEntity>();
+    E->SetFactTable("t");
+    E->SetViewTable("v");
+    if (Kind == "quoted") {
         for (TFieldItem* Field :
-             {E.CreateField("id", "", "", 0, true, true, true, false, ftInteger, cnstETPK),
-              E.CreateField("name", "", " c ", 0, true, true, false, true, ftString, cnstETField)}) {
+             {E->CreateField("id", "", "", 0, true, true, true, false, ftInteger, cnstETPK),
+              E->CreateField("name", "", " c ", 0, true, true, false, true, ftString, cnstETField)}) {
             Field->SetFactQuote("\"");
         }
-        E.CreateField("Total", "", "", 0, true, true, false, false, ftFloat, cnstETView)->SetSelectQuote("`");
+        E->CreateField("Total", "", "", 0, true, true, false, false, ftFloat, cnstETView)
+            ->SetSelectQuote("`");
+    } else if (Kind == "keyless") {
+        E->CreateField("customer", "", "", 0, true, true, false, false, ftInteger, cnstETField);
+        E->CreateField("note", "", "", 0, true, true, false, false, ftString, cnstETField);
+    } else if (Kind == "integers") {
+        E->CreateField("id", "", "", 0, true, true, true, false, ftInteger, cnstETPK);
+        E->CreateField("qty", "", "", 0, true, true, false, false, ftInteger, cnstETField);
+    } else if (Kind == "hidden") {
+        E->CreateField("code", "", "", 0, false, true, true, false, ftString, cnstETPK);
+        E->CreateField("name", "", "", 0, true, true, false, false, ftString, cnstETField);
+        E->CreateField("hidden", "", "", 0, false, true, false, false, ftString, cnstETField);
+        E->CreateField("qty", "", "", 0, true, true, false, false, ftInteger, cnstETField);
+    } else if (Kind == "key not in view") {
+        E->CreateField("id", "", "", 0, false, true, true, false, ftInteger, cnstETPK);
+        E->CreateField("name", "", "", 0, true, true, false, false, ftString, cnstETField);
+    }
+    return E;
+}
+
+const std::map<std::string, std::function<void(TEntity&, TStringList&)>> kGenerators{
+    {"select", [](TEntity& E, TStringList& S) { E.GenerateSQLSelect(S, false); }},
+    {"select fact", [](TEntity& E, TStringList& S) { E.GenerateSQLSelect(S, true); }},
+    {"lock-where", [](TEntity& E, TStringList& S) { E.GenerateSQLLockWhere(S); }},
+    {"insert", [](TEntity& E, TStringList& S) { E.GenerateSQLInsert(S); }},
+    {"lock", [](TEntity& E, TStringList& S) { E.GenerateSQLLock(S); }},
+    {"delete", [](TEntity& E, TStringList& S) { E.GenerateSQLDelete(S); }},
+};
+
+// Every generator line by line: "update" compares the Values with the locked row and generates
+// nothing when none differs; "order N [desc]" orders by sortable field N first.
+TEST(EntitySql, GeneratedStatements) {
+    TLockedRow Locked;
+    const struct {
+        const char* Entity;
+        const char* What;
+        TLines Expected;
+        std::vector<std::pair<const char*, Variant>> Values = {};
+    } Cases[] = {
+        {"orders", "select", {"SELECT ", "id,c.custname,customer,total FROM v_orders"}},
+        {"orders", "select fact", {"SELECT ", "id,customer,total FROM orders"}},
+        {"orders", "lock-where", {"WHERE id=:id"}},
+        {"orders", "insert", {"INSERT INTO orders", "(id,customer,total)", "VALUES(:id,:customer,:total)"}},
+        {"orders", "lock", {"UPDATE orders SET total=total WHERE id=:id"}},
+        {"orders",
+         "update",
+         {"UPDATE orders SET ", "total=:total", "WHERE id=:id"},
+         {{"customer", 3}, {"total", 12.25}}},
+        {"orders", "update", {}, {{"customer", 3}, {"total", 10.5}}},
+        {"orders", "delete", {"DELETE FROM orders WHERE id=:id"}},
+        {"orders", "order 3", {"ORDER BY total,c.custname"}},
+        {"orders", "order 1", {"ORDER BY c.custname,total"}},
+        {"orders", "order 3 desc", {"ORDER BY total DESC,c.custname DESC"}},
+        {"orders", "order -1", {""}},
+        // Beyond the last field: the tail only; a field that does not sort: the next one that does.
+        {"orders", "order 9", {"ORDER BY c.custname,total"}},
+        {"orders", "order 2", {"ORDER BY total,c.custname"}},
+        // A quoted key names its parameter quoted too; the select list quotes with SelectQuote, except
+        // for columns of a view table of their own.
+        {"quoted", "lock-where", {"WHERE \"id\"=:\"id\""}},
+        {"quoted", "select", {"SELECT ", "id,\"c.name\",`total` FROM v"}},
+        {"quoted", "insert", {"INSERT INTO t", "(\"id\",\"name\")", "VALUES(:\"id\",:\"name\")"}},
+        {"quoted", "order 0", {"ORDER BY \"c.name\""}},
+        // Without a key the WHERE stays open; a null replacing a value and an empty string replacing
+        // a null are changes.
+        {"keyless", "delete", {"DELETE FROM t WHERE "}},
+        {"keyless", "lock", {"UPDATE t SET note=note WHERE "}},
+        {"keyless", "update", {"UPDATE t SET ", "customer=:customer", ""}, {{"customer", 4}, {"note", ""}}},
+        {"keyless",
+         "update",
+         {"UPDATE t SET ", "customer=:customer", ""},
+         {{"customer", NullValue}, {"note", NullValue}}},
+        {"keyless", "order 0", {""}},
+        // The lock column is never one outside the select list; with integers only it is the first field.
+        {"integers", "lock", {"UPDATE t SET id=id WHERE id=:id"}},
+        {"hidden", "lock", {"UPDATE t SET name=name WHERE code=:code"}},
+        {"key not in view", "select fact", {"SELECT ", "name FROM t"}},
     };
-    const auto Keyless = [](TEntity& E) {
-        E.CreateField("customer", "", "", 0, true, true, false, false, ftInteger, cnstETField);
-        E.CreateField("note", "", "", 0, true, true, false, false, ftString, cnstETField);
-    };
-    const TShapeCase Cases[] = {
-        {"quoted lock-where names the parameter quoted too",
-         Quoted,
-         [](TEntity& E, TStringList& S) { E.GenerateSQLLockWhere(S); },
-         {"WHERE \"id\"=:\"id\""}},
-        // The select list quotes with SelectQuote, except for columns of a view table of their own.
-        {"quoted select",
-         Quoted,
-         [](TEntity& E, TStringList& S) { E.GenerateSQLSelect(S, false); },
-         {"SELECT ", "id,\"c.name\",`total` FROM v"}},
-        {"quoted insert",
-         Quoted,
-         [](TEntity& E, TStringList& S) { E.GenerateSQLInsert(S); },
-         {"INSERT INTO t", "(\"id\",\"name\")", "VALUES(:\"id\",:\"name\")"}},
-        {"quoted order",
-         Quoted,
-         [](TEntity& E, TStringList& S) { S.Add(E.GenerateOrder(0)); },
-         {"ORDER BY \"c.name\""}},
-        {"key-less delete ends in WHERE and a blank",
-         Keyless,
-         [](TEntity& E, TStringList& S) { E.GenerateSQLDelete(S); },
-         {"DELETE FROM t WHERE "}},
-        {"key-less lock",
-         Keyless,
-         [](TEntity& E, TStringList& S) { E.GenerateSQLLock(S); },
-         {"UPDATE t SET note=note WHERE "}},
-        {"key-less lock-where",
-         Keyless,
-         [](TEntity& E, TStringList& S) { E.GenerateSQLLockWhere(S); },
-         {"WHERE "}},
-        {"key-less update has an empty WHERE line",
-         Keyless,
-         [&](TEntity& E, TStringList& S) {
-             E.SetFieldValue("customer", 4);
-             E.SetFieldValue("note", "");
-             EXPECT_TRUE(E.GenerateSQLUpdate(S, Locked.Row()));
-         },
-         {"UPDATE t SET ", "customer=:customer", ""}},
-        {"a null value replacing a value is a change",
-         Keyless,
-         [&](TEntity& E, TStringList& S) {
-             E.SetFieldValue("customer", NullValue);
-             E.SetFieldValue("note", NullValue);
-             EXPECT_TRUE(E.GenerateSQLUpdate(S, Locked.Row()));
-         },
-         {"UPDATE t SET ", "customer=:customer", ""}},
-        {"only integers: the first field is the lock column",
-         [](TEntity& E) {
-             E.CreateField("id", "", "", 0, true, true, true, false, ftInteger, cnstETPK);
-             E.CreateField("qty", "", "", 0, true, true, false, false, ftInteger, cnstETField);
-         },
-         [](TEntity& E, TStringList& S) { E.GenerateSQLLock(S); },
-         {"UPDATE t SET id=id WHERE id=:id"}},
-        {"a column outside the select is never the lock column, the first one may be",
-         [](TEntity& E) {
-             E.CreateField("code", "", "", 0, false, true, true, false, ftString, cnstETPK);
-             E.CreateField("name", "", "", 0, true, true, false, false, ftString, cnstETField);
-             E.CreateField("hidden", "", "", 0, false, true, false, false, ftString, cnstETField);
-             E.CreateField("qty", "", "", 0, true, true, false, false, ftInteger, cnstETField);
-         },
-         [](TEntity& E, TStringList& S) { E.GenerateSQLLock(S); },
-         {"UPDATE t SET name=name WHERE code=:code"}},
-        {"a column not in view is never selected, whatever its commands",
-         [](TEntity& E) {
-             E.CreateField("id", "", "", 0, false, true, true, false, ftInteger, cnstETPK);
-             E.CreateField("name", "", "", 0, true, true, false, false, ftString, cnstETField);
-         },
-         [](TEntity& E, TStringList& S) { E.GenerateSQLSelect(S, true); },
-         {"SELECT ", "name FROM t"}},
-        {"no sortable column orders by nothing",
-         Keyless,
-         [](TEntity& E, TStringList& S) { S.Add(E.GenerateOrder(0)); },
-         {""}},
-    };
-    for (const TShapeCase& Case : Cases) {
-        SCOPED_TRACE(Case.Name);
-        TTestEntity Entity;
-        Entity.SetFactTable("t");
-        Entity.SetViewTable("v");
-        Case.Declare(Entity);
+    for (const auto& Case : Cases) {
+        const std::string What = Case.What;
+        SCOPED_TRACE(Case.Entity + (" " + What));
+        const auto Entity = Declared(Case.Entity);
+        for (const auto& [Field, Value] : Case.Values) {
+            Entity->SetFieldValue(Field, Value);
+        }
         TStringList SQL;
-        Case.Generate(Entity, SQL);
+        if (What == "update") {
+            SQL.Add("stale");
+            EXPECT_EQ(Entity->GenerateSQLUpdate(SQL, Locked), !Case.Expected.empty());
+        } else if (What.starts_with("order")) {
+            Entity->SetOrderingDesc(What.ends_with("desc"));
+            SQL.Add(Entity->GenerateOrder(std::stoi(What.substr(6))));
+        } else {
+            kGenerators.at(What)(*Entity, SQL);
+        }
         EXPECT_EQ(Lines(SQL), Case.Expected);
     }
 
     TTestEntity Empty;
     TStringList SQL;
-    try {
-        Empty.GenerateSQLLock(SQL);
-        ADD_FAILURE() << "no exception";
-    } catch (const EEntityException& E) {
-        EXPECT_STREQ(E.what(), "Can not create select lock query");
-    }
+    EXPECT_EQ(entitytest::MessageOf<EEntityException>([&] { Empty.GenerateSQLLock(SQL); }),
+              "Can not create select lock query");
 }
 
 // The lines of the open selection for each combination of WherePhrase and FilterStr (the ORDER BY

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "quorda/entity.h"
+#include "quorda/rtl/application.h"
+#include "rtl_test_support.h"
 
 #include <string>
 #include <vector>
@@ -40,6 +42,22 @@ public:
         CreateField("customer", "Customer no", "", 6, true, false, false, false, ftInteger, cnstETField);
         CreateField("total", "Total", "", 10, true, true, false, true, ftFloat, cnstETField);
     }
+};
+
+using testing_support::MessageOf;
+
+// Collects what the application shows while it lives, then puts the previous display back.
+class TShownErrors {
+public:
+    TShownErrors()
+        : FSaved(Application::SetExceptionHandler(
+              [this](const std::exception& E) { Shown.push_back(E.what()); })) {}
+    ~TShownErrors() { Application::SetExceptionHandler(FSaved); }
+
+    std::vector<std::string> Shown;
+
+private:
+    TExceptionHandler FSaved;
 };
 
 inline std::vector<std::string> Lines(const TStrings& List) {

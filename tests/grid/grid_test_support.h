@@ -2,6 +2,7 @@
 // rows, and a multi-select grid over it driven with real key and mouse events.
 #pragma once
 
+#include "db_test_support.h"
 #include "quorda/db.h"
 #include "quorda/grid.h"
 
@@ -15,23 +16,7 @@
 
 namespace quorda::gridtest {
 
-// ID (integer) and NAME (string) with rows 1..Count named "name1", "name2", ...
-inline void FillNumbers(TMemDataSet& DataSet, int Count) {
-    DataSet.FieldDefs().Add("ID", ftInteger);
-    DataSet.FieldDefs().Add("NAME", ftString, 20);
-    DataSet.CreateDataSet();
-    for (int i = 1; i <= Count; ++i) {
-        DataSet.AppendRecord({i, "name" + std::to_string(i)});
-    }
-    DataSet.First();
-}
-
-// A dataset whose ring the tests can see.
-class TRingDataSet : public TMemDataSet {
-public:
-    using TDataSet::BufferCount;
-    using TMemDataSet::TMemDataSet;
-};
+using dbtest::FillNumbers;
 
 // A grid of Rows visible rows over a table of Count numbered rows, shown and focused.
 class GridTest : public ::testing::Test {
@@ -98,7 +83,7 @@ public:
         QTest::keyClick(&Grid, static_cast<Qt::Key>(KeyCode), Modifiers);
     }
 
-    TRingDataSet DataSet{nullptr};
+    dbtest::TProbeDataSet DataSet{nullptr};
     TDataSource Source{nullptr};
     TExtDBGrid Grid;
 };

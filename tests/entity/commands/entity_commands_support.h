@@ -1,7 +1,6 @@
 #pragma once
 
 #include "entity_test_support.h"
-#include "quorda/rtl/application.h"
 #include "quorda/tools/query_helpers.h"
 #include "quorda_test/profiles.h"
 #include "quorda_test/raw_odbc.h"
@@ -40,11 +39,8 @@ protected:
         T = quorda_test::UniqueTableName("notes");
         Raw.Exec("create table " + T +
                  " (id integer primary key, customer bigint, note varchar(20), memo text)");
-        FSavedHandler =
-            Application::SetExceptionHandler([this](const std::exception& E) { Shown.push_back(E.what()); });
     }
     void TearDown() override {
-        Application::SetExceptionHandler(FSavedHandler);
         DataBase = nullptr;
         FDatabase.reset();
         Raw.Exec("drop table " + T);
@@ -65,11 +61,10 @@ protected:
 
     quorda_test::RawOdbc Raw{Profile.ConnectionString};
     std::string T;
-    std::vector<std::string> Shown;
+    TShownErrors Errors;
 
 private:
     std::unique_ptr<TODBCDatabase> FDatabase;
-    TExceptionHandler FSavedHandler;
 };
 
 } // namespace quorda::entitytest

@@ -33,14 +33,14 @@ TEST_P(EntityLocks, RowLockedByAnotherConnectionIsShownOnceAndStillReRead) {
     // transaction usable for the re-read.
     DataBase->StartTransaction();
     EXPECT_EQ(Notes.Lock(), lrLocked);
-    EXPECT_EQ(Shown.size(), 1u);
+    EXPECT_EQ(Errors.Shown.size(), 1u);
     ASSERT_TRUE(Notes.LockQuery()->Active());
     EXPECT_EQ(Notes.LockQuery()->FieldByName("note")->AsString(), "one");
     DataBase->Rollback();
     Raw.Rollback();
     Raw.SetAutoCommit(true);
     EXPECT_EQ(Notes.Lock(), lrOk);
-    EXPECT_EQ(Shown.size(), 1u);
+    EXPECT_EQ(Errors.Shown.size(), 1u);
 }
 
 TEST_P(EntityLocks, RowDeletedByAnotherConnectionIsNotReRead) {
@@ -49,7 +49,7 @@ TEST_P(EntityLocks, RowDeletedByAnotherConnectionIsNotReRead) {
     ASSERT_EQ(Notes.LockForArray(cdtArray, {2}), lrOk);
     Raw.Exec("delete from " + T + " where id = 1");
     EXPECT_EQ(Notes.LockForArray(cdtArray, {1}), lrDeleted);
-    EXPECT_TRUE(Shown.empty());
+    EXPECT_TRUE(Errors.Shown.empty());
     // Still the row of the last lock that found one.
     EXPECT_EQ(Notes.LockQuery()->FieldByName("id")->AsInteger(), 2);
 }
@@ -91,9 +91,7 @@ TEST(EntityLockProcedure, NativeErrorMinus746MeansDeleted) {
         Database.SetConnectStr(Fault.ConnectionString());
         Database.Open();
         DataBase = &Database;
-        std::vector<std::string> Shown;
-        const TExceptionHandler Saved =
-            Application::SetExceptionHandler([&](const std::exception& E) { Shown.push_back(E.what()); });
+        TShownErrors Errors;
         {
             TTestEntity Entity;
             Entity.SetFactTable("orders");
@@ -103,9 +101,8 @@ TEST(EntityLockProcedure, NativeErrorMinus746MeansDeleted) {
             EXPECT_EQ(Entity.LockCascade(), C.Expected);
             EXPECT_EQ(Entity.LockQuery()->Active(), C.ReRead);
         }
-        Application::SetExceptionHandler(Saved);
         DataBase = nullptr;
-        EXPECT_EQ(Shown.size(), 1u);
+        EXPECT_EQ(Errors.Shown.size(), 1u);
         EXPECT_TRUE(Fault.Received("SQLPrepare EXECUTE PROCEDURE lock_orders(?)"));
     }
 }

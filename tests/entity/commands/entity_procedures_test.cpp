@@ -52,7 +52,7 @@ TEST_P(EntityProcedures, ExecutedAndOpenedProceduresTakeTheirArgumentsInFieldOrd
         EXPECT_EQ(Notes.Delete().AsInteger(), 2);
         EXPECT_TRUE(Rows().empty());
     }
-    EXPECT_TRUE(Shown.empty());
+    EXPECT_TRUE(Errors.Shown.empty());
 }
 
 // The select procedure prepares the data before the selection opens, and again when a marked entity
@@ -77,12 +77,8 @@ TEST_P(EntityProcedures, TheSelectProcedurePreparesTheSelection) {
 TEST_P(EntityProcedures, ABlankProcedureNameIsRefused) {
     TNotesEntity Notes(T, "");
     Notes.SetSP(fetUpdate, "  ");
-    try {
-        Notes.CreateSProcedure(fetUpdate);
-        ADD_FAILURE() << "created";
-    } catch (const EEntityException& E) {
-        EXPECT_STREQ(E.what(), "Can not create empty procedure");
-    }
+    EXPECT_EQ(MessageOf<EEntityException>([&] { Notes.CreateSProcedure(fetUpdate); }),
+              "Can not create empty procedure");
     // A blank name is no procedure: the command runs its generated statement.
     Notes.SetValues(3, 1, "x", "y");
     EXPECT_EQ(Notes.Add().AsInteger(), 1);
