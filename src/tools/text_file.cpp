@@ -80,10 +80,10 @@ bool IsBareType(TFieldType DataType) {
 
 void AppendFieldValue(std::string& Line, const TField& Field) {
     if (IsBareType(Field.DataType())) {
-        Line += ConverString(Field.AsString(), true);
+        AppendEncoded(Line, Field.AsString());
     } else {
         Line += '\'';
-        Line += ConverString(Field.AsString(), true);
+        AppendEncoded(Line, Field.AsString());
         Line += '\'';
     }
 }

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 namespace quorda {
 
@@ -50,6 +51,8 @@ private:
 
 // Smallint, integer, float and 64-bit integer values are written without quotes.
 bool IsBareType(TFieldType DataType);
+// Appends the text escaped as ConverString encodes it.
+void AppendEncoded(std::string& Line, std::string_view Text);
 // Appends the field's value as the file holds it: bare or quoted, escaped.
 void AppendFieldValue(std::string& Line, const TField& Field);
 
