@@ -8,12 +8,20 @@ namespace quorda {
 namespace {
 
 struct Parts {
-    int Year, Month, Day, Hour, Minute, Second, MSec, WeekDay;
+    int Year, Month, Day, Hour, Minute, Second, MSec;
+    TDateTime Value; // for the day of the week, worked out only by the formats that name the day
 };
 
 // Appends the value with at least `width` digits, zero-padded on the left; never allocates beyond
 // the growth of the output.
 void AppendPadded(std::string& out, int value, int width) {
+    if (value >= 0 && value < 100 && width <= 2) { // months, days, hours, minutes, seconds
+        if (value >= 10 || width == 2) {
+            out += char('0' + value / 10);
+        }
+        out += char('0' + value % 10);
+        return;
+    }
     char digits[16];
     const auto [end, ec] = std::to_chars(digits, digits + sizeof digits, value);
     const auto length = static_cast<int>(end - digits);
@@ -105,9 +113,9 @@ public:
                 if (run <= 2) {
                     AppendPadded(FOut, FParts.Day, int(run));
                 } else if (run == 3) {
-                    FOut += FSettings.ShortDayNames[size_t(FParts.WeekDay - 1)];
+                    FOut += FSettings.ShortDayNames[size_t(DayOfWeek(FParts.Value) - 1)];
                 } else if (run == 4) {
-                    FOut += FSettings.LongDayNames[size_t(FParts.WeekDay - 1)];
+                    FOut += FSettings.LongDayNames[size_t(DayOfWeek(FParts.Value) - 1)];
                 } else if (run == 5) {
                     Format(FSettings.ShortDateFormat, depth + 1);
                 } else {
@@ -210,7 +218,7 @@ std::string FormatDateTime(const std::string& format, TDateTime value) {
 std::string FormatDateTime(const std::string& format, TDateTime value, const TFormatSettings& settings) {
     std::uint16_t y, m, d, h, n, s, z;
     DecodeDateTime(value, y, m, d, h, n, s, z);
-    const Parts parts{y, m, d, h, n, s, z, DayOfWeek(value)};
+    const Parts parts{y, m, d, h, n, s, z, value};
     Formatter formatter(parts, settings);
     formatter.Format(format.empty() ? std::string_view("c") : std::string_view(format), 0);
     return formatter.TakeText();

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 namespace quorda {
 namespace {
@@ -32,10 +33,18 @@ std::string General(double value, int precision, char decimalSeparator) {
     if (value == 0.0) {
         return "0";
     }
-    // Correctly rounded to the 15 digits a double carries: "d.dddddddddddddde[+-]x".
+    // Correctly rounded to the 15 digits a double carries: "d.dddde[+-]x". For a normal value the
+    // shortest text that reads back is that rounding whenever it has at most 15 digits (it lies
+    // within half a unit in the last place, closer than half a step of 15 digits), and costs a
+    // fraction of it. Subnormal values have too few bits for that.
     char text[40];
-    const auto converted = std::to_chars(text, text + sizeof text, std::fabs(value),
-                                         std::chars_format::scientific, kDoubleDigits - 1);
+    const double magnitude = std::fabs(value);
+    auto converted = std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific);
+    const char* const exponentMark = std::find(text, converted.ptr, 'e');
+    if (exponentMark - text > kDoubleDigits + 1 || magnitude < std::numeric_limits<double>::min()) {
+        converted = std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific,
+                                  kDoubleDigits - 1);
+    }
     const char* const textEnd = converted.ptr;
     char digits[kDoubleDigits + 1];
     int count = 0;
