@@ -4,6 +4,7 @@
 #include "quorda/db/types.h"
 
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -28,7 +29,10 @@ public:
 private:
     [[noreturn]] void Fail(const char* Action, int ErrorCode);
 
+    static constexpr std::size_t kBufferSize = 1 << 20;
+
     std::string FFileName;
+    std::unique_ptr<char[]> FBuffer; // outlives the stream that writes through it
     std::FILE* FFile = nullptr;
 };
 
