@@ -181,8 +181,9 @@ TSourceStrings SqliteStrings(const std::string& DatabaseFile) {
 
 TSourceStrings PgsqlStrings(const std::string& Base) {
     // Protocol=7.4-1: roll back whole transactions on error instead of wrapping every statement in
-    // a savepoint, which otherwise doubles the cost of each insert round trip.
-    const std::string scroll = Base + ";Protocol=7.4-1";
+    // a savepoint, which otherwise doubles the cost of each insert round trip. BatchSize=1000: send
+    // a parameter array of 1,000 rows in one round trip instead of ten (psqlODBC's default is 100).
+    const std::string scroll = Base + ";Protocol=7.4-1;BatchSize=1000";
     return {scroll + ";UseDeclareFetch=1;Fetch=1000", scroll};
 }
 

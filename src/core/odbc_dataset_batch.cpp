@@ -109,6 +109,70 @@ void AssignTyped(TODBCParam& Cell, TFieldType Type, const Variant& Value) {
     }
 }
 
+// The common pairs of value and column type stored straight into Item, with the bytes, types and
+// length ConvertData gives them after AssignTyped, but without a parameter object in between; false
+// where that general route is needed. Text goes this way only when it is not translated.
+bool ConvertDirect(const Variant& Value, TFieldType Type, bool Text, TParamValueItem& Item, SQLLEN& Length) {
+    switch (Type) {
+    case ftInteger:
+        switch (Value.VarType()) {
+        case varInteger:
+        case varSmallint:
+        case varShortInt:
+        case varByte:
+        case varWord:
+            Item.CType = SQL_C_LONG;
+            Item.SqlType = SQL_INTEGER;
+            StoreValue(Item, static_cast<SQLINTEGER>(Value.AsInteger()));
+            Length = 4;
+            return true;
+        default:
+            return false;
+        }
+    case ftLargeint:
+        if (Value.VarType() != varInt64 && Value.VarType() != varInteger) {
+            return false;
+        }
+        Item.CType = SQL_C_SBIGINT;
+        Item.SqlType = SQL_BIGINT;
+        StoreValue(Item, static_cast<SQLBIGINT>(Value.AsInt64()));
+        Length = 8;
+        return true;
+    case ftFloat:
+        if (Value.VarType() != varDouble && Value.VarType() != varSingle) {
+            return false;
+        }
+        Item.CType = SQL_C_DOUBLE;
+        Item.SqlType = SQL_DOUBLE;
+        StoreValue(Item, Value.AsDouble());
+        Length = 8;
+        return true;
+    case ftDateTime:
+        if (Value.VarType() != varDate) {
+            return false;
+        }
+        Item.CType = SQL_C_TIMESTAMP;
+        Item.SqlType = SQL_TIMESTAMP;
+        StoreTimestamp(Item, Value.AsDateTime());
+        Length = 16;
+        return true;
+    case ftString: {
+        if (!Text || Value.VarType() != varString) {
+            return false;
+        }
+        Item.CType = SQL_C_CHAR;
+        Item.SqlType = SQL_CHAR;
+        const std::string text = Value.AsString();
+        Item.Data.resize(text.size() + 1);
+        std::memcpy(Item.Data.data(), text.c_str(), text.size() + 1);
+        Length = static_cast<SQLLEN>(text.size());
+        return true;
+    }
+    default:
+        return false;
+    }
+}
+
 // One parameter of the batch: its type, the value being converted and the bound buffer (one slot,
 // or one per row of a chunk for arrays).
 struct TBatchColumn {
@@ -256,8 +320,10 @@ std::int64_t TODBCDataSet::ExecSQLBatch(const std::vector<std::vector<Variant>>&
             return false;
         }
         try {
-            AssignTyped(cell, Column.Type, value);
-            Column.ScratchLength = ConvertData(&cell, Column.Scratch);
+            if (!ConvertDirect(value, Column.Type, !FTranslate, Column.Scratch, Column.ScratchLength)) {
+                AssignTyped(cell, Column.Type, value);
+                Column.ScratchLength = ConvertData(&cell, Column.Scratch);
+            }
         } catch (const EODBCError&) {
             throw;
         } catch (const Exception& error) {

@@ -24,13 +24,21 @@ SQLUINTEGER FractionFromMilliseconds(unsigned Milliseconds) {
 // "yyyy-mm-dd hh:mm:ss.fff"
 constexpr SQLULEN kTimestampColumnSize = 23;
 
-template <typename T>
-void StoreValue(TParamValueItem& Item, const T& Value) {
-    Item.Data.assign(sizeof(T), std::byte{0});
-    std::memcpy(Item.Data.data(), &Value, sizeof(T));
-}
-
 } // namespace
+
+void StoreTimestamp(TParamValueItem& Item, TDateTime Value) {
+    SQL_TIMESTAMP_STRUCT stamp{};
+    std::uint16_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, msec = 0;
+    DecodeDateTime(Value, year, month, day, hour, minute, second, msec);
+    stamp.year = static_cast<SQLSMALLINT>(year);
+    stamp.month = month;
+    stamp.day = day;
+    stamp.hour = hour;
+    stamp.minute = minute;
+    stamp.second = second;
+    stamp.fraction = FractionFromMilliseconds(msec);
+    StoreValue(Item, stamp);
+}
 
 void TODBCDataSet::Translate(const char* Src, char* Dest, bool ToOem) {
     // Text is UTF-8 throughout; there is no OEM code page to convert to.
@@ -127,17 +135,7 @@ SQLLEN TODBCDataSet::ConvertData(TODBCParam* Param, TParamValueItem& Item) {
     case ftDateTime: {
         Item.CType = SQL_C_TIMESTAMP;
         Item.SqlType = SQL_TIMESTAMP;
-        SQL_TIMESTAMP_STRUCT stamp{};
-        std::uint16_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, msec = 0;
-        DecodeDateTime(Param->AsDateTime(), year, month, day, hour, minute, second, msec);
-        stamp.year = static_cast<SQLSMALLINT>(year);
-        stamp.month = month;
-        stamp.day = day;
-        stamp.hour = hour;
-        stamp.minute = minute;
-        stamp.second = second;
-        stamp.fraction = FractionFromMilliseconds(msec);
-        StoreValue(Item, stamp);
+        StoreTimestamp(Item, Param->AsDateTime());
         return 16;
     }
     default:

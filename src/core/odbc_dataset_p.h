@@ -6,9 +6,11 @@
 #include "odbc/odbc_api_p.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_handle.h"
+#include "quorda/rtl/datetime.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -37,6 +39,15 @@ struct TParamValueItem {
     SQLULEN BoundColumnSize = 0;
     const std::byte* BoundData = nullptr;
 };
+
+// A fixed-width value as the item's bytes, and the same for a date-time as an ODBC time stamp: the
+// layouts single parameters and batches send alike.
+template <typename T>
+void StoreValue(TParamValueItem& Item, const T& Value) {
+    Item.Data.resize(sizeof(T));
+    std::memcpy(Item.Data.data(), &Value, sizeof(T));
+}
+void StoreTimestamp(TParamValueItem& Item, TDateTime Value);
 
 // Whether a parameter bound as CType may keep its binding across executions, only its value bytes
 // and length rewritten. SQLite ODBC 0.9998 reads the length of a binary parameter when it is bound,

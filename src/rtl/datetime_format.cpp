@@ -1,44 +1,58 @@
 #include "number_text_p.h"
 #include "quorda/rtl/datetime.h"
 
-#include <cctype>
+#include <charconv>
+#include <string_view>
 
 namespace quorda {
 namespace {
 
 struct Parts {
-    int Year, Month, Day, Hour, Minute, Second, MSec, WeekDay;
+    int Year, Month, Day, Hour, Minute, Second, MSec;
+    TDateTime Value; // for the day of the week, worked out only by the formats that name the day
 };
 
-std::string Padded(int value, int width) {
-    std::string text = std::to_string(value);
-    if (text.size() < size_t(width)) {
-        text.insert(0, size_t(width) - text.size(), '0');
+// Appends the value with at least `width` digits, zero-padded on the left; never allocates beyond
+// the growth of the output.
+void AppendPadded(std::string& out, int value, int width) {
+    if (value >= 0 && value < 100 && width <= 2) { // months, days, hours, minutes, seconds
+        if (value >= 10 || width == 2) {
+            out += char('0' + value / 10);
+        }
+        out += char('0' + value % 10);
+        return;
     }
-    return text;
+    char digits[16];
+    const auto [end, ec] = std::to_chars(digits, digits + sizeof digits, value);
+    const auto length = static_cast<int>(end - digits);
+    if (length < width) {
+        out.append(static_cast<std::size_t>(width - length), '0');
+    }
+    out.append(digits, end);
 }
 
+// Format letters are ASCII: no locale lookup per character.
 char Lower(char c) {
-    return char(std::tolower(static_cast<unsigned char>(c)));
+    return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c;
 }
 
-bool StartsWithNoCase(const std::string& text, size_t pos, std::string_view prefix) {
-    return text.size() - pos >= prefix.size() &&
-           detail::SameAscii(std::string_view(text).substr(pos, prefix.size()), prefix);
+bool StartsWithNoCase(std::string_view text, size_t pos, std::string_view prefix) {
+    return text.size() - pos >= prefix.size() && detail::SameAscii(text.substr(pos, prefix.size()), prefix);
 }
 
 // True when the format (outside quotes) holds an AM/PM marker, which switches hours to the 12-hour clock.
-bool UsesTwelveHourClock(const std::string& format) {
+bool UsesTwelveHourClock(std::string_view format) {
     for (size_t i = 0; i < format.size(); ++i) {
         const char c = format[i];
         if (c == '"' || c == '\'') {
             const size_t close = format.find(c, i + 1);
-            if (close == std::string::npos) {
+            if (close == std::string_view::npos) {
                 return false;
             }
             i = close;
-        } else if (StartsWithNoCase(format, i, "am/pm") || StartsWithNoCase(format, i, "a/p") ||
-                   StartsWithNoCase(format, i, "ampm")) {
+        } else if (Lower(c) == 'a' &&
+                   (StartsWithNoCase(format, i, "am/pm") || StartsWithNoCase(format, i, "a/p") ||
+                    StartsWithNoCase(format, i, "ampm"))) {
             return true;
         }
     }
@@ -47,15 +61,18 @@ bool UsesTwelveHourClock(const std::string& format) {
 
 class Formatter {
 public:
-    Formatter(const Parts& parts, const TFormatSettings& settings) : FParts(parts), FSettings(settings) {}
+    Formatter(const Parts& parts, const TFormatSettings& settings) : FParts(parts), FSettings(settings) {
+        FOut.reserve(32); // "yyyy-mm-dd hh:nn:ss.zzz" and its kin without regrowing
+    }
 
-    void Format(const std::string& format, int depth) {
+    void Format(std::string_view format, int depth) {
         // Nested formats (ShortDateFormat inside "c" ...) may refer to each other; two levels suffice
         // for every sensible setting and stop a format that names itself.
         if (depth > 2) {
             return;
         }
-        const bool twelveHour = UsesTwelveHourClock(format);
+        // Worked out at the first hour token only: most formats have none.
+        int twelveHour = -1;
         size_t i = 0;
         while (i < format.size()) {
             const char c = format[i];
@@ -68,20 +85,24 @@ public:
             case '"':
             case '\'': {
                 const size_t close = format.find(c, i + 1);
-                const size_t end = close == std::string::npos ? format.size() : close;
-                FOut.append(format, i + 1, end - i - 1);
-                i = close == std::string::npos ? format.size() : close + 1;
+                const size_t end = close == std::string_view::npos ? format.size() : close;
+                FOut.append(format.substr(i + 1, end - i - 1));
+                i = close == std::string_view::npos ? format.size() : close + 1;
                 continue;
             }
             case 'y':
-                FOut += run <= 2 ? Padded(FParts.Year % 100, 2) : Padded(FParts.Year, 4);
+                if (run <= 2) {
+                    AppendPadded(FOut, FParts.Year % 100, 2);
+                } else {
+                    AppendPadded(FOut, FParts.Year, 4);
+                }
                 FAfterHour = false;
                 break;
             case 'm':
                 if (FAfterHour && run <= 2) {
-                    FOut += Padded(FParts.Minute, int(run));
+                    AppendPadded(FOut, FParts.Minute, int(run));
                 } else if (run <= 2) {
-                    FOut += Padded(FParts.Month, int(run));
+                    AppendPadded(FOut, FParts.Month, int(run));
                 } else if (FParts.Month >= 1) {
                     FOut += run == 3 ? FSettings.ShortMonthNames[size_t(FParts.Month - 1)]
                                      : FSettings.LongMonthNames[size_t(FParts.Month - 1)];
@@ -90,11 +111,11 @@ public:
                 break;
             case 'd':
                 if (run <= 2) {
-                    FOut += Padded(FParts.Day, int(run));
+                    AppendPadded(FOut, FParts.Day, int(run));
                 } else if (run == 3) {
-                    FOut += FSettings.ShortDayNames[size_t(FParts.WeekDay - 1)];
+                    FOut += FSettings.ShortDayNames[size_t(DayOfWeek(FParts.Value) - 1)];
                 } else if (run == 4) {
-                    FOut += FSettings.LongDayNames[size_t(FParts.WeekDay - 1)];
+                    FOut += FSettings.LongDayNames[size_t(DayOfWeek(FParts.Value) - 1)];
                 } else if (run == 5) {
                     Format(FSettings.ShortDateFormat, depth + 1);
                 } else {
@@ -104,26 +125,29 @@ public:
                 break;
             case 'h': {
                 int hour = FParts.Hour;
-                if (twelveHour) {
+                if (twelveHour < 0) {
+                    twelveHour = UsesTwelveHourClock(format) ? 1 : 0;
+                }
+                if (twelveHour == 1) {
                     hour %= 12;
                     if (hour == 0) {
                         hour = 12;
                     }
                 }
-                FOut += Padded(hour, run >= 2 ? 2 : 1);
+                AppendPadded(FOut, hour, run >= 2 ? 2 : 1);
                 FAfterHour = true;
                 break;
             }
             case 'n':
-                FOut += Padded(FParts.Minute, run >= 2 ? 2 : 1);
+                AppendPadded(FOut, FParts.Minute, run >= 2 ? 2 : 1);
                 FAfterHour = false;
                 break;
             case 's':
-                FOut += Padded(FParts.Second, run >= 2 ? 2 : 1);
+                AppendPadded(FOut, FParts.Second, run >= 2 ? 2 : 1);
                 FAfterHour = false;
                 break;
             case 'z':
-                FOut += Padded(FParts.MSec, run >= 3 ? 3 : 1);
+                AppendPadded(FOut, FParts.MSec, run >= 3 ? 3 : 1);
                 FAfterHour = false;
                 break;
             case 't':
@@ -148,23 +172,23 @@ public:
                 FOut.append(run, FSettings.TimeSeparator);
                 break;
             default:
-                FOut.append(format, i, run);
+                FOut.append(format.substr(i, run));
                 break;
             }
             i += run;
         }
     }
 
-    const std::string& Text() const { return FOut; }
+    std::string TakeText() { return std::move(FOut); }
 
 private:
     // Writes the marker at pos and returns its length; a lone "a" is literal text.
-    size_t AmPm(const std::string& format, size_t pos) {
+    size_t AmPm(std::string_view format, size_t pos) {
         const bool pm = FParts.Hour >= 12;
         if (StartsWithNoCase(format, pos, "am/pm")) {
             // The case of the marker follows the format: "am/pm" gives "am", "AM/PM" gives "PM".
             const size_t at = pm ? pos + 3 : pos;
-            FOut.append(format, at, 2);
+            FOut.append(format.substr(at, 2));
             return 5;
         }
         if (StartsWithNoCase(format, pos, "a/p")) {
@@ -192,13 +216,12 @@ std::string FormatDateTime(const std::string& format, TDateTime value) {
 }
 
 std::string FormatDateTime(const std::string& format, TDateTime value, const TFormatSettings& settings) {
-    Parts parts{};
     std::uint16_t y, m, d, h, n, s, z;
     DecodeDateTime(value, y, m, d, h, n, s, z);
-    parts = Parts{y, m, d, h, n, s, z, DayOfWeek(value)};
+    const Parts parts{y, m, d, h, n, s, z, value};
     Formatter formatter(parts, settings);
-    formatter.Format(format.empty() ? std::string("c") : format, 0);
-    return formatter.Text();
+    formatter.Format(format.empty() ? std::string_view("c") : std::string_view(format), 0);
+    return formatter.TakeText();
 }
 
 std::string DateTimeToStr(TDateTime value) {

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 namespace quorda {
 namespace {
@@ -22,47 +23,106 @@ bool SpecialText(double value, std::string& text) {
     return true;
 }
 
+// The shortest text of a value at `precision` significant digits: fixed notation for decimal
+// exponents from -5 to precision - 1, else "d.dddE[-]x". Works on a stack buffer: this runs for every
+// float a text export writes.
 std::string General(double value, int precision, char decimalSeparator) {
     if (precision < 1 || precision > kDoubleDigits) {
         precision = kDoubleDigits;
     }
-    // Rounded half away from zero from the 15 digits a double carries, as the fixed formats are.
-    const detail::DecimalDigits number =
-        detail::RoundSignificant(detail::ToDecimalDigits(value, kDoubleDigits), precision);
-    if (number.Digits == "0") {
+    if (value == 0.0) {
         return "0";
     }
-    std::string result = number.Negative ? "-" : "";
-    const std::string& digits = number.Digits;
-    const int e = number.Exponent;
+    // Correctly rounded to the 15 digits a double carries: "d.dddde[+-]x". For a normal value the
+    // shortest text that reads back is that rounding whenever it has at most 15 digits (it lies
+    // within half a unit in the last place, closer than half a step of 15 digits), and costs a
+    // fraction of it. Subnormal values have too few bits for that.
+    char text[40];
+    const double magnitude = std::fabs(value);
+    auto converted = std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific);
+    const char* const exponentMark = std::find(text, converted.ptr, 'e');
+    if (exponentMark - text > kDoubleDigits + 1 || magnitude < std::numeric_limits<double>::min()) {
+        converted = std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific,
+                                  kDoubleDigits - 1);
+    }
+    const char* const textEnd = converted.ptr;
+    char digits[kDoubleDigits + 1];
+    int count = 0;
+    const char* p = text;
+    for (; p != textEnd && *p != 'e'; ++p) {
+        if (*p != '.') {
+            digits[count++] = *p;
+        }
+    }
+    ++p; // 'e'
+    if (p != textEnd && *p == '+') {
+        ++p;
+    }
+    int e = 0;
+    std::from_chars(p, textEnd, e);
+    // Fewer digits: rounded half away from zero from those 15, as the fixed formats are.
+    if (count > precision) {
+        const bool up = digits[precision] >= '5';
+        count = precision;
+        if (up) {
+            int i = count - 1;
+            while (i >= 0 && digits[i] == '9') {
+                digits[i--] = '0';
+            }
+            if (i >= 0) {
+                ++digits[i];
+            } else {
+                // Every kept digit was a 9: the carry becomes a leading 1 one place up.
+                digits[0] = '1';
+                ++e;
+            }
+        }
+    }
+    while (count > 1 && digits[count - 1] == '0') {
+        --count;
+    }
+
+    char out[48];
+    char* o = out;
+    if (value < 0) {
+        *o++ = '-';
+    }
     if (e >= -5 && e < precision) {
         if (e >= 0) {
-            std::string intPart = digits.substr(0, std::min(digits.size(), size_t(e) + 1));
-            intPart.append(size_t(e) + 1 - intPart.size(), '0');
-            result += intPart;
-            if (digits.size() > size_t(e) + 1) {
-                result += decimalSeparator;
-                result += digits.substr(size_t(e) + 1);
+            for (int i = 0; i <= e; ++i) {
+                *o++ = i < count ? digits[i] : '0';
+            }
+            if (count > e + 1) {
+                *o++ = decimalSeparator;
+                for (int i = e + 1; i < count; ++i) {
+                    *o++ = digits[i];
+                }
             }
         } else {
-            result += '0';
-            result += decimalSeparator;
-            result.append(size_t(-e - 1), '0');
-            result += digits;
+            *o++ = '0';
+            *o++ = decimalSeparator;
+            for (int i = 0; i < -e - 1; ++i) {
+                *o++ = '0';
+            }
+            for (int i = 0; i < count; ++i) {
+                *o++ = digits[i];
+            }
         }
-        return result;
+        return std::string(out, o);
     }
-    result += digits[0];
-    if (digits.size() > 1) {
-        result += decimalSeparator;
-        result += digits.substr(1);
+    *o++ = digits[0];
+    if (count > 1) {
+        *o++ = decimalSeparator;
+        for (int i = 1; i < count; ++i) {
+            *o++ = digits[i];
+        }
     }
-    result += 'E';
+    *o++ = 'E';
     if (e < 0) {
-        result += '-';
+        *o++ = '-';
     }
-    result += std::to_string(std::abs(e));
-    return result;
+    o = std::to_chars(o, out + sizeof out, e < 0 ? -e : e).ptr;
+    return std::string(out, o);
 }
 
 std::string Exponent(double value, int precision, int digits, char decimalSeparator) {

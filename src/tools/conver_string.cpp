@@ -1,4 +1,5 @@
 #include "quorda/tools/text_transfer.h"
+#include "text_file_p.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +14,7 @@ struct TEscapePair {
     std::string_view Escaped;
 };
 
-// Tried in this order in both directions: the first pair whose search text stands at the position wins.
+// Decoding tries them in this order: the first pair whose escaped text stands at the position wins.
 constexpr std::array<TEscapePair, 5> kEscapes{{
     {"'", "''"},
     {"\\", "\\\\"},
@@ -22,15 +23,40 @@ constexpr std::array<TEscapePair, 5> kEscapes{{
     {"\n", "\\x0A"},
 }};
 
+// Encoding replaces single characters: the escaped form of each, indexed by the byte (empty: kept).
+constexpr auto kEncoded = [] {
+    std::array<std::string_view, 256> table{};
+    for (const TEscapePair& pair : kEscapes) {
+        table[static_cast<unsigned char>(pair.Plain[0])] = pair.Escaped;
+    }
+    return table;
+}();
+
 } // namespace
+
+void AppendEncoded(std::string& Line, std::string_view Text) {
+    std::size_t plain = 0; // start of the run not yet copied
+    for (std::size_t i = 0; i < Text.size(); ++i) {
+        const std::string_view escaped = kEncoded[static_cast<unsigned char>(Text[i])];
+        if (!escaped.empty()) {
+            Line.append(Text.substr(plain, i - plain));
+            Line.append(escaped);
+            plain = i + 1;
+        }
+    }
+    Line.append(Text.substr(plain));
+}
 
 void ConverString(const std::string& Text, bool Encode, std::string& Result) {
     Result.clear();
     Result.reserve(Text.size());
+    if (Encode) {
+        AppendEncoded(Result, Text);
+        return;
+    }
     const std::string_view text(Text);
     // The first characters of the texts searched for: runs without them are copied whole.
-    static constexpr std::string_view kEncodeStarts("'\\\0\r\n", 5);
-    const std::string_view starts = Encode ? kEncodeStarts : std::string_view("'\\");
+    const std::string_view starts("'\\");
     std::size_t pos = 0;
     while (pos < text.size()) {
         const std::size_t next = std::min(text.find_first_of(starts, pos), text.size());
@@ -41,10 +67,9 @@ void ConverString(const std::string& Text, bool Encode, std::string& Result) {
         }
         bool replaced = false;
         for (const TEscapePair& pair : kEscapes) {
-            const std::string_view search = Encode ? pair.Plain : pair.Escaped;
-            if (text.compare(pos, search.size(), search) == 0) {
-                Result += Encode ? pair.Escaped : pair.Plain;
-                pos += search.size();
+            if (text.compare(pos, pair.Escaped.size(), pair.Escaped) == 0) {
+                Result += pair.Plain;
+                pos += pair.Escaped.size();
                 replaced = true;
                 break;
             }

@@ -4,7 +4,9 @@
 #include "quorda/db/types.h"
 
 #include <cstdio>
+#include <memory>
 #include <string>
+#include <string_view>
 
 namespace quorda {
 
@@ -27,7 +29,10 @@ public:
 private:
     [[noreturn]] void Fail(const char* Action, int ErrorCode);
 
+    static constexpr std::size_t kBufferSize = 1 << 20;
+
     std::string FFileName;
+    std::unique_ptr<char[]> FBuffer; // outlives the stream that writes through it
     std::FILE* FFile = nullptr;
 };
 
@@ -50,6 +55,8 @@ private:
 
 // Smallint, integer, float and 64-bit integer values are written without quotes.
 bool IsBareType(TFieldType DataType);
+// Appends the text escaped as ConverString encodes it.
+void AppendEncoded(std::string& Line, std::string_view Text);
 // Appends the field's value as the file holds it: bare or quoted, escaped.
 void AppendFieldValue(std::string& Line, const TField& Field);
 
