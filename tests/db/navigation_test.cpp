@@ -76,17 +76,6 @@ TEST(Navigation, OpeningWhileLoadingWaitsForTheEndOfLoading) {
     EXPECT_EQ(reported, (Names{"Unknown field type : BAD"}));
 }
 
-TEST(Navigation, RefreshKeepsTheCurrentRecordAndAnnouncesIt) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 5);
-    dataSet.MoveBy(2);
-    int refreshes = 0;
-    dataSet.AfterRefresh = [&](TDataSet*) { ++refreshes; };
-    dataSet.Refresh();
-    EXPECT_EQ(CurrentId(dataSet), 3);
-    EXPECT_EQ(refreshes, 1);
-}
-
 TEST(Bookmarks, SurviveChangesToOtherRowsAndDieWithTheirOwn) {
     TMemDataSet dataSet(nullptr);
     FillNumbers(dataSet, 10);

@@ -70,31 +70,6 @@ TEST(Component, DeletingAnOwnedComponentFirstDetachesItAndTellsTheOwnerTree) {
     EXPECT_THROW(owner.Components(1), EComponentError);
 }
 
-TEST(Component, FreeNotificationPartnersHearTheRemovalEitherWay) {
-    std::vector<std::string> log;
-    auto* source = new TProbe(nullptr, "source", &log);
-    source->SetName("Source");
-    auto* viewer = new TProbe(nullptr, "viewer", &log);
-    viewer->SetName("Viewer");
-    viewer->SetPartner(source);
-    EXPECT_TRUE(source->ComponentState().Contains(csFreeNotification));
-
-    log.clear();
-    delete source;
-    EXPECT_EQ(viewer->Partner(), nullptr);
-    EXPECT_TRUE(viewer->SawDestroying);
-    EXPECT_EQ(log, (std::vector<std::string>{"~source", "viewer:remove:Source"}));
-    EXPECT_FALSE(viewer->ComponentState().Contains(csFreeNotification));
-
-    // The other direction: the partner that goes first is forgotten, nothing dangles (ASan).
-    auto* source2 = new TProbe(nullptr, "source2", &log);
-    viewer->SetPartner(source2);
-    delete viewer;
-    log.clear();
-    delete source2;
-    EXPECT_EQ(log, (std::vector<std::string>{"~source2"}));
-}
-
 TEST(Component, PartnersInsideOneOwnerAreSafeWhenTheOwnerGoes) {
     std::vector<std::string> log;
     auto* form = new TProbe(nullptr, "form", nullptr);

@@ -12,7 +12,6 @@ namespace {
 
 using testing_support::Map;
 using testing_support::MessageOf;
-using testing_support::SettingsGuard;
 using testing_support::Strings;
 
 TFormatSettings Continental() {
@@ -47,12 +46,6 @@ TEST(FloatText, OtherDecimalSeparator) {
     double value = 0;
     EXPECT_FALSE(TryStrToFloat("1.5", value, settings));
     EXPECT_FALSE(TryStrToFloat("1.000,5", value, settings)); // no thousand separators
-
-    SettingsGuard guard;
-    FormatSettings() = settings;
-    EXPECT_EQ(FloatToStr(-0.25), "-0,25");
-    EXPECT_EQ(StrToFloat("0,25"), 0.25);
-    EXPECT_EQ(MessageOf<EConvertError>([] { StrToFloat("0.25"); }), "\"0.25\" is an invalid float");
 }
 
 TEST(FloatText, ParsingRules) {
