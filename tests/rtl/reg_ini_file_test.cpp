@@ -202,18 +202,6 @@ TEST(RegIniFile, WritesSectionsAndErasesThem) {
     EXPECT_EQ(FolderEntries(Ini.Path().parent_path()), (std::vector<std::string>{"App.ini", "App.ini.lock"}));
 }
 
-// A file too large to be settings reads as defaults and is never replaced.
-TEST(RegIniFile, OversizedFileReadsDefaultsAndRefusesWrites) {
-    TTemporaryConfigHome Home;
-    const fs::path Path = TRegIniFile::PathOfKey("App");
-    const std::string Huge(17 * 1024 * 1024, 'x');
-    WriteFile(Path, "[orders]\nk=v\n" + Huge);
-    TRegIniFile Ini("App");
-    EXPECT_EQ(Ini.ReadString("orders", "k", "default"), "default");
-    EXPECT_THROW(Ini.WriteString("orders", "k", "w"), ERegistryException);
-    EXPECT_EQ(fs::file_size(Path), 13 + Huge.size());
-}
-
 // A batch holds the lock and replaces the file once; abandoned, it changes nothing.
 TEST(RegIniFile, UpdateBatchesWritesIntoOneReplacement) {
     TTemporaryConfigHome Home;
