@@ -28,7 +28,7 @@ TEST(MessageTable, IdsWithoutMessageAreEmptyAndCannotBeTranslated) {
     }
     EXPECT_TRUE(LoadStr(1).empty());
 
-    // A translation holds until reset.
+    // A reset brings the built-in text back.
     ASSERT_TRUE(SetMessageText(SODBCTextTrue, "Wahr"));
     ResetMessageTexts();
     EXPECT_EQ(LoadStr(SODBCTextTrue), "True");
