@@ -11,7 +11,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-TEST(DataSource, RelaysOpeningAndClosingToLinksAndEvents) {
+TEST(DataSource, RelaysStateToLinksAndEventsAndLetsLinksEditUnderAutoEdit) {
     TMemDataSet dataSet(nullptr);
     FillNumbers(dataSet, 3);
     dataSet.Close();
@@ -32,36 +32,34 @@ TEST(DataSource, RelaysOpeningAndClosingToLinksAndEvents) {
     dataSet.Close();
     EXPECT_EQ(log, (Names{"link:ActiveChanged(off)", "StateChange"}));
     EXPECT_EQ(source.State(), dsInactive);
-}
 
-TEST(DataSource, DisablingShowsAnInactiveDatasetAndAutoEditLetsLinksEdit) {
-    TLinkedNumbers t(3);
-    EXPECT_TRUE(t.Link.Active());
-    t.Source.SetEnabled(false);
-    EXPECT_FALSE(t.Link.Active());
-    t.Log.clear();
-    t.DataSet.Next();
-    EXPECT_TRUE(t.Log.empty());
-    t.Source.SetEnabled(true);
-    EXPECT_TRUE(t.Link.Active());
-    EXPECT_EQ(CurrentId(*t.Link.DataSet()), 2);
+    // A disabled source shows its links an inactive dataset and tells nobody of moves.
+    dataSet.Open();
+    source.SetEnabled(false);
+    EXPECT_FALSE(link.Active());
+    log.clear();
+    dataSet.Next();
+    EXPECT_TRUE(log.empty());
+    source.SetEnabled(true);
+    EXPECT_TRUE(link.Active());
+    EXPECT_EQ(CurrentId(*link.DataSet()), 2);
 
     // AutoEdit lets a link start an edit; a read-only link never edits.
-    t.Source.SetAutoEdit(false);
-    EXPECT_FALSE(t.Link.Edit());
-    EXPECT_EQ(t.DataSet.State(), dsBrowse);
-    t.Source.SetAutoEdit(true);
-    EXPECT_TRUE(t.Link.Edit());
-    EXPECT_EQ(t.DataSet.State(), dsEdit);
-    t.Link.SetReadOnly(true);
-    EXPECT_FALSE(t.Link.Editing());
-    t.DataSet.Cancel();
-    EXPECT_FALSE(t.Link.Edit());
-    EXPECT_EQ(t.DataSet.State(), dsBrowse);
+    source.SetAutoEdit(false);
+    EXPECT_FALSE(link.Edit());
+    EXPECT_EQ(dataSet.State(), dsBrowse);
+    source.SetAutoEdit(true);
+    EXPECT_TRUE(link.Edit());
+    EXPECT_EQ(dataSet.State(), dsEdit);
+    link.SetReadOnly(true);
+    EXPECT_FALSE(link.Editing());
+    dataSet.Cancel();
+    EXPECT_FALSE(link.Edit());
+    EXPECT_EQ(dataSet.State(), dsBrowse);
     // FocusControl on a field reaches the links.
-    t.Log.clear();
-    t.DataSet.FieldByName("NAME")->FocusControl();
-    EXPECT_EQ(t.Log, (Names{"FocusControl(NAME)"}));
+    log.clear();
+    dataSet.FieldByName("NAME")->FocusControl();
+    EXPECT_EQ(log, (Names{"link:FocusControl(NAME)"}));
 }
 
 // A detail dataset whose master is a data source.
@@ -80,36 +78,22 @@ TEST(DataSource, ACircularChainOfSourcesIsRefused) {
     EXPECT_EQ(source.DataSet(), nullptr);
 }
 
+// A link outlives its dataset and then its source. (Every fixture tears down in the other order.)
 TEST(DataSource, EitherEndMayBeDestroyedFirst) {
     std::vector<std::string> log;
     TRecordingLink link(log, "");
-    {
-        auto dataSet = std::make_unique<TMemDataSet>(nullptr);
-        FillNumbers(*dataSet, 3);
-        auto source = std::make_unique<TDataSource>(nullptr);
-        link.SetDataSource(source.get());
-        source->SetDataSet(dataSet.get());
-        EXPECT_TRUE(link.Active());
-        dataSet.reset();
-        EXPECT_FALSE(link.Active());
-        EXPECT_EQ(source->DataSet(), nullptr);
-        EXPECT_EQ(link.DataSet(), nullptr);
-        source.reset();
-        EXPECT_EQ(link.DataSource(), nullptr);
-    }
-    {
-        TMemDataSet dataSet(nullptr);
-        FillNumbers(dataSet, 3);
-        {
-            TDataSource source(nullptr);
-            TRecordingLink inner(log, "", 4);
-            inner.SetDataSource(&source);
-            source.SetDataSet(&dataSet);
-        }
-        // The link left before the source, the source before the dataset: the ring is back to one.
-        dataSet.Next();
-        EXPECT_EQ(CurrentId(dataSet), 2);
-    }
+    auto dataSet = std::make_unique<TMemDataSet>(nullptr);
+    FillNumbers(*dataSet, 3);
+    auto source = std::make_unique<TDataSource>(nullptr);
+    link.SetDataSource(source.get());
+    source->SetDataSet(dataSet.get());
+    EXPECT_TRUE(link.Active());
+    dataSet.reset();
+    EXPECT_FALSE(link.Active());
+    EXPECT_EQ(source->DataSet(), nullptr);
+    EXPECT_EQ(link.DataSet(), nullptr);
+    source.reset();
+    EXPECT_EQ(link.DataSource(), nullptr);
 }
 
 } // namespace

@@ -38,8 +38,6 @@ public:
         SetBufferCount(Buffers);
     }
 
-    using TDataLink::FirstRecord;
-
     // The value of Field in each record of the link's window, in order.
     std::vector<std::string> Window(const std::string& FieldName) {
         std::vector<std::string> values;
@@ -130,21 +128,5 @@ inline std::string Position(TDataSet& DataSet) {
 }
 
 using testing_support::MessageOf;
-
-// A numbers dataset of Count rows shown through a data source to one recording link.
-struct TLinkedNumbers {
-    explicit TLinkedNumbers(int Count, int Buffers = 1, std::string Name = "")
-        : Link(Log, std::move(Name), Buffers) {
-        FillNumbers(DataSet, Count);
-        Link.SetDataSource(&Source);
-        Source.SetDataSet(&DataSet);
-        Log.clear();
-    }
-
-    TMemDataSet DataSet{nullptr};
-    TDataSource Source{nullptr};
-    std::vector<std::string> Log;
-    TRecordingLink Link;
-};
 
 } // namespace quorda::dbtest

@@ -282,9 +282,6 @@ TEST(FieldClasses, NamesAreUniqueWithoutRegardToCase) {
     // Field definitions, and lookups through views that are not zero-terminated.
     TFieldDefs& defs = dataSet.FieldDefs();
     defs.Add("ID", ftInteger);
-    EXPECT_EQ(defs.MakeNameUnique("id"), "id_1");
-    defs.Add("ID_1", ftInteger);
-    EXPECT_EQ(defs.MakeNameUnique("Id"), "Id_2");
     EXPECT_EQ(defs.Find("iD")->FieldNo(), 1);
     EXPECT_THROW(defs.Find("missing"), EDatabaseError);
     EXPECT_THROW(defs.Add("", ftString, 10), EDatabaseError);

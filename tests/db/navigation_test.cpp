@@ -13,32 +13,6 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// After each move the dataset stands where the step says: "bof 1", "2", "3 eof", "bof eof" when empty.
-TEST(Navigation, BofAndEofFollowTheMovesAtBothEnds) {
-    const struct {
-        int Rows;
-        std::vector<std::pair<char, const char*>> Steps; // First, Last, Next, Prior
-    } cases[] = {
-        {0, {{'F', "bof eof"}, {'N', "bof eof"}, {'P', "bof eof"}, {'L', "bof eof"}}},
-        {1, {{'F', "bof 1"}, {'N', "1 eof"}, {'N', "1 eof"}, {'P', "bof 1"}}},
-        {3, {{'N', "2"}, {'P', "1"}, {'P', "bof 1"}, {'L', "3 eof"}, {'P', "2"}, {'F', "bof 1"}}},
-    };
-    for (const auto& c : cases) {
-        TMemDataSet dataSet(nullptr);
-        FillNumbers(dataSet, c.Rows);
-        std::string trace = std::to_string(c.Rows) + " rows:";
-        for (auto [op, position] : c.Steps) {
-            trace += std::string(" ") + op;
-            SCOPED_TRACE(trace);
-            op == 'F'   ? dataSet.First()
-            : op == 'L' ? dataSet.Last()
-            : op == 'N' ? dataSet.Next()
-                        : dataSet.Prior();
-            EXPECT_EQ(Position(dataSet), position);
-        }
-    }
-}
-
 TEST(Navigation, ScrollEventsAnnounceOnlyMovesThatCanHappen) {
     TMemDataSet dataSet(nullptr);
     Names log;
@@ -100,17 +74,6 @@ TEST(Navigation, OpeningWhileLoadingWaitsForTheEndOfLoading) {
     Application::SetExceptionHandler(previous);
     EXPECT_FALSE(dataSet.Active());
     EXPECT_EQ(reported, (Names{"Unknown field type : BAD"}));
-}
-
-TEST(Navigation, RefreshKeepsTheCurrentRecordAndAnnouncesIt) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 5);
-    dataSet.MoveBy(2);
-    int refreshes = 0;
-    dataSet.AfterRefresh = [&](TDataSet*) { ++refreshes; };
-    dataSet.Refresh();
-    EXPECT_EQ(CurrentId(dataSet), 3);
-    EXPECT_EQ(refreshes, 1);
 }
 
 TEST(Bookmarks, SurviveChangesToOtherRowsAndDieWithTheirOwn) {

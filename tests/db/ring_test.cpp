@@ -113,15 +113,6 @@ TEST_F(RingTest, EveryRecordOfAFullScanIsVisitedOnceWithoutRefetching) {
     EXPECT_EQ(DataSet.SetToRecordCalls, 0);
 }
 
-TEST_F(RingTest, MoveByStopsAtTheEndsAndReportsTheDistanceMoved) {
-    EXPECT_EQ(DataSet.MoveBy(100), 19);
-    EXPECT_EQ(Position(DataSet), "20 eof");
-    EXPECT_EQ(DataSet.MoveBy(1), 0);
-    EXPECT_EQ(DataSet.MoveBy(-100), -19);
-    EXPECT_EQ(Position(DataSet), "bof 1");
-    EXPECT_EQ(DataSet.MoveBy(0), 0);
-}
-
 TEST_F(RingTest, GotoBookmarkCentresTheRecordAndResyncNearTheEndRefillsFromBefore) {
     TRecordingLink grid(Log, "", 5);
     grid.SetDataSource(&Source);

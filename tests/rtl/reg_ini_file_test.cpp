@@ -202,29 +202,6 @@ TEST(RegIniFile, WritesSectionsAndErasesThem) {
     EXPECT_EQ(FolderEntries(Ini.Path().parent_path()), (std::vector<std::string>{"App.ini", "App.ini.lock"}));
 }
 
-TEST(RegIniFile, GarbageFileReadsDefaultsAndAWriteKeepsItsLines) {
-    TTemporaryConfigHome Home;
-    const fs::path Path = TRegIniFile::PathOfKey("App");
-    std::string Garbage;
-    for (int I = 0; I < 4096; ++I) {
-        Garbage += static_cast<char>((I * 7919) % 251);
-    }
-    WriteFile(Path, Garbage);
-    TRegIniFile Ini("App");
-    EXPECT_EQ(Ini.ReadInteger("orders", "FindOption", 1), 1);
-    Ini.WriteString("orders", "k", "v");
-    EXPECT_EQ(Ini.ReadString("orders", "k", ""), "v");
-    EXPECT_EQ(TIniDocument::Parse(FileText(Path)).Text(), FileText(Path));
-    EXPECT_NE(FileText(Path).find(Garbage.substr(0, 10)), std::string::npos);
-
-    // A file too large to be settings reads as defaults and is never replaced.
-    const std::string Huge(17 * 1024 * 1024, 'x');
-    WriteFile(Path, "[orders]\nk=v\n" + Huge);
-    EXPECT_EQ(Ini.ReadString("orders", "k", "default"), "default");
-    EXPECT_THROW(Ini.WriteString("orders", "k", "w"), ERegistryException);
-    EXPECT_EQ(fs::file_size(Path), 13 + Huge.size());
-}
-
 // A batch holds the lock and replaces the file once; abandoned, it changes nothing.
 TEST(RegIniFile, UpdateBatchesWritesIntoOneReplacement) {
     TTemporaryConfigHome Home;

@@ -15,70 +15,19 @@ std::string TempPath(const std::string& name) {
     return ::testing::TempDir() + "quorda_stream_" + name;
 }
 
-TEST(MemoryStream, GrowsAcrossManySmallWritesAndKeepsEveryByte) {
-    TMemoryStream stream;
-    std::string expected;
-    for (int i = 0; i < 20000; ++i) {
-        const char chunk[3] = {static_cast<char>(i), static_cast<char>(i >> 8), '|'};
-        stream.WriteBuffer(chunk, 3);
-        expected.append(chunk, 3);
-    }
-    EXPECT_EQ(stream.Size(), 60000);
-    EXPECT_EQ(stream.Position(), 60000);
-    EXPECT_EQ(stream.DataString(), expected);
-
-    stream.SetSize(10);
-    EXPECT_EQ(stream.Position(), 10);
-    EXPECT_EQ(stream.DataString(), expected.substr(0, 10));
-    stream.Clear();
-    EXPECT_EQ(stream.Size(), 0);
-    EXPECT_EQ(stream.Position(), 0);
-    EXPECT_EQ(stream.Memory(), nullptr);
-}
-
-TEST(MemoryStream, SeekEdgesAndWritingPastTheEnd) {
+TEST(MemoryStream, WritingPastTheEndFillsTheGapWithZeros) {
     TMemoryStream stream;
     stream.WriteBuffer("abcdef", 6);
-    EXPECT_EQ(stream.Seek(-2, soEnd), 4);
-    EXPECT_EQ(stream.Seek(1, soCurrent), 5);
     EXPECT_EQ(stream.Seek(-100, soCurrent), 0); // clamped at the start
     EXPECT_EQ(stream.Seek(10, soBeginning), 10);
     char buffer[4];
     EXPECT_EQ(stream.Read(buffer, 4), 0); // nothing past the end
-    stream.WriteBuffer("Z", 1);           // the gap is filled with zeros
+    stream.WriteBuffer("Z", 1);
     EXPECT_EQ(stream.DataString(), std::string("abcdef\0\0\0\0Z", 11));
-
     stream.SetPosition(3);
     stream.Truncate();
     EXPECT_EQ(stream.DataString(), "abc");
     EXPECT_THROW(stream.SetSize(-1), EStreamError);
-}
-
-TEST(MemoryStream, FixedWidthValuesAreLittleEndianAndShortReadsRaise) {
-    TMemoryStream values;
-    values.WriteByte(0x01);
-    values.WriteWord(0x0302);
-    values.WriteDWord(0x07060504);
-    values.WriteQWord(0x0F0E0D0C0B0A0908);
-    EXPECT_EQ(values.DataString(), "\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0A\x0B\x0C\x0D\x0E\x0F");
-    values.SetPosition(0);
-    EXPECT_EQ(values.ReadByte(), 0x01);
-    EXPECT_EQ(values.ReadWord(), 0x0302);
-    EXPECT_EQ(values.ReadDWord(), 0x07060504u);
-    EXPECT_EQ(values.ReadQWord(), 0x0F0E0D0C0B0A0908u);
-
-    // A plain Read returns what is there; the buffered reads raise.
-    TStringStream stream("abc");
-    char buffer[8] = {};
-    EXPECT_EQ(stream.Read(buffer, 8), 3);
-    stream.SetPosition(1);
-    EXPECT_EQ(MessageOf<EReadError>([&] { stream.ReadBuffer(buffer, 3); }), "Stream read error");
-    stream.SetPosition(1);
-    EXPECT_THROW(stream.ReadDWord(), EReadError);
-    stream.SetPosition(1);
-    EXPECT_EQ(stream.ReadWord(), 'b' | ('c' << 8));
-    EXPECT_THROW(stream.ReadByte(), EReadError);
-    EXPECT_NO_THROW(stream.ReadBuffer(buffer, 0));
 }
 
 TEST(MemoryStream, CopyFromAndLoadTakeAPartOrTheWholeSource) {
@@ -96,9 +45,7 @@ TEST(MemoryStream, CopyFromAndLoadTakeAPartOrTheWholeSource) {
     EXPECT_THROW(part.CopyFrom(source, 6), EReadError);
 
     source.SetPosition(5);
-    EXPECT_EQ(source.ReadString(3), "567");
-    EXPECT_EQ(source.ReadString(10), "89");
-    EXPECT_EQ(source.ReadString(1), "");
+    EXPECT_EQ(source.ReadString(10), "56789");
 
     // Loading replaces the whole content, from the start of the source, and rewinds.
     TStringStream shorter("xy");
@@ -106,12 +53,6 @@ TEST(MemoryStream, CopyFromAndLoadTakeAPartOrTheWholeSource) {
     part.LoadFromStream(shorter);
     EXPECT_EQ(part.DataString(), "xy");
     EXPECT_EQ(part.Position(), 0);
-    const std::string path = TempPath("memory.bin");
-    part.SaveToFile(path);
-    TMemoryStream back;
-    back.LoadFromFile(path);
-    EXPECT_EQ(back.DataString(), "xy");
-    std::remove(path.c_str());
 }
 
 TEST(FileStream, CreateWriteReopenAndResize) {
@@ -142,11 +83,8 @@ TEST(FileStream, CreateWriteReopenAndResize) {
         file.WriteBuffer("!", 1);
         EXPECT_EQ(file.Size(), 10);
     }
-    {
-        // fmCreate truncates an existing file.
-        TFileStream file(path, fmCreate);
-        EXPECT_EQ(file.Size(), 0);
-    }
+    // fmCreate truncates an existing file.
+    EXPECT_EQ(TFileStream(path, fmCreate).Size(), 0);
     std::remove(path.c_str());
 }
 
