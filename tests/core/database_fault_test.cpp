@@ -80,13 +80,6 @@ TEST(FaultConnect, OpenAppliesOptionsAroundTheConnectInOrder) {
     // The cursor-library option stays in the driver manager; isolation follows the after-connect event.
     EXPECT_EQ(seenByAfterConnect, Lines{"SQLDriverConnect 3"});
     EXPECT_EQ(ConnectionCalls(fault), (Lines{"SQLDriverConnect 3", "SQLSetConnectOption 108 8"}));
-
-    fault.ClearLog();
-    db->SetIsolationLevel(ilDirtyRead); // open: applied at once
-    db->SetIsolationLevel(ilDontCare);  // open: stored only
-    db->SetIsolationLevel(ilDontCare);
-    EXPECT_EQ(ConnectionCalls(fault), Lines{"SQLSetConnectOption 108 1"});
-    db->Close();
 }
 
 TEST(FaultConnect, TransactionsSwitchAutocommitAroundTheBracket) {

@@ -100,21 +100,6 @@ TEST(DatasetList, FreeDatasetsDetachesEveryClientEvenOneThatStays) {
     b.Attach(nullptr);
 }
 
-TEST(DatasetList, FreeingTheDatabaseClosesThenDetachesItsDatasets) {
-    Log log;
-    FakeClient a("a", log);
-    FakeClient b("b", log);
-    {
-        TODBCDatabase db(nullptr);
-        a.Attach(&db);
-        b.Attach(&db);
-        b.FStatement = false;
-    }
-    EXPECT_EQ(log, (Log{"b.Close", "a.Close", "b.Detach", "a.Detach"}));
-    EXPECT_EQ(a.Database(), nullptr);
-    EXPECT_EQ(b.Database(), nullptr);
-}
-
 TEST(DatasetList, ADatasetThatFailsToCloseDoesNotStopTheDestructor) {
     struct Throwing : FakeClient {
         using FakeClient::FakeClient;

@@ -9,7 +9,6 @@ namespace quorda {
 namespace {
 
 using testing::CursorTest;
-using testing::ErrorOf;
 using testing::IsSqlite;
 using testing::TProbeQuery;
 
@@ -134,17 +133,6 @@ TEST_P(CursorEdges, CursorReopensUnderTheOpenDataset) {
     query.First();
     EXPECT_EQ(query.FieldByName("id")->AsInteger(), 1);
     EXPECT_EQ(query.RecordCount(), 5);
-}
-
-TEST_P(CursorEdges, StoredFlagOutsideTheBookmarkFlagsIsAnInternalError) {
-    TProbeQuery& query = Opened("select id from " + NumberTable("edge_flag", 1));
-    TRecordBuffer buffer = query.ActiveBuffer();
-    buffer[kRecordFlagOffset] = std::byte{4};
-    EXPECT_EQ(ErrorOf([&] { query.GetBookmarkFlag(buffer); }),
-              "ODBC Internal component error 330. Contact programmers team.");
-    buffer[kRecordFlagOffset] = std::byte{bfInserted};
-    EXPECT_EQ(query.GetBookmarkFlag(buffer), bfInserted);
-    buffer[kRecordFlagOffset] = std::byte{bfCurrent};
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, CursorEdges, ::testing::ValuesIn(quorda_test::AllProfiles()),

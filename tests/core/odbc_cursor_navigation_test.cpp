@@ -30,12 +30,11 @@ std::vector<int> WindowIds(TDataLink& Link, TDataSet& DataSet) {
     return ids;
 }
 
-// The ids from the current row to the end (Forward) or to the start.
-std::vector<int> Walk(TDataSet& DataSet, bool Forward = true) {
+// The ids from the current row to the end.
+std::vector<int> Walk(TDataSet& DataSet) {
     std::vector<int> ids;
-    while (!(Forward ? DataSet.Eof() : DataSet.Bof())) {
+    for (; !DataSet.Eof(); DataSet.Next()) {
         ids.push_back(Id(DataSet));
-        Forward ? DataSet.Next() : DataSet.Prior();
     }
     return ids;
 }
@@ -51,25 +50,6 @@ std::vector<int> Range(int First, int Last) {
 }
 
 class CursorNavigation : public CursorTest {};
-
-TEST_P(CursorNavigation, StepsForwardAndBackAcrossBothEnds) {
-    TODBCQuery& query = Opened("select id, name from " + NumberTable("nav_steps", 5) + " order by id");
-    EXPECT_TRUE(query.Bof());
-    EXPECT_EQ(Walk(query), Range(1, 5));
-    EXPECT_EQ(Id(query), 5);
-    EXPECT_EQ(Walk(query, false), Range(5, 1));
-    query.Last();
-    EXPECT_EQ(Id(query), 5);
-    EXPECT_TRUE(query.Eof());
-    query.Prior();
-    EXPECT_EQ(Id(query), 4);
-    query.First();
-    EXPECT_EQ(Id(query), 1);
-    EXPECT_TRUE(query.Bof());
-    query.Next();
-    EXPECT_EQ(query.FieldByName("name")->AsString(), "row2");
-    EXPECT_EQ(query.RecNo(), -1);
-}
 
 TEST_P(CursorNavigation, MoveByCrossesTheRingOfADataLink) {
     TODBCQuery& query = Query("select id from " + NumberTable("nav_ring", 100) + " order by id");
@@ -91,6 +71,8 @@ TEST_P(CursorNavigation, MoveByCrossesTheRingOfADataLink) {
     EXPECT_EQ(Id(query), 100);
     query.First();
     EXPECT_EQ(WindowIds(ring.Link, query), Range(1, 20));
+    EXPECT_EQ(query.MoveBy(-5), 0);
+    EXPECT_TRUE(query.Bof());
 }
 
 TEST_P(CursorNavigation, BookmarksNumberedFromEitherEndSurviveARefresh) {
