@@ -222,12 +222,11 @@ TEST_P(CursorNavigation, LocateWithAndWithoutItsOptions) {
         bool Found;
         int Id; // where the cursor stands afterwards: a failed locate leaves it where it was
     };
+    // The matching rules themselves are the framework's (LocateTest); here they reach the cursor.
     const Case cases[] = {
-        {"name", Variant("björk"), {}, true, 4},
-        {"name", Variant("BJÖRK"), {}, false, 4},
+        {"name", Variant("BJÖRK"), {}, false, 1},
         {"name", Variant("BJÖRK"), {loCaseInsensitive}, true, 4},
         {"name", Variant("an"), {loCaseInsensitive, loPartialKey}, true, 1},
-        {"name", Variant("an"), {loPartialKey}, true, 2},
         {"name;city", VarArrayOf({Variant("Björn"), Variant("Oslo")}), {}, true, 3},
         {"name;city", VarArrayOf({Variant("Björn"), Variant("Bergen")}), {}, false, 3},
     };

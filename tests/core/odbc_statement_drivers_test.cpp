@@ -2,10 +2,8 @@
 // read back over a separate plain ODBC connection.
 #include "odbc_cursor_fixture.h"
 #include "odbc_statement_test_support.h"
-#include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/datetime.h"
 #include "quorda/rtl/messages.h"
-#include "quorda/rtl/string_utils.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -163,17 +161,6 @@ TEST_P(StatementOnDrivers, RowsAffectedCountsUpdatesAndDeletes) {
     update->ExecSQL();
     EXPECT_EQ(update->RowsAffected(), 0);
     EXPECT_EQ(Exec("delete from " + Table), 3);
-}
-
-TEST_P(StatementOnDrivers, SyntaxErrorCarriesTheDriversDiagnostics) {
-    auto query = MakeQuery(Db.get(), "selec 1 frm nowhere");
-    const auto e = testing::Raised<EODBCError>([&] { query->ExecSQL(); });
-    ASSERT_TRUE(e);
-    EXPECT_EQ(e->SQLState().substr(0, 5), Profile.Traits.SyntaxErrorState) << e->SQLState();
-    EXPECT_NE(LowerCase(e->Message()).find("syntax"), std::string::npos) << e->Message();
-    EXPECT_EQ(e->Hstmt(), query->StatementHandle());
-    EXPECT_FALSE(e->NativeMessage().empty());
-    EXPECT_EQ(query->State(), dsInactive);
 }
 
 // psqlODBC sent a text value cut at its first NUL byte (PostgreSQL refuses NUL in text) and SQLite ODBC
