@@ -1,6 +1,5 @@
 // The cursor against the fault-injection driver: column types and values no real driver here
-// reports, bookmarks to rows that vanished, rowsets the driver grants smaller than asked, and
-// failing fetches.
+// reports, rowsets the driver grants smaller than asked, and failing fetches.
 
 #include "core/odbc_dataset_p.h"
 #include "odbc_cursor_fixture.h"
@@ -58,20 +57,6 @@ TEST(CursorFaultTypes, ImpossibleDatesRaiseTheEncodeErrors) {
         FaultDatabase db(std::string("result:d/9|") + row);
         EXPECT_EQ(ErrorOf([&] { db.Query->Open(); }), "Invalid argument to date encode") << row;
     }
-}
-
-TEST(CursorFaultFetching, BookmarkOfAVanishedRowFallsBackToTheOtherEnd) {
-    FaultDatabase db("result:id/4|rows:5");
-    db.Query->Open();
-    const TODBCBookmark far{1, 9};
-    db.Query->GotoBookmark(TBookmark(&far, sizeof far));
-    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 5);
-    EXPECT_EQ(db.Query->BookmarkPair(), std::make_pair(-1, 0));
-
-    const TODBCBookmark early{-1, -7};
-    db.Query->GotoBookmark(TBookmark(&early, sizeof early));
-    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 1);
-    EXPECT_EQ(db.Query->BookmarkPair(), std::make_pair(1, 0));
 }
 
 TEST(CursorFaultFetching, RowsetsSmallerThanAskedAreReadWhereTheDriverWroteThem) {

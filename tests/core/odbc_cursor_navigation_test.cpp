@@ -111,20 +111,26 @@ TEST_P(CursorNavigation, BookmarksToRowsDeletedByAnotherConnection) {
     const TBookmark fifth = query.GetBookmark();
     query.MoveBy(5);
     const TBookmark tenth = query.GetBookmark();
+    query.Last();
+    query.MoveBy(-8);
+    const TBookmark second = query.GetBookmark(); // numbered from the end
+    EXPECT_EQ(query.BookmarkPair(), std::make_pair(-1, -8));
     query.First();
     Raw->Exec("delete from " + table + " where id = 5 or id > 7");
     // Without a refresh the cursor still holds the rows it was opened on: a static cursor is a
     // snapshot, a keyset keeps the deleted row's last values.
     query.GotoBookmark(fifth);
     EXPECT_EQ(Id(query), 5);
-    // Re-executed, the fifth row is the old sixth, and a bookmark past the end of the shorter result
-    // lands on its last row.
+    // Re-executed, the fifth row is the old sixth, and a bookmark past either end of the shorter
+    // result lands on the row at that end.
     query.Refresh();
     query.GotoBookmark(fifth);
     EXPECT_EQ(Id(query), 6);
     query.GotoBookmark(tenth);
     EXPECT_EQ(Id(query), 7);
     EXPECT_EQ(query.BookmarkPair(), std::make_pair(-1, 0));
+    query.GotoBookmark(second); // psqlODBC itself places a fetch before the start on the first row
+    EXPECT_EQ(Id(query), 1);
 }
 
 TEST_P(CursorNavigation, RecordCountsByStepsAndByProbes) {
