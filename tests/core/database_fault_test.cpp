@@ -56,30 +56,19 @@ TEST(FaultDiagnostics, TwoRecordsFollowTheLabellingRule) {
 TEST(FaultConnect, ACancelledDialogLeavesTheDatabaseClosedWithoutErrorOrEvent) {
     FaultDriver fault("nodata:SQLDriverConnect");
     auto db = FaultDatabase(fault);
+    db->SetDriverConnectOption(dcoDriverCompleteRequired);
     EventLog events;
     events.Attach(*db);
     const std::string input = db->ConnectStr();
     EXPECT_NO_THROW(db->Open());
     EXPECT_FALSE(db->Connected());
     EXPECT_EQ(events.Lines, Lines{"before"});
+    // The prompt option reaches the driver; the cursor-library option stays in the driver manager.
+    EXPECT_EQ(ConnectionCalls(fault), Lines{"SQLDriverConnect 3"});
     EXPECT_EQ(db->ConnectStr(), input);
     SQLHDBC kept = db->GetDBC(); // the handle stays allocated for the next attempt
     EXPECT_NO_THROW(db->Close());
     EXPECT_EQ(db->GetDBC(), kept);
-}
-
-TEST(FaultConnect, OpenAppliesOptionsAroundTheConnectInOrder) {
-    FaultDriver fault;
-    auto db = FaultDatabase(fault);
-    db->SetDriverConnectOption(dcoDriverCompleteRequired);
-    db->SetIsolationLevel(ilSerializable);
-    Lines seenByAfterConnect;
-    db->OnAfterConnect = [&](TObject*) { seenByAfterConnect = ConnectionCalls(fault); };
-    db->Open();
-    ASSERT_TRUE(db->Connected());
-    // The cursor-library option stays in the driver manager; isolation follows the after-connect event.
-    EXPECT_EQ(seenByAfterConnect, Lines{"SQLDriverConnect 3"});
-    EXPECT_EQ(ConnectionCalls(fault), (Lines{"SQLDriverConnect 3", "SQLSetConnectOption 108 8"}));
 }
 
 // Autocommit switched off for the bracket and back on after it is pinned on the real drivers

@@ -6,6 +6,7 @@
 #include "quorda/odbc/odbc_error.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace quorda {
 namespace {
@@ -39,13 +40,10 @@ std::vector<int> Walk(TDataSet& DataSet) {
     return ids;
 }
 
-// First..Last, counting down when Last is smaller.
+// First..Last.
 std::vector<int> Range(int First, int Last) {
-    std::vector<int> ids;
-    for (int i = First; i != Last; i += First < Last ? 1 : -1) {
-        ids.push_back(i);
-    }
-    ids.push_back(Last);
+    std::vector<int> ids(static_cast<std::size_t>(Last - First + 1));
+    std::iota(ids.begin(), ids.end(), First);
     return ids;
 }
 
