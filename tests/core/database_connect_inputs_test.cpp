@@ -93,7 +93,7 @@ TEST(ConnectionPasswords, AreMaskedWhateverTheirSpelling) {
 
 // psqlODBC writes the password into the completed connection string; the call trace never shows it,
 // not even for a refused login.
-TEST(ConnectionPasswords, NeitherTheCompletedStringShownNorTheTraceCarriesThemRightOrWrong) {
+TEST(ConnectionPasswords, NeitherTheCompletedStringShownNorTheTraceCarriesThem) {
     const quorda_test::DataSourceProfile pg = quorda_test::PostgresProfile();
     std::vector<std::string> lines;
     const TODBCTraceSink previous =

@@ -222,7 +222,8 @@ protected:
     std::string Table;
 };
 
-TEST_P(CursorValues, DefinitionsFollowTheColumnTypesAndEveryValueReadsBackInSingleRowsAndRowsets) {
+// The field definitions first, then every value of the table in each cursor mode.
+TEST_P(CursorValues, EveryValueReadsBackExactlyInSingleRowsAndInRowsets) {
     TODBCQuery& query = Opened("select * from " + Table);
     ASSERT_EQ(query.FieldDefs().Count(), static_cast<int>(Used.size()));
     for (std::size_t c = 0; c < Used.size(); ++c) {

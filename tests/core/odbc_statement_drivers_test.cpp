@@ -2,8 +2,10 @@
 // read back over a separate plain ODBC connection.
 #include "odbc_cursor_fixture.h"
 #include "odbc_statement_test_support.h"
+#include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/datetime.h"
 #include "quorda/rtl/messages.h"
+#include "quorda/rtl/string_utils.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -149,6 +151,15 @@ TEST_P(StatementOnDrivers, RowsAffectedCountsUpdatesAndDeletes) {
     TODBCQuery& remove = Query("delete from " + Table);
     remove.ExecSQL();
     EXPECT_EQ(remove.RowsAffected(), 3);
+}
+
+// The driver's own state and message reach the error (what else it carries is pinned on the fault driver).
+TEST_P(StatementOnDrivers, SyntaxErrorCarriesTheDriversDiagnostics) {
+    TODBCQuery& query = Query("selec 1 frm nowhere");
+    const auto e = testing::Raised<EODBCError>([&] { query.ExecSQL(); });
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->SQLState().substr(0, 5), Profile.Traits.SyntaxErrorState) << e->SQLState();
+    EXPECT_NE(LowerCase(e->Message()).find("syntax"), std::string::npos) << e->Message();
 }
 
 // psqlODBC sent a text value cut at its first NUL byte (PostgreSQL refuses NUL in text) and SQLite ODBC
