@@ -15,8 +15,8 @@ using testing::FaultDatabase;
 using testing::TProbeQuery;
 using Lines = std::vector<std::string>;
 
-// Wide and decimal columns are mapped by the type table (FieldTypeMap) and read on the Unicode
-// profiles; what no driver here reports is a column without a name.
+// Wide and decimal columns are mapped by the type table (FieldTypeMap) and read back on the real
+// drivers (CursorValues); what no driver here reports is a column without a name.
 TEST(CursorFaultTypes, ColumnsWithoutANameAreCalledUnknownWithSuffixes) {
     FaultDatabase db("result:/4,/4|row:1,2");
     db.Query->Open();
