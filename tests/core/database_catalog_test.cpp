@@ -1,12 +1,7 @@
-#include "database_test_support.h"
+#include "odbc_cursor_fixture.h"
 #include "odbc_statement_test_support.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/strings.h"
-
-#include <gtest/gtest.h>
-#include <quorda_test/fault_driver.h>
-#include <quorda_test/profiles.h>
-#include <quorda_test/raw_odbc.h>
 
 namespace quorda {
 namespace {
@@ -14,22 +9,12 @@ namespace {
 using quorda_test::FaultDriver;
 using Lines = std::vector<std::string>;
 
-class DatabaseCatalog : public quorda_test::ProfileTest {
-protected:
-    void SetUp() override {
-        Db.SetDriverConnectOption(dcoDriverNoPrompt);
-        Db.SetConnectStr(Profile.ConnectionString);
-        Db.Open();
-    }
-    TODBCDatabase Db{nullptr};
-};
+class DatabaseCatalog : public testing::CursorTest {};
 
 TEST_P(DatabaseCatalog, TablesAndViewsComeWithAlignedOwnerAndType) {
-    const std::string table = quorda_test::UniqueTableName("cat_t");
+    const std::string table = MakeTable("cat_t", "id integer");
     const std::string view = quorda_test::UniqueTableName("cat_v");
-    quorda_test::RawOdbc raw(Profile.ConnectionString);
-    raw.Exec("create table " + table + " (id integer)");
-    raw.Exec("create view " + view + " as select id from " + table);
+    Raw->Exec("create view " + view + " as select id from " + table);
 
     TStringList names, owners, types, notes;
     owners.Add("left over");
@@ -48,21 +33,13 @@ TEST_P(DatabaseCatalog, TablesAndViewsComeWithAlignedOwnerAndType) {
     EXPECT_EQ(owners[t], Profile.Name.rfind("pgsql", 0) == 0 ? "public" : "");
     EXPECT_EQ(owners[v], owners[t]);
 
-    // Tests running alongside create and drop tables meanwhile: look for this test's own entries.
-    TStringList onlyNames;
-    Db.GetTables(&onlyNames, nullptr, nullptr, nullptr);
-    EXPECT_GE(onlyNames.IndexOf(table), 0);
-    EXPECT_GE(onlyNames.IndexOf(view), 0);
     EXPECT_NO_THROW(Db.GetTables(nullptr, nullptr, nullptr, nullptr));
-
-    raw.Exec("drop view " + view);
-    raw.Exec("drop table " + table);
+    Raw->Exec("drop view " + view);
 }
 
 TEST_P(DatabaseCatalog, ColumnsComeInTableOrder) {
-    const std::string table = quorda_test::UniqueTableName("cat_cols");
-    quorda_test::RawOdbc raw(Profile.ConnectionString);
-    raw.Exec("create table " + table + " (id integer, customer_name varchar(40), price numeric(10,2))");
+    const std::string table =
+        MakeTable("cat_cols", "id integer, customer_name varchar(40), price numeric(10,2)");
 
     TStringList columns;
     columns.Add("left over");
@@ -72,7 +49,6 @@ TEST_P(DatabaseCatalog, ColumnsComeInTableOrder) {
     Db.GetColumns(table + "_missing", &columns);
     EXPECT_EQ(columns.Count(), 0);
     EXPECT_NO_THROW(Db.GetColumns("", &columns)); // whatever the driver makes of an empty name
-    raw.Exec("drop table " + table);
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, DatabaseCatalog, ::testing::ValuesIn(quorda_test::AllProfiles()),

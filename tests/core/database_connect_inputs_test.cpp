@@ -91,7 +91,8 @@ TEST(ConnectionPasswords, AreMaskedWhateverTheirSpelling) {
     }
 }
 
-// psqlODBC writes the password into the completed connection string; the call trace never shows it.
+// psqlODBC writes the password into the completed connection string; the call trace never shows it,
+// not even for a refused login.
 TEST(ConnectionPasswords, NeitherTheCompletedStringShownNorTheTraceCarriesThem) {
     const quorda_test::DataSourceProfile pg = quorda_test::PostgresProfile();
     std::vector<std::string> lines;
@@ -102,16 +103,28 @@ TEST(ConnectionPasswords, NeitherTheCompletedStringShownNorTheTraceCarriesThem) 
         TODBCDatabase db(nullptr);
         db.SetDriverConnectOption(dcoDriverNoPrompt);
         db.SetConnectStyle(style);
-        db.SetConnectStr(pg.ConnectionString + ";Username=" + pg.PasswordUser +
-                         ";Password=" + pg.CheckedPassword);
         db.SetDSNName(pg.Dsn);
         db.SetUserID(pg.PasswordUser);
-        db.SetPassword(pg.CheckedPassword);
+        const auto withPassword = [&db, &pg](const std::string& password) {
+            db.SetConnectStr(pg.ConnectionString + ";Username=" + pg.PasswordUser + ";Password=" + password);
+            db.SetPassword(password);
+        };
+        bool afterConnect = false;
+        db.OnAfterConnect = [&](TObject*) { afterConnect = true; };
+        // A refused login leaves the database closed without its after-connect event; the same
+        // database connects once the password is right.
+        withPassword("not-the-password");
+        EXPECT_THROW(db.Open(), EODBCError);
+        EXPECT_FALSE(db.Connected() || afterConnect);
+        withPassword(pg.CheckedPassword);
         db.Open();
+        EXPECT_TRUE(afterConnect);
         if (style == csDriverConnect) {
             // psqlODBC writes the password percent-encoded: "PWD=quorda%2dsecret".
             EXPECT_NE(db.ConnectStr().find(";PWD=quorda"), std::string::npos) << db.ConnectStr();
             EXPECT_NE(MaskConnectionPassword(db.ConnectStr()).find(";PWD=****;"), std::string::npos);
+        } else { // only a driver connection completes the string
+            EXPECT_EQ(db.ConnectStr().find(";PWD="), std::string::npos) << db.ConnectStr();
         }
     }
     SetODBCTraceEnabled(false);
@@ -120,10 +133,11 @@ TEST(ConnectionPasswords, NeitherTheCompletedStringShownNorTheTraceCarriesThem) 
     for (const std::string& line : lines) {
         EXPECT_EQ(line.find("quorda-secret"), std::string::npos) << line;
         EXPECT_EQ(line.find("quorda%2dsecret"), std::string::npos) << line;
+        EXPECT_EQ(line.find("not-the-password"), std::string::npos) << line;
         connects += line.find("SQLDriverConnect Driver=") != std::string::npos ||
                     line.find("SQLConnect " + pg.Dsn + " " + pg.PasswordUser + " ****") != std::string::npos;
     }
-    EXPECT_EQ(connects, 2);
+    EXPECT_EQ(connects, 4);
 }
 
 } // namespace

@@ -58,27 +58,6 @@ TEST_P(DatabaseConnect, DriverStringConnectsAndTheCompletedStringReopens) {
     EXPECT_FALSE(db.Connected());
 }
 
-TEST_P(DatabaseConnect, DataSourceNameConnectsAndAnUnknownOneRaisesTheDriverManagersDiagnostics) {
-    TODBCDatabase db(nullptr);
-    db.SetConnectStyle(csConnect);
-    db.SetDSNName("QuordaNoSuchSource");
-    db.SetUserID(Profile.User);
-    const auto e = Raised<EODBCError>([&] { db.Open(); });
-    ASSERT_TRUE(e);
-    // The diagnostics themselves are pinned in the odbc suite (CheckODBC).
-    EXPECT_EQ(e->SQLState().substr(0, 6), "IM002;");
-    EXPECT_EQ(e->Henv(), odbcEnv());
-    EXPECT_EQ(e->Hdbc(), db.GetDBC());
-    EXPECT_EQ(e->Hstmt(), nullptr);
-    EXPECT_FALSE(db.Connected());
-
-    db.SetDSNName(Profile.Dsn);
-    db.SetPassword(Profile.Password);
-    db.Open();
-    EXPECT_EQ(ScalarOn(db, "select 3"), "3");
-    EXPECT_TRUE(db.ConnectStr().empty()); // only a driver connection completes the string
-}
-
 TEST_P(DatabaseConnect, OptionsThatNeedAClosedDatabaseAreRefusedWhileOpen) {
     TODBCDatabase db(nullptr);
     db.SetDatabaseName("ConnectOptions");

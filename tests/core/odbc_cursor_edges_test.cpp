@@ -1,4 +1,4 @@
-// The cursor's edge cases on real drivers: one-row results, NULL slots, trimmed text, duplicate and
+// The cursor's edge cases on real drivers: one-row results, NULL slots, duplicate and
 // oversized columns, statements without rows, and reopening the cursor under an open dataset.
 
 #include "core/odbc_dataset_p.h"
@@ -9,7 +9,6 @@ namespace quorda {
 namespace {
 
 using testing::CursorTest;
-using testing::ErrorOf;
 using testing::IsSqlite;
 using testing::TProbeQuery;
 
@@ -57,19 +56,6 @@ TEST_P(CursorEdges, NullColumnLeavesItsSlotZeroed) {
         }
         query.Next();
     }
-}
-
-TEST_P(CursorEdges, StringTrimRightCutsTrailingBlanksOfFixedText) {
-    // SQLite keeps what it is given; PostgreSQL pads CHAR(10) itself; MariaDB drops the blanks.
-    const std::string table =
-        MakeTable("edge_trim", "id integer, c char(10)", "(1, 'ab        '), (2, '  x')");
-    EXPECT_EQ(Opened("select c from " + table + " order by id").Fields()[0]->AsString(),
-              Profile.Traits.PaddedChar ? "ab        " : "ab");
-    Db.SetStringTrimRight(true);
-    TODBCQuery& trimmed = Opened("select c from " + table + " order by id");
-    EXPECT_EQ(trimmed.Fields()[0]->AsString(), "ab");
-    trimmed.Next();
-    EXPECT_EQ(trimmed.Fields()[0]->AsString(), "  x");
 }
 
 TEST_P(CursorEdges, DuplicateColumnNamesGetSuffixes) {
@@ -134,17 +120,6 @@ TEST_P(CursorEdges, CursorReopensUnderTheOpenDataset) {
     query.First();
     EXPECT_EQ(query.FieldByName("id")->AsInteger(), 1);
     EXPECT_EQ(query.RecordCount(), 5);
-}
-
-TEST_P(CursorEdges, StoredFlagOutsideTheBookmarkFlagsIsAnInternalError) {
-    TProbeQuery& query = Opened("select id from " + NumberTable("edge_flag", 1));
-    TRecordBuffer buffer = query.ActiveBuffer();
-    buffer[kRecordFlagOffset] = std::byte{4};
-    EXPECT_EQ(ErrorOf([&] { query.GetBookmarkFlag(buffer); }),
-              "ODBC Internal component error 330. Contact programmers team.");
-    buffer[kRecordFlagOffset] = std::byte{bfInserted};
-    EXPECT_EQ(query.GetBookmarkFlag(buffer), bfInserted);
-    buffer[kRecordFlagOffset] = std::byte{bfCurrent};
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, CursorEdges, ::testing::ValuesIn(quorda_test::AllProfiles()),

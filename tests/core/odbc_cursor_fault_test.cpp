@@ -1,6 +1,5 @@
-// The cursor against the fault-injection driver: column types no real driver here reports, the exact
-// fetch calls behind First, Last, bookmarks and the probing record count, rowsets the driver grants
-// smaller than asked, and time-stamp fractions.
+// The cursor against the fault-injection driver: column types and values no real driver here
+// reports, rowsets the driver grants smaller than asked, and failing fetches.
 
 #include "core/odbc_dataset_p.h"
 #include "odbc_cursor_fixture.h"
@@ -16,33 +15,14 @@ using testing::FaultDatabase;
 using testing::TProbeQuery;
 using Lines = std::vector<std::string>;
 
-// The SQLExtendedFetch lines of the log as "<orientation> <offset>".
-Lines Fetches(const quorda_test::FaultDriver& Fault) {
-    Lines lines;
-    for (const std::string& line : Fault.Calls("SQLExtendedFetch")) {
-        lines.push_back(line.substr(std::string("SQLExtendedFetch ").size()));
-    }
-    return lines;
-}
-
-TEST(CursorFaultTypes, DecimalAndWideTextColumnsMapLikeTheirNarrowTwins) {
-    FaultDatabase db("result:amount/3/10/2,name/-9/10,code/-8/4,note/-10/100000,/4,/4|"
-                     "row:12.5,héllo wörld,日本,long ünïcode note,1,2");
+// Wide and decimal columns are mapped by the type table (FieldTypeMap) and read back on the real
+// drivers (CursorValues); what no driver here reports is a column without a name.
+TEST(CursorFaultTypes, ColumnsWithoutANameAreCalledUnknownWithSuffixes) {
+    FaultDatabase db("result:/4,/4|row:1,2");
     db.Query->Open();
-    const TFieldDefs& defs = db.Query->FieldDefs();
-    ASSERT_EQ(defs.Count(), 6);
-    EXPECT_EQ(defs[0]->DataType(), ftFloat);
-    EXPECT_EQ(defs[1]->DataType(), ftString);
-    EXPECT_EQ(defs[1]->Size(), 40);
-    EXPECT_EQ(defs[2]->DataType(), ftString);
-    EXPECT_EQ(defs[3]->DataType(), ftMemo);
-    EXPECT_EQ(defs[3]->Size(), 8192);
-    // Columns without a name.
-    EXPECT_EQ(defs[4]->Name(), "unknown");
-    EXPECT_EQ(defs[5]->Name(), "unknown_1");
-    const std::vector<testing::RowTexts> row = {
-        {"12.5", "héllo wörld", "日本", "long ünïcode note", "1", "2"}};
-    EXPECT_TRUE(testing::SameRows(testing::ReadToEnd(*db.Query), row));
+    EXPECT_EQ(db.Query->FieldDefs()[0]->Name(), "unknown");
+    EXPECT_EQ(db.Query->FieldDefs()[1]->Name(), "unknown_1");
+    EXPECT_EQ(db.Query->Fields()[1]->AsInteger(), 2);
 }
 
 // VARBINARY among them: SQLite ODBC and MariaDB report varbinary(n), psqlODBC bytea with
@@ -68,9 +48,6 @@ TEST(CursorFaultTypes, TimeStampFractionsBecomeMilliseconds) {
     Lines read;
     for (; !db.Query->Eof(); db.Query->Next()) {
         read.push_back(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", db.Query->Fields()[0]->AsDateTime()));
-        if (read.size() == 2) { // before 1899-12-30: the date and the time are not mixed up
-            EXPECT_DOUBLE_EQ(db.Query->Fields()[0]->AsDateTime(), EncodeDateTime(1899, 12, 29, 6, 0, 0, 123));
-        }
     }
     EXPECT_EQ(read, (Lines{"2024-02-29 23:59:59.005", "1899-12-29 06:00:00.123", "0001-01-01 00:00:00.999"}));
 }
@@ -80,75 +57,6 @@ TEST(CursorFaultTypes, ImpossibleDatesRaiseTheEncodeErrors) {
         FaultDatabase db(std::string("result:d/9|") + row);
         EXPECT_EQ(ErrorOf([&] { db.Query->Open(); }), "Invalid argument to date encode") << row;
     }
-}
-
-TEST(CursorFaultFetching, FirstAndLastStandOnTheirCracks) {
-    FaultDatabase db("result:id/4|rows:5");
-    db.Query->Open();
-    db.Fault.ClearLog();
-    db.Query->Last();
-    EXPECT_EQ(Fetches(db.Fault), (Lines{"3 0", "1 0", "4 0"}));
-    EXPECT_EQ(db.Query->FOrigin, -1);
-    EXPECT_EQ(db.Query->FCurrentRow, 0);
-    db.Fault.ClearLog();
-    db.Query->First();
-    EXPECT_EQ(Fetches(db.Fault), (Lines{"2 0", "4 0", "1 0"}));
-    EXPECT_EQ(db.Query->FOrigin, 1);
-    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 1);
-}
-
-TEST(CursorFaultFetching, BookmarkOfAVanishedRowFallsBackToTheOtherEnd) {
-    FaultDatabase db("result:id/4|rows:5");
-    db.Query->Open();
-    db.Fault.ClearLog();
-    const TODBCBookmark far{1, 9};
-    db.Query->GotoBookmark(TBookmark(&far, sizeof far));
-    const Lines fetches = Fetches(db.Fault);
-    ASSERT_GE(fetches.size(), 3u);
-    EXPECT_EQ(Lines(fetches.begin(), fetches.begin() + 3), (Lines{"2 0", "6 9", "3 0"}));
-    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 5);
-    EXPECT_EQ(db.Query->BookmarkPair(), std::make_pair(-1, 0));
-
-    const TODBCBookmark early{-1, -7};
-    db.Query->GotoBookmark(TBookmark(&early, sizeof early));
-    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 1);
-    EXPECT_EQ(db.Query->BookmarkPair(), std::make_pair(1, 0));
-}
-
-TEST(CursorFaultFetching, ProbingCountDoublesThenHalves) {
-    struct Case {
-        int Rows;
-        Lines Probes;
-    };
-    for (const Case& c :
-         {Case{0, {"5 100", "5 50", "5 25", "5 12", "5 6", "5 3", "5 1"}},
-          Case{100, {"5 100", "5 200", "5 150", "5 125", "5 112", "5 106", "5 103", "5 101"}},
-          Case{250,
-               {"5 100", "5 200", "5 400", "5 300", "5 250", "5 275", "5 262", "5 256", "5 253", "5 251"}}}) {
-        SCOPED_TRACE(c.Rows);
-        FaultDatabase db("result:id/4|rows:" + std::to_string(c.Rows));
-        db.Query->Open();
-        db.Fault.ClearLog();
-        EXPECT_EQ(db.Query->GetRecordCountExt(), c.Rows);
-        Lines fetches = Fetches(db.Fault);
-        ASSERT_GE(fetches.size(), c.Probes.size());
-        EXPECT_EQ(Lines(fetches.begin(), fetches.begin() + static_cast<long>(c.Probes.size())), c.Probes);
-        // Back where it stood: the first row, numbered from the first.
-        EXPECT_EQ(fetches.back(), c.Rows > 0 ? "5 1" : "5 4096");
-        EXPECT_EQ(db.Query->RecordCount(), c.Rows);
-    }
-}
-
-TEST(CursorFaultFetching, CountFromTheEndLeavesTheLastRowBehindItsCrack) {
-    FaultDatabase db("result:id/4|rows:4");
-    db.Query->Open();
-    db.Query->Last();
-    db.Fault.ClearLog();
-    EXPECT_EQ(db.Query->RecordCount(), 4);
-    EXPECT_EQ(Fetches(db.Fault).back(), "3 0");
-    EXPECT_EQ(db.Query->FCrack, 1);
-    db.Query->Prior();
-    EXPECT_EQ(db.Query->Fields()[0]->AsInteger(), 3);
 }
 
 TEST(CursorFaultFetching, RowsetsSmallerThanAskedAreReadWhereTheDriverWroteThem) {
@@ -167,7 +75,7 @@ TEST(CursorFaultFetching, RowsetsSmallerThanAskedAreReadWhereTheDriverWroteThem)
     }
     EXPECT_TRUE(testing::SameRows(testing::ReadToEnd(*db.Query), expected));
     // Three rowsets (7, 7, 6) and the empty one after them.
-    EXPECT_EQ(Fetches(db.Fault), (Lines{"1 0", "1 0", "1 0", "1 0"}));
+    EXPECT_EQ(db.Fault.Calls("SQLExtendedFetch"), Lines(4, "SQLExtendedFetch 1 0"));
     EXPECT_EQ(db.Fault.Count("SQLFetch"), 0);
 }
 

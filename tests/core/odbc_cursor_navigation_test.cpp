@@ -6,6 +6,7 @@
 #include "quorda/odbc/odbc_error.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace quorda {
 namespace {
@@ -30,46 +31,23 @@ std::vector<int> WindowIds(TDataLink& Link, TDataSet& DataSet) {
     return ids;
 }
 
-// The ids from the current row to the end (Forward) or to the start.
-std::vector<int> Walk(TDataSet& DataSet, bool Forward = true) {
+// The ids from the current row to the end.
+std::vector<int> Walk(TDataSet& DataSet) {
     std::vector<int> ids;
-    while (!(Forward ? DataSet.Eof() : DataSet.Bof())) {
+    for (; !DataSet.Eof(); DataSet.Next()) {
         ids.push_back(Id(DataSet));
-        Forward ? DataSet.Next() : DataSet.Prior();
     }
     return ids;
 }
 
-// First..Last, counting down when Last is smaller.
+// First..Last.
 std::vector<int> Range(int First, int Last) {
-    std::vector<int> ids;
-    for (int i = First; i != Last; i += First < Last ? 1 : -1) {
-        ids.push_back(i);
-    }
-    ids.push_back(Last);
+    std::vector<int> ids(static_cast<std::size_t>(Last - First + 1));
+    std::iota(ids.begin(), ids.end(), First);
     return ids;
 }
 
 class CursorNavigation : public CursorTest {};
-
-TEST_P(CursorNavigation, StepsForwardAndBackAcrossBothEnds) {
-    TODBCQuery& query = Opened("select id, name from " + NumberTable("nav_steps", 5) + " order by id");
-    EXPECT_TRUE(query.Bof());
-    EXPECT_EQ(Walk(query), Range(1, 5));
-    EXPECT_EQ(Id(query), 5);
-    EXPECT_EQ(Walk(query, false), Range(5, 1));
-    query.Last();
-    EXPECT_EQ(Id(query), 5);
-    EXPECT_TRUE(query.Eof());
-    query.Prior();
-    EXPECT_EQ(Id(query), 4);
-    query.First();
-    EXPECT_EQ(Id(query), 1);
-    EXPECT_TRUE(query.Bof());
-    query.Next();
-    EXPECT_EQ(query.FieldByName("name")->AsString(), "row2");
-    EXPECT_EQ(query.RecNo(), -1);
-}
 
 TEST_P(CursorNavigation, MoveByCrossesTheRingOfADataLink) {
     TODBCQuery& query = Query("select id from " + NumberTable("nav_ring", 100) + " order by id");
@@ -91,6 +69,8 @@ TEST_P(CursorNavigation, MoveByCrossesTheRingOfADataLink) {
     EXPECT_EQ(Id(query), 100);
     query.First();
     EXPECT_EQ(WindowIds(ring.Link, query), Range(1, 20));
+    EXPECT_EQ(query.MoveBy(-5), 0);
+    EXPECT_TRUE(query.Bof());
 }
 
 TEST_P(CursorNavigation, BookmarksNumberedFromEitherEndSurviveARefresh) {
@@ -129,20 +109,26 @@ TEST_P(CursorNavigation, BookmarksToRowsDeletedByAnotherConnection) {
     const TBookmark fifth = query.GetBookmark();
     query.MoveBy(5);
     const TBookmark tenth = query.GetBookmark();
+    query.Last();
+    query.MoveBy(-8);
+    const TBookmark second = query.GetBookmark(); // numbered from the end
+    EXPECT_EQ(query.BookmarkPair(), std::make_pair(-1, -8));
     query.First();
     Raw->Exec("delete from " + table + " where id = 5 or id > 7");
     // Without a refresh the cursor still holds the rows it was opened on: a static cursor is a
     // snapshot, a keyset keeps the deleted row's last values.
     query.GotoBookmark(fifth);
     EXPECT_EQ(Id(query), 5);
-    // Re-executed, the fifth row is the old sixth, and a bookmark past the end of the shorter result
-    // lands on its last row.
+    // Re-executed, the fifth row is the old sixth, and a bookmark past either end of the shorter
+    // result lands on the row at that end.
     query.Refresh();
     query.GotoBookmark(fifth);
     EXPECT_EQ(Id(query), 6);
     query.GotoBookmark(tenth);
     EXPECT_EQ(Id(query), 7);
     EXPECT_EQ(query.BookmarkPair(), std::make_pair(-1, 0));
+    query.GotoBookmark(second); // psqlODBC itself places a fetch before the start on the first row
+    EXPECT_EQ(Id(query), 1);
 }
 
 TEST_P(CursorNavigation, RecordCountsByStepsAndByProbes) {
@@ -240,12 +226,11 @@ TEST_P(CursorNavigation, LocateWithAndWithoutItsOptions) {
         bool Found;
         int Id; // where the cursor stands afterwards: a failed locate leaves it where it was
     };
+    // The matching rules themselves are the framework's (LocateTest); here they reach the cursor.
     const Case cases[] = {
-        {"name", Variant("björk"), {}, true, 4},
-        {"name", Variant("BJÖRK"), {}, false, 4},
+        {"name", Variant("BJÖRK"), {}, false, 1},
         {"name", Variant("BJÖRK"), {loCaseInsensitive}, true, 4},
         {"name", Variant("an"), {loCaseInsensitive, loPartialKey}, true, 1},
-        {"name", Variant("an"), {loPartialKey}, true, 2},
         {"name;city", VarArrayOf({Variant("Björn"), Variant("Oslo")}), {}, true, 3},
         {"name;city", VarArrayOf({Variant("Björn"), Variant("Bergen")}), {}, false, 3},
     };

@@ -63,15 +63,14 @@ TEST(ODBCParams, LookupByName) {
     EXPECT_TRUE(id->IsEqual(second));
 }
 
+// The type each setter chooses is pinned by the stored layouts (ODBCParamsData); here the variant kinds
+// behind them, which decide equality, and the setters with rules of their own.
 TEST(ODBCParams, SettersChooseTypeAndKeepTheirValue) {
     TODBCParams params;
     auto* p = params.CreateParam(ftUnknown, "p");
     EXPECT_FALSE(p->Bound());
-
-    // Setters that go through another one set their own type last, without losing the value.
     p->SetAsSmallInt(-7);
     EXPECT_HOLDS(p, ftSmallint, varInteger);
-    EXPECT_EQ(p->AsInteger(), -7);
     EXPECT_TRUE(p->Bound());
     p->SetAsCurrency(12.5);
     EXPECT_HOLDS(p, ftCurrency, varDouble);
@@ -79,10 +78,6 @@ TEST(ODBCParams, SettersChooseTypeAndKeepTheirValue) {
     EXPECT_HOLDS(p, ftTime, varDate);
     p->SetAsBCD(Currency::FromRaw(123456789));
     EXPECT_HOLDS(p, ftBCD, varCurrency);
-    const char bytes[] = {'a', '\0', 'b'};
-    p->SetBlobData(bytes, sizeof bytes);
-    EXPECT_HOLDS(p, ftBlob, varString);
-    EXPECT_EQ(p->AsString(), std::string(bytes, 3));
 
     // SetAsString keeps a memo a memo and turns anything else into a string.
     p->SetAsMemo("long text");
@@ -101,7 +96,6 @@ TEST(ODBCParams, SettersChooseTypeAndKeepTheirValue) {
     p->Clear();
     p->SetDataType(ftDate);
     EXPECT_TRUE(p->IsNull());
-    EXPECT_TRUE(p->Bound());
 }
 
 TEST(ODBCParams, AsStringByTypeAndNullState) {

@@ -248,21 +248,6 @@ TEST(ODBCParamsData, WrittenOnlyWhenItCarriesSomething) {
     // An ancestor of another kind compares like an empty collection.
     EXPECT_TRUE(Declares(one, same[0]));
     EXPECT_FALSE(Declares(empty, same[0]));
-
-    // Through the writer: an empty collection over an ancestor with parameters writes version 1,
-    // count 0; a full one reads back through the reader.
-    TStringStream stream;
-    TWriter writer(stream);
-    writer.SetAncestor(&one);
-    writer.WriteProperties(&empty);
-    EXPECT_EQ(stream.DataString(), Bytes({4, 'D', 'a', 't', 'a', vaBinary, 4, 0, 0, 0, 1, 0, 0, 0, vaNull}));
-
-    TStringStream full;
-    TWriter(full).WriteProperties(&one);
-    full.SetPosition(0);
-    TODBCParams back;
-    TReader(full).ReadProperties(&back);
-    EXPECT_TRUE(back.IsEqual(&one));
 }
 
 } // namespace

@@ -126,10 +126,11 @@ TEST(FieldTypeMap, ParameterTypesOutsideTheTableRaiseAPlainException) {
 
 TEST(QueryText, ParametersAreRebuiltAndValuesFollowTheirNames) {
     TestQuery query(nullptr);
-    query.SQL().SetText("select * from t where a = :a and b = :b");
-    ASSERT_EQ(query.GetParamsCount(), 2);
+    query.SQL().SetText("select * from t where a = :a and b = :b and b3 = :b");
+    ASSERT_EQ(query.GetParamsCount(), 3);
     query.ParamByName("a")->SetAsInteger(1);
     query.ParamByName("b")->SetAsString("bee");
+    query.Params().Items(2)->SetAsInteger(3); // a second namesake is never used
     TODBCParam* oldB = query.ParamByName("b");
 
     query.Events.clear();

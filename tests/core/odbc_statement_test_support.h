@@ -47,13 +47,8 @@ std::optional<E> Raised(Action&& action) {
 // The message of the EDatabaseError (or descendant) that Action raises; a failure when it raises none.
 template <typename Action>
 std::string DatabaseErrorOf(Action&& action) {
-    try {
-        std::forward<Action>(action)();
-    } catch (const EDatabaseError& e) {
-        return e.Message();
-    }
-    ADD_FAILURE() << "no EDatabaseError raised";
-    return {};
+    const auto e = Raised<EDatabaseError>(std::forward<Action>(action));
+    return e ? e->Message() : std::string();
 }
 
 // Exposes the framework's protected operations of a query to the tests, and records data events.

@@ -1,4 +1,3 @@
-#include "quorda/core/odbc_params.h"
 #include "quorda/core/param_markers.h"
 
 #include <gtest/gtest.h>
@@ -26,7 +25,7 @@ void ExpectScans(const std::vector<Case>& cases) {
     }
 }
 
-TEST(ParamMarkers, DocumentedExamples) {
+TEST(ParamMarkers, NamesAndQuotes) {
     ExpectScans({
         {"select * from t where a = :a and b = :b", "select * from t where a = ? and b = ?", {"a", "b"}},
         {"where a=:a+1", "where a=?", {"a+1"}},
@@ -35,11 +34,6 @@ TEST(ParamMarkers, DocumentedExamples) {
         {"select '::', a::b", "select '::', a:b", {}},
         {":\"my name\"", "?", {"my name"}},
         {"select :id, :id from t where k = :id", "select ?, ? from t where k = ?", {"id", "id", "id"}},
-    });
-}
-
-TEST(ParamMarkers, NamesAndQuotes) {
-    ExpectScans({
         // Exactly LF, CR, blank, ")", "," and ";" end a name; tabs, "=", "(", "-", "." and "?" do not.
         {"(:a)\n:b\r\n:c,:d;:e :f", "(?)\n?\r\n?,?;? ?", {"a", "b", "c", "d", "e", "f"}},
         {"x=:p.q-r=(s?\tt u", "x=? u", {"p.q-r=(s?\tt"}},
@@ -129,34 +123,6 @@ TEST(ParamMarkers, ThrowingHandlerLeavesTheMarkerInPlace) {
     };
     EXPECT_THROW(ScanParamMarkers(text, failSecond), std::runtime_error);
     EXPECT_EQ(text, "a = ? and b = :b");
-}
-
-// What a dataset does when its SQL text changes (QueryText pins the name rules through the dataset):
-// a fresh collection inherits each value from the first namesake, a null as a null of its type.
-TEST(ParamMarkers, ValuesSurviveATextChangeByName) {
-    TODBCParams old;
-    std::string text = "where id = :id and name = :name";
-    CreateParams(&old, text);
-    EXPECT_EQ(text, "where id = ? and name = ?");
-    old.ParamByName("id")->SetAsInteger(5);
-    old.ParamByName("name")->SetAsString("x");
-    old.ParamByName("name")->Clear();
-    old.CreateParam(ftFloat, "id")->SetAsFloat(9.5); // a second namesake is never used
-
-    TODBCParams fresh;
-    text = "where name = :name and id = :id";
-    CreateParams(&fresh, text);
-    fresh.AssignValues(&old);
-    ASSERT_EQ(fresh.Count(), 2);
-    EXPECT_TRUE(fresh[0]->IsNull() && fresh[0]->Bound());
-    EXPECT_EQ(fresh[0]->DataType(), ftString);
-    EXPECT_EQ(fresh[1]->DataType(), ftInteger);
-    EXPECT_EQ(fresh[1]->AsInteger(), 5);
-
-    // Without a collection only the text changes.
-    text = "select :x";
-    CreateParams(nullptr, text);
-    EXPECT_EQ(text, "select ?");
 }
 
 } // namespace
