@@ -266,17 +266,13 @@ TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool 
 
 void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
     std::memcpy(Buffer + kRecordRowNumberOffset, &FCurrentRow, sizeof FCurrentRow);
-    const bool block = BlockMode();
-    const auto row = static_cast<std::size_t>(block ? FRowsetIndex : 0);
+    // Row 0 of a single-row binding is its only one.
+    const auto row = static_cast<std::size_t>(BlockMode() ? FRowsetIndex : 0);
     const bool trimRight = FODBCDatabase != nullptr && FODBCDatabase->StringTrimRight();
     for (const auto& owned : FFieldValues) {
         const TFieldValueItem& item = *owned;
-        const std::byte* data = item.Data.data();
-        SQLLEN indicator = item.Length;
-        if (block) {
-            data += row * item.RowStride;
-            indicator = item.Indicators[row];
-        }
+        const std::byte* data = item.Data.data() + row * item.RowStride;
+        const SQLLEN indicator = item.IndicatorCells[row];
         std::byte* slot = Buffer + item.RecordOffset + 1;
         if (indicator == SQL_NULL_DATA) {
             std::memset(slot - 1, 0, 1 + item.DataSize);
