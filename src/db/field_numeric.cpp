@@ -27,10 +27,6 @@ bool ReadInPlace(const TField& Field, T& Value, bool& HasValue) {
     return true;
 }
 
-} // namespace
-
-namespace {
-
 // Round half to even, the classic Round of floating-point values.
 double RoundEven(double Value) {
     return std::nearbyint(Value);
