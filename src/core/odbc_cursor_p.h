@@ -54,15 +54,6 @@ inline std::size_t FixedCTypeSize(SQLSMALLINT CType) {
     }
 }
 
-// TTimeStamp::Date of a date (0001-01-01 is day 1). Raises the date-encode error for a date that does
-// not exist, as encoding it would.
-std::int32_t TimeStampDate(int Year, int Month, int Day);
-// Milliseconds since midnight. Raises the time-encode error for an impossible time.
-std::int32_t TimeStampTime(int Hour, int Minute, int Second, int MSec);
-// Milliseconds of a time-stamp fraction (nanoseconds): the decimal digits padded on the left to
-// nine and the first three taken, so 5000000 gives 5 and 123456789 gives 123.
-int FractionMilliseconds(SQLUINTEGER Fraction);
-
 // How a read of Field copies Item's slot: Count value bytes, then Clear zero bytes.
 void FieldReadSizes(const TField& Field, const TFieldValueItem& Item, std::size_t& Count, std::size_t& Clear);
 

@@ -29,12 +29,13 @@ namespace {
 // The day number (TTimeStamp::Date) of 1970-01-01, where std::chrono::sys_days counts from.
 constexpr std::int32_t kSysDaysDayNumber = DateDelta + 25569;
 
-} // namespace
+// The conversions below run for every date and time stamp fetched; their checks are cheap enough to
+// sit inline in the per-row copy, and only an impossible value calls into the rtl for its error.
 
-std::int32_t TimeStampDate(int Year, int Month, int Day) {
-    // A date that plainly exists is counted here, on the civil calendar, for every date and time
-    // stamp fetched; the month's length is looked up only past its 28th. Anything else goes through
-    // the rtl's calendar, which raises its encode error for a date that does not exist.
+// TTimeStamp::Date of a date (0001-01-01 is day 1). Raises the date-encode error for a date that does
+// not exist, as encoding it would. A plain date is counted on the civil calendar; the month's length is
+// looked up only past its 28th.
+inline std::int32_t TimeStampDate(int Year, int Month, int Day) {
     if (Year >= 1 && Year <= 9999 && Month >= 1 && Month <= 12 && Day >= 1 &&
         (Day <= 28 || Day <= DaysInAMonth(Year, Month))) {
         const std::chrono::sys_days date{std::chrono::year(Year) / static_cast<unsigned>(Month) /
@@ -44,7 +45,8 @@ std::int32_t TimeStampDate(int Year, int Month, int Day) {
     return static_cast<std::int32_t>(EncodeDate(Year, Month, Day)) + DateDelta;
 }
 
-std::int32_t TimeStampTime(int Hour, int Minute, int Second, int MSec) {
+// Milliseconds since midnight. Raises the time-encode error for an impossible time.
+inline std::int32_t TimeStampTime(int Hour, int Minute, int Second, int MSec) {
     if (Hour < 0 || Hour > 23 || Minute < 0 || Minute > 59 || Second < 0 || Second > 59 || MSec < 0 ||
         MSec > 999) {
         EncodeTime(Hour, Minute, Second, MSec);
@@ -52,15 +54,19 @@ std::int32_t TimeStampTime(int Hour, int Minute, int Second, int MSec) {
     return ((Hour * 60 + Minute) * 60 + Second) * 1000 + MSec;
 }
 
-int FractionMilliseconds(SQLUINTEGER Fraction) {
-    // Below 10^9 the padded text has nine digits and its first three are Fraction / 10^6. A larger
-    // value (beyond what a driver may send) has more digits: its first three are still the answer.
+// Milliseconds of a time-stamp fraction (nanoseconds): the decimal digits padded on the left to nine
+// and the first three taken, so 5000000 gives 5 and 123456789 gives 123. Below 10^9 that is
+// Fraction / 10^6; a larger value (beyond what a driver may send) has more digits, and its first three
+// are still the answer.
+inline int FractionMilliseconds(SQLUINTEGER Fraction) {
     SQLUINTEGER divisor = 1000000;
     while (Fraction / divisor >= 1000) {
         divisor *= 10;
     }
     return static_cast<int>(Fraction / divisor);
 }
+
+} // namespace
 
 void FieldReadSizes(const TField& Field, const TFieldValueItem& Item, std::size_t& Count,
                     std::size_t& Clear) {
@@ -151,8 +157,9 @@ SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
     if (BlockMode() && FEngine->RowStatus.size() >= static_cast<std::size_t>(FRowSetSize)) {
         status = FEngine->RowStatus.data();
     }
-    return CheckCall(SQLExtendedFetch(FEngine->Stmt.Get(), Orientation, Offset, &fetched, status),
-                     "SQLExtendedFetch");
+    const SQLRETURN ret = SQLExtendedFetch(FEngine->Stmt.Get(), Orientation, Offset, &fetched, status);
+    // Runs for every row of a scrollable cursor: a plain success needs no diagnostics or trace.
+    return ret == SQL_SUCCESS && !ODBCTraceEnabled() ? ret : CheckCall(ret, "SQLExtendedFetch");
 }
 
 void TODBCDataSet::InternalFirst() {
@@ -195,7 +202,10 @@ TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientatio
         ret = ExtendedFetch(Orientation, 0);
     } else {
         // Forward-only: a step back moves forward as well.
-        ret = CheckCall(SQLFetch(FEngine->Stmt.Get()), "SQLFetch");
+        ret = SQLFetch(FEngine->Stmt.Get());
+        if (ret != SQL_SUCCESS || ODBCTraceEnabled()) {
+            CheckCall(ret, "SQLFetch");
+        }
     }
     if (ret == SQL_NO_DATA_FOUND) {
         if (Orientation != SQL_FETCH_NEXT) {
@@ -256,17 +266,13 @@ TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool 
 
 void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
     std::memcpy(Buffer + kRecordRowNumberOffset, &FCurrentRow, sizeof FCurrentRow);
-    const bool block = BlockMode();
-    const auto row = static_cast<std::size_t>(block ? FRowsetIndex : 0);
+    // Row 0 of a single-row binding is its only one.
+    const auto row = static_cast<std::size_t>(BlockMode() ? FRowsetIndex : 0);
     const bool trimRight = FODBCDatabase != nullptr && FODBCDatabase->StringTrimRight();
     for (const auto& owned : FFieldValues) {
         const TFieldValueItem& item = *owned;
-        const std::byte* data = item.Data.data();
-        SQLLEN indicator = item.Length;
-        if (block) {
-            data += row * item.RowStride;
-            indicator = item.Indicators[row];
-        }
+        const std::byte* data = item.Data.data() + row * item.RowStride;
+        const SQLLEN indicator = item.IndicatorCells[row];
         std::byte* slot = Buffer + item.RecordOffset + 1;
         if (indicator == SQL_NULL_DATA) {
             std::memset(slot - 1, 0, 1 + item.DataSize);

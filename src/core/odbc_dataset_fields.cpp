@@ -189,6 +189,7 @@ void TODBCDataSet::InternalInitFieldDefs() {
             item.Indicators.assign(rows, 0);
             indicator = item.Indicators.data();
         }
+        item.IndicatorCells = indicator;
         recordOffset += 1 + item.DataSize;
         FFieldValues.push_back(std::move(owned));
         CheckCall(SQLBindCol(FEngine->Stmt.Get(), column, cType, item.Data.data(), bindLength, indicator),

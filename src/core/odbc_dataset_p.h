@@ -66,6 +66,8 @@ struct TFieldValueItem {
     std::int32_t Value1 = 0;
     std::int32_t Value2 = 0;
     std::vector<SQLLEN> Indicators;
+    // The indicator cells bound for the column: &Length in single-row mode, Indicators in block mode.
+    const SQLLEN* IndicatorCells = nullptr;
 
     // Precomputed once at bind time so the per-row copy does not walk the definitions.
     SQLSMALLINT CType = 0;

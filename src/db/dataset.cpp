@@ -263,6 +263,14 @@ void TDataSet::InternalPost() {
 // ---- data events
 
 void TDataSet::DataEvent(TDataEvent Event, std::intptr_t Info) {
+    // Every step of the cursor sends two events; with no data source attached they have nothing to do.
+    if (FDataSources.empty() && Event != deFieldChange && Event != deLayoutChange) {
+        return;
+    }
+    HandleDataEvent(Event, Info);
+}
+
+void TDataSet::HandleDataEvent(TDataEvent Event, std::intptr_t Info) {
     switch (Event) {
     case deFieldChange: {
         auto* field = reinterpret_cast<TField*>(Info);

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 namespace quorda {
 
@@ -107,11 +108,21 @@ void TDataSet::RecalcBufListSize() {
     CheckRing();
 }
 
+// A ring of one record plus the spare (forward-only cursors, datasets without links) shifts on every
+// fetch: two buffers only swap.
 void TDataSet::ShiftBuffersBackward() {
+    if (FBuffers.size() == 2) {
+        std::swap(FBuffers[0], FBuffers[1]);
+        return;
+    }
     std::rotate(FBuffers.begin(), FBuffers.begin() + 1, FBuffers.end());
 }
 
 void TDataSet::ShiftBuffersForward() {
+    if (FBuffers.size() == 2) {
+        std::swap(FBuffers[0], FBuffers[1]);
+        return;
+    }
     std::rotate(FBuffers.rbegin(), FBuffers.rbegin() + 1, FBuffers.rend());
 }
 

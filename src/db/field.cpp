@@ -456,6 +456,13 @@ TDateTimeRec DateTimeToDateTimeRec(TFieldType DataType, TDateTime Value) {
     return rec;
 }
 
+namespace {
+
+// Past the last day of the calendar (10000-01-01 counted from day 1), in milliseconds.
+constexpr double kRecordMSecsLimit = 3652060.0 * MSecsPerDay;
+
+} // namespace
+
 TDateTime DateTimeRecToDateTime(TFieldType DataType, const TDateTimeRec& Value) {
     TTimeStamp stamp;
     switch (DataType) {
@@ -467,9 +474,19 @@ TDateTime DateTimeRecToDateTime(TFieldType DataType, const TDateTimeRec& Value) 
         stamp.Date = DateDelta;
         stamp.Time = Value.Time;
         break;
-    default:
-        stamp = MSecsToTimeStamp(std::trunc(Value.DateTime));
+    default: {
+        // Every time stamp a record holds is whole milliseconds from day 1 on: split in integers and
+        // composed as TimeStampToDateTime(MSecsToTimeStamp(...)) would, without the two calls per read.
+        const double msecs = std::trunc(Value.DateTime);
+        if (msecs >= 0 && msecs < kRecordMSecsLimit) {
+            const auto total = static_cast<std::int64_t>(msecs);
+            const auto days = static_cast<double>(total / MSecsPerDay - DateDelta);
+            const double time = static_cast<double>(total % MSecsPerDay) / MSecsPerDay;
+            return days < 0 ? days - time : days + time;
+        }
+        stamp = MSecsToTimeStamp(msecs);
         break;
+    }
     }
     return TimeStampToDateTime(stamp);
 }

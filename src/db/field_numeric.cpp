@@ -11,6 +11,22 @@ namespace quorda {
 
 namespace {
 
+// Reads a value that the dataset keeps at its full width (sizeof T) in a slot of the record buffer,
+// in place: true with HasValue false for NULL. False when there is no such slot; the caller then
+// reads the general way.
+template <typename T>
+bool ReadInPlace(const TField& Field, T& Value, bool& HasValue) {
+    const TFieldDataView view = Field.DataView();
+    if (!detail::SlotOfSize(view, sizeof(T))) {
+        return false;
+    }
+    HasValue = view.Data != nullptr;
+    if (HasValue) {
+        Value = detail::LoadNative<T>(view.Data);
+    }
+    return true;
+}
+
 // Round half to even, the classic Round of floating-point values.
 double RoundEven(double Value) {
     return std::nearbyint(Value);
@@ -89,6 +105,10 @@ void TIntegerField::SetMaxValue(std::int32_t Value) {
 }
 
 bool TIntegerField::GetValue(std::int32_t& Value) const {
+    bool hasValue = false;
+    if (DataType() != ftSmallint && DataType() != ftWord && ReadInPlace(*this, Value, hasValue)) {
+        return hasValue;
+    }
     union {
         std::int32_t Int;
         std::int16_t Small;
@@ -216,6 +236,10 @@ TLargeintField::TLargeintField(TComponent* AOwner) : TNumericField(AOwner) {
 }
 
 bool TLargeintField::GetValue(std::int64_t& Value) const {
+    bool hasValue = false;
+    if (ReadInPlace(*this, Value, hasValue)) {
+        return hasValue;
+    }
     std::int64_t data = 0;
     if (!GetSlotData(&data)) {
         return false;
@@ -304,6 +328,10 @@ void TFloatField::SetCurrency(bool Value) {
 
 double TFloatField::GetAsFloat() const {
     double value = 0;
+    bool hasValue = false;
+    if (ReadInPlace(*this, value, hasValue)) {
+        return hasValue ? value : 0.0;
+    }
     return GetSlotData(&value) ? value : 0.0;
 }
 

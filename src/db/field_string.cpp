@@ -6,6 +6,7 @@
 #include <array>
 #include <cctype>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 namespace quorda {
@@ -24,6 +25,12 @@ std::size_t Utf8CutLength(const std::string& Text, std::size_t Limit) {
         --cut;
     }
     return cut;
+}
+
+// The text in a slot of the dataset's record buffer: zero-padded, read up to its zero.
+std::string_view SlotText(const TFieldDataView& View) {
+    const auto* text = reinterpret_cast<const char*>(View.Data);
+    return {text, strnlen(text, View.Size)};
 }
 
 } // namespace
@@ -54,8 +61,7 @@ bool TStringField::GetValue(std::string& Value) const {
             Value.clear();
             return false;
         }
-        const auto* text = reinterpret_cast<const char*>(view.Data);
-        Value.assign(text, strnlen(text, view.Size));
+        Value.assign(SlotText(view));
         return true;
     }
     const auto dataSize = static_cast<std::size_t>(DataSize());
@@ -77,6 +83,11 @@ bool TStringField::GetValue(std::string& Value) const {
 }
 
 std::string TStringField::GetAsString() const {
+    // A fresh string built from the slot at once: cheaper than assigning to an empty one.
+    const TFieldDataView view = DataView();
+    if (view.Direct) {
+        return view.Data == nullptr ? std::string() : std::string(SlotText(view));
+    }
     std::string value;
     GetValue(value);
     return value;

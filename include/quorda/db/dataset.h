@@ -341,6 +341,8 @@ private:
     friend class TFieldDefs;
     friend class TFields;
 
+    // DataEvent's work once it has something to do (see there).
+    void HandleDataEvent(TDataEvent Event, std::intptr_t Info);
     void Fire(const TDataSetNotifyEvent& Event) {
         if (Event) {
             Event(this);
