@@ -8,8 +8,11 @@
 #include "quorda/tools/text_transfer.h"
 #include "text_file_p.h"
 
+#include <charconv>
+#include <cstdint>
 #include <memory>
 #include <new>
+#include <optional>
 
 namespace quorda {
 
@@ -82,6 +85,21 @@ void SetLongValue(TODBCParam& Param, TFieldType Column, const std::string& Value
     }
 }
 
+// A bare token that is a whole number in the 32-bit range, for a column of a 32-bit or smaller integer
+// type.
+std::optional<std::int32_t> WholeNumberFor(TFieldType Column, const std::string& Token) {
+    if (Column != ftInteger && Column != ftSmallint && Column != ftWord && Column != ftAutoInc) {
+        return std::nullopt;
+    }
+    std::int32_t value = 0;
+    const char* end = Token.data() + Token.size();
+    const auto [stop, error] = std::from_chars(Token.data(), end, value);
+    if (error != std::errc() || stop != end) {
+        return std::nullopt;
+    }
+    return value;
+}
+
 // Token of the file into the parameter of a column of type Column.
 void AssignToken(TODBCParam& Param, TFieldType Column, const std::string& Token) {
     const bool longColumn = Column == ftBlob || Column == ftMemo;
@@ -106,6 +124,10 @@ void AssignToken(TODBCParam& Param, TFieldType Column, const std::string& Token)
     } else if (Column == ftLargeint) {
         // 64-bit keys must not pass through a double.
         Param.SetAsLargeInt(StrToInt64(Token));
+    } else if (const auto whole = WholeNumberFor(Column, Token)) {
+        // The same value as the double, but a server compares an integer key with an integer by its
+        // index: against a double, every existence check would scan the whole table.
+        Param.SetAsInteger(*whole);
     } else {
         Param.SetAsFloat(StrToFloat(Token));
     }
