@@ -66,6 +66,11 @@ inline int FractionMilliseconds(SQLUINTEGER Fraction) {
     return static_cast<int>(Fraction / divisor);
 }
 
+// Asked for every fetched row: a plain success needs neither diagnostics nor a trace line.
+inline bool PlainSuccess(SQLRETURN Ret) {
+    return Ret == SQL_SUCCESS && !ODBCTraceEnabled();
+}
+
 } // namespace
 
 void FieldReadSizes(const TField& Field, const TFieldValueItem& Item, std::size_t& Count,
@@ -158,8 +163,7 @@ SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
         status = FEngine->RowStatus.data();
     }
     const SQLRETURN ret = SQLExtendedFetch(FEngine->Stmt.Get(), Orientation, Offset, &fetched, status);
-    // Runs for every row of a scrollable cursor: a plain success needs no diagnostics or trace.
-    return ret == SQL_SUCCESS && !ODBCTraceEnabled() ? ret : CheckCall(ret, "SQLExtendedFetch");
+    return PlainSuccess(ret) ? ret : CheckCall(ret, "SQLExtendedFetch");
 }
 
 void TODBCDataSet::InternalFirst() {
@@ -203,9 +207,7 @@ TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientatio
     } else {
         // Forward-only: a step back moves forward as well.
         ret = SQLFetch(FEngine->Stmt.Get());
-        if (ret != SQL_SUCCESS || ODBCTraceEnabled()) {
-            CheckCall(ret, "SQLFetch");
-        }
+        ret = PlainSuccess(ret) ? ret : CheckCall(ret, "SQLFetch");
     }
     if (ret == SQL_NO_DATA_FOUND) {
         if (Orientation != SQL_FETCH_NEXT) {

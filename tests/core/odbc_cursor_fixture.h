@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <quorda_test/environment.h>
+#include <quorda_test/error_of.h>
 #include <quorda_test/fault_driver.h>
 #include <quorda_test/profiles.h>
 #include <quorda_test/raw_odbc.h>
@@ -166,16 +167,6 @@ inline std::string Hex(const std::string& Bytes) {
         text += {kDigits[c >> 4], kDigits[c & 15]};
     }
     return text;
-}
-
-// The message of the error Action raises, or "<no error>".
-inline std::string ErrorOf(const std::function<void()>& Action) {
-    try {
-        Action();
-    } catch (const Exception& e) {
-        return e.Message();
-    }
-    return "<no error>";
 }
 
 // The value of a field as exact text: integers in decimal, doubles with 17 significant digits,

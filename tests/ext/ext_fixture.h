@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <quorda_test/environment.h>
+#include <quorda_test/error_of.h>
 #include <quorda_test/profiles.h>
 #include <quorda_test/raw_odbc.h>
 #include <string>
@@ -84,15 +85,5 @@ protected:
     std::vector<std::unique_ptr<TODBCQuery>> Writers;
     int Calls = 0;
 };
-
-// The message of the error Action raises, or "<no error>".
-inline std::string ErrorOf(const std::function<void()>& Action) {
-    try {
-        Action();
-    } catch (const Exception& e) {
-        return e.Message();
-    }
-    return "<no error>";
-}
 
 } // namespace quorda::testing
