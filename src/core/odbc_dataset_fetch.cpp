@@ -59,6 +59,9 @@ inline std::int32_t TimeStampTime(int Hour, int Minute, int Second, int MSec) {
 // Fraction / 10^6; a larger value (beyond what a driver may send) has more digits, and its first three
 // are still the answer.
 inline int FractionMilliseconds(SQLUINTEGER Fraction) {
+    if (Fraction < 1000000000) {
+        return static_cast<int>(Fraction / 1000000);
+    }
     SQLUINTEGER divisor = 1000000;
     while (Fraction / divisor >= 1000) {
         divisor *= 10;
@@ -297,8 +300,10 @@ void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
                     --length;
                 }
             }
+            // Readers stop at the first zero, so one zero ends the value; the bytes after it may be
+            // another row's.
             std::memcpy(slot, text, length);
-            std::memset(slot + length, 0, item.DataSize - length);
+            slot[length] = std::byte{0};
             break;
         }
         case ftDate: {

@@ -172,17 +172,7 @@ void TField::Change() {
 
 // ---- value access
 
-TFieldDataView TField::DataView() const {
-    // Nearly every read happens while browsing: a slot the dataset declared is read in place. (The
-    // slot is forgotten whenever the field leaves its dataset or the dataset rebinds its fields.)
-    if (FSlotOffset >= 0 && !FValidating && FDataSet->State() == dsBrowse) {
-        const TRecordBuffer record = FDataSet->ActiveBuffer();
-        if (record == nullptr || FDataSet->IsEmpty()) {
-            return {nullptr, 0, true};
-        }
-        const std::byte* presence = record + FSlotOffset;
-        return {*presence == std::byte{'1'} ? presence + 1 : nullptr, FSlotSize, true};
-    }
+TFieldDataView TField::PeekDataView() const {
     // While OnValidate runs, the value being validated is not in the record: no view of it.
     if (!FDataSet || FValidating) {
         return {};

@@ -47,7 +47,7 @@ bool TFieldItem::CheckFind(TDataSet& DataSet, const std::string& FieldName) cons
         // Numbers match by whole value.
         RowText = Column.AsString();
         if (RowText.empty()) {
-            RowText = "0";
+            RowText.push_back('0');
         }
         break;
     default:

@@ -38,7 +38,7 @@ using TFilterRecordEvent = std::function<void(TDataSet* DataSet, bool& Accept)>;
 //
 // A descendant that overrides the record operations calls CloseForDestroy() in its own destructor:
 // by the time ~TDataSet runs, the descendant's overrides are gone.
-class QUORDA_API TDataSet : public TComponent {
+class QUORDA_API TDataSet : public TComponent, protected TDataSetBrowse {
 public:
     explicit TDataSet(TComponent* AOwner);
     ~TDataSet() override;
@@ -206,6 +206,7 @@ protected:
     void SetFieldSlot(TField* Field, std::ptrdiff_t Offset, std::size_t Size) {
         Field->FSlotOffset = Offset;
         Field->FSlotSize = Size;
+        Field->FBrowse = this;
     }
 
     // --- ring, for descendants
@@ -368,22 +369,16 @@ private:
     std::unique_ptr<TFieldDefs> FFieldDefs;
     std::unique_ptr<TFields> FFields;
     std::vector<TDataSource*> FDataSources;
-    // BufferCount + 1 buffers; empty while closed.
-    std::vector<TRecordBuffer> FBuffers;
     int FBufferCount = -1;
     int FRecordCount = 0;
-    int FActiveRecord = 0;
     int FCurrentRecord = -1;
     TRecordBuffer FCalcBuffer = nullptr;
     int FCalcFieldsSize = 0;
     int FBlobFieldCount = 0;
     int FBookmarkSize = 0;
     int FDisableControlsCount = 0;
-    TDataSetState FState = dsInactive;
     TDataSetState FDisableControlsState = dsInactive;
     TDataEvent FEnableControlsEvent = deDataSetChange;
-    bool FBOF = true;
-    bool FEOF = true;
     bool FModified = false;
     bool FFiltered = false;
     bool FDefaultFields = false;

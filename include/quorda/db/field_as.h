@@ -28,11 +28,20 @@ namespace quorda {
 template <typename T>
 struct TFieldAs;
 
+// The reads below are inline so that reading a slot costs a few loads; their fallbacks stay calls.
+#if defined(__GNUC__) || defined(__clang__)
+#define QUORDA_READ_FALLBACK __attribute__((noinline, cold))
+#define QUORDA_READ_INLINE __attribute__((always_inline))
+#else
+#define QUORDA_READ_FALLBACK
+#define QUORDA_READ_INLINE
+#endif
+
 namespace detail {
 
 template <typename T, T (TField::*Get)() const>
 struct TFieldAsAccessor {
-    static std::optional<T> Read(const TField& Field) {
+    QUORDA_READ_FALLBACK static std::optional<T> Read(const TField& Field) {
         if (Field.IsNull()) {
             return std::nullopt;
         }
@@ -67,7 +76,7 @@ inline bool SlotOfSize(const TFieldDataView& View, std::size_t Size) {
 // A value stored in the slot as Native, converted to T; the classic accessor Get when the dataset
 // keeps no slot or the field reads another width than Native's.
 template <typename T, typename Native, T (TField::*Get)() const>
-std::optional<T> ReadSlot(const TField& Field) {
+QUORDA_READ_INLINE inline std::optional<T> ReadSlot(const TField& Field) {
     const TFieldDataView view = Field.DataView();
     if (!SlotOfSize(view, sizeof(Native))) {
         return TFieldAsAccessor<T, Get>::Read(Field);
@@ -92,7 +101,7 @@ inline constexpr std::int64_t kEpochDayNumber = DateDelta + 25569;
 // the field is read this way again.
 template <>
 struct QUORDA_API TFieldAs<std::string_view> {
-    static std::optional<std::string_view> Read(const TField& Field) {
+    QUORDA_READ_INLINE static std::optional<std::string_view> Read(const TField& Field) {
         if (Field.DataType() == ftString || Field.DataType() == ftFixedChar) {
             const TFieldDataView view = Field.DataView();
             if (view.Direct) {
@@ -128,7 +137,7 @@ struct TFieldAs<std::string> {
 
 template <>
 struct TFieldAs<std::int32_t> {
-    static std::optional<std::int32_t> Read(const TField& Field) {
+    QUORDA_READ_INLINE static std::optional<std::int32_t> Read(const TField& Field) {
         using Int = std::int32_t;
         switch (Field.DataType()) {
         case ftInteger:
@@ -146,7 +155,7 @@ struct TFieldAs<std::int32_t> {
 
 template <>
 struct TFieldAs<std::int64_t> {
-    static std::optional<std::int64_t> Read(const TField& Field) {
+    QUORDA_READ_INLINE static std::optional<std::int64_t> Read(const TField& Field) {
         using Int = std::int64_t;
         switch (Field.DataType()) {
         case ftLargeint:
@@ -167,7 +176,7 @@ struct TFieldAs<std::int64_t> {
 // Also TDateTime, which is a double: a date or time field reads as its TDateTime.
 template <>
 struct TFieldAs<double> {
-    static std::optional<double> Read(const TField& Field) {
+    QUORDA_READ_INLINE static std::optional<double> Read(const TField& Field) {
         switch (Field.DataType()) {
         case ftFloat:
         case ftCurrency:
@@ -189,7 +198,7 @@ struct TFieldAs<double> {
 
 template <>
 struct TFieldAs<bool> {
-    static std::optional<bool> Read(const TField& Field) {
+    QUORDA_READ_INLINE static std::optional<bool> Read(const TField& Field) {
         const TFieldDataView view = Field.DataView();
         if (Field.DataType() == ftBoolean && detail::SlotOfSize(view, sizeof(std::int16_t))) {
             if (view.Data == nullptr) {
@@ -204,7 +213,7 @@ struct TFieldAs<bool> {
 // Dates and date-times to the millisecond, without the round trip through a TDateTime.
 template <>
 struct TFieldAs<TLocalMSecs> {
-    static std::optional<TLocalMSecs> Read(const TField& Field) {
+    QUORDA_READ_INLINE static std::optional<TLocalMSecs> Read(const TField& Field) {
         // A date-time slot holds whole milliseconds since 0001-01-01 (day number 1) as a double.
         const TFieldDataView view = Field.DataView();
         if (Field.DataType() == ftDateTime && detail::SlotOfSize(view, sizeof(double))) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <set>
+#include <vector>
 
 namespace quorda {
 
@@ -104,6 +105,26 @@ enum TUpdateAction : std::uint8_t { uaFail, uaAbort, uaSkip, uaRetry, uaApplied 
 
 // A raw record buffer laid out by the dataset that allocated it.
 using TRecordBuffer = std::byte*;
+
+class TDataSet;
+class TField;
+
+// The part of a dataset's state that says which record the fields read while browsing: its ring of
+// record buffers, the active one and the state. A field with a slot reads its value through it
+// inline (TField::DataView), without a call into the dataset.
+class TDataSetBrowse {
+protected:
+    // BufferCount + 1 buffers; empty while closed.
+    std::vector<TRecordBuffer> FBuffers;
+    int FActiveRecord = 0;
+    TDataSetState FState = dsInactive;
+    bool FBOF = true;
+    bool FEOF = true;
+
+private:
+    friend class TDataSet;
+    friend class TField;
+};
 
 enum TResyncModeItem : std::uint8_t { rmExact, rmCenter };
 using TResyncMode = std::set<TResyncModeItem>;
