@@ -70,7 +70,12 @@ void TODBCBlobStream::ReadBlobData() {
     if (!FDataSet->UniDirectional()) {
         FDataSet->InternalSetToRecord(FBuffer);
     }
-    if (!FDataSet->BlockMode() || FDataSet->FRowsFetched <= 1 || !ReadFromRowset(text)) {
+    const bool rowset = FDataSet->BlockMode() && FDataSet->FRowsFetched > 1;
+    if (rowset && ReadFromRowset(text)) {
+        // Taken from the bound rowset.
+    } else if (FDataSet->UniDirectional() && !rowset) {
+        ReadCurrentRowOnce(text);
+    } else {
         ReadWithGetData(text);
     }
     if (text && FDataSet->ODBCDatabase() != nullptr && FDataSet->ODBCDatabase()->StringTrimRight()) {
@@ -84,6 +89,29 @@ void TODBCBlobStream::ReadBlobData() {
         SetSize(static_cast<std::int64_t>(keep));
     }
     SetPosition(0);
+}
+
+void TODBCBlobStream::ReadCurrentRowOnce(bool Text) {
+    // A forward-only cursor cannot go back to a row, and the driver gives a column's data only once
+    // per row: the first read keeps it for the ones after it.
+    std::int32_t row = 0;
+    std::memcpy(&row, FBuffer + kRecordRowNumberOffset, sizeof row);
+    auto& blobs = FDataSet->FEngine->CurrentRowBlobs;
+    const auto column = static_cast<SQLUSMALLINT>(FField->Index() + 1);
+    if (blobs.Row != row) {
+        blobs.Values.clear();
+        blobs.Row = row;
+    }
+    if (const auto kept = blobs.Values.find(column); kept != blobs.Values.end()) {
+        WriteBuffer(kept->second.data(), static_cast<std::int64_t>(kept->second.size()));
+        return;
+    }
+    // Only the row the cursor stands on can still be read from the driver.
+    if (!FDataSet->FRowNumbered || row != FDataSet->FCurrentRow || FDataSet->FCrack != 0) {
+        DatabaseError(LoadStr(SODBCBlobRowLeft));
+    }
+    ReadWithGetData(Text);
+    blobs.Values.emplace(column, std::string(static_cast<const char*>(Memory()), static_cast<std::size_t>(Size())));
 }
 
 bool TODBCBlobStream::ReadFromRowset(bool Text) {

@@ -96,6 +96,7 @@ void TODBCDataSet::ResetNumbering(std::int32_t Origin, std::int32_t Crack) {
     FRowNumbered = false;
     FOrigin = Origin;
     FCrack = Crack;
+    FEngine->CurrentRowBlobs.Values.clear();
 }
 
 void TODBCDataSet::InternalOpen() {

@@ -11,9 +11,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace quorda {
@@ -116,6 +118,13 @@ struct TODBCDataSetEngine {
     std::mutex StmtLock;
     // Probed at the first batch; tests set it to force a path.
     std::optional<TDriverQuirks> Quirks;
+    // The memo and blob values read from the row a forward-only cursor stands on. The driver hands a
+    // column's data over once per row (SQLGetData), while a field may be read any number of times.
+    // Row says which numbered row they belong to; numbering anew forgets them.
+    struct TRowBlobs {
+        std::int32_t Row = -1;
+        std::map<SQLUSMALLINT, std::string> Values;
+    } CurrentRowBlobs;
 };
 
 // The engine of a dataset, for the engine's own sources and in-tree tests.

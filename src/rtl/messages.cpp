@@ -15,6 +15,8 @@ struct BuiltInMessage {
 
 constexpr std::array kBuiltIn{
     // The library's own messages, below the classic table.
+    BuiltInMessage{65497, "SODBCBlobRowLeft",
+                   "ODBC A forward-only cursor has left the row of this memo or blob value"},
     BuiltInMessage{65498, "SODBCNoStatement",
                    "ODBC There is no statement yet: prepare or open the dataset first"},
     BuiltInMessage{65499, "SODBCNoResultSet",

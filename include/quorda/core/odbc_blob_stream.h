@@ -37,6 +37,8 @@ protected:
     // A rowset row's value that fits its bound buffer, taken from there; false when it must be read
     // from the driver.
     bool ReadFromRowset(bool Text);
+    // Forward-only, one row at a time: the current row's value, read from the driver once.
+    void ReadCurrentRowOnce(bool Text);
     // The value of the current row read from the driver, whole.
     void ReadWithGetData(bool Text);
 

@@ -11,6 +11,7 @@ namespace quorda {
 // replace them at run time (SetMessageText).
 enum MessageId : int {
     // The library's own messages (refusals the classic table has no text for).
+    SODBCBlobRowLeft = 65497,
     SODBCNoStatement = 65498,
     SODBCNoResultSet = 65499,
     SODBCParamHoldsNul = 65500,
