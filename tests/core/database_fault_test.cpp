@@ -1,7 +1,10 @@
 #include "database_test_support.h"
 #include "odbc_statement_test_support.h"
+#include "quorda/core/odbc_connect.h"
+#include "quorda/core/odbc_transaction.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/application.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -125,6 +128,20 @@ TEST(FaultConnect, FailingConnectionOptionsRaiseWhereTheyHappen) {
     EXPECT_THROW(db->StartTransaction(), EODBCError);
     EXPECT_FALSE(db->InTransaction());
     db->Close();
+}
+
+// The guard's normal use is pinned on the real drivers (CommitAndRollbackDecideWhatASecondConnectionSees).
+TEST(FaultConnect, ARollbackFailingInTheGuardsDestructorGoesToTheApplication) {
+    FaultDriver fault("fail:SQLTransact@1|diag:SQLTransact:08S01/0/link lost");
+    auto db = ODBCConnect(fault.ConnectionString());
+    std::vector<std::string> shown;
+    const TExceptionHandler previous =
+        Application::SetExceptionHandler([&](const std::exception& e) { shown.push_back(e.what()); });
+    { TODBCTransaction transaction(*db); }
+    Application::SetExceptionHandler(previous);
+    ASSERT_EQ(shown.size(), 1u);
+    EXPECT_NE(shown[0].find("link lost"), std::string::npos) << shown[0];
+    EXPECT_TRUE(db->InTransaction()) << "still open, for Close to roll back";
 }
 
 TEST(FaultConnect, AFailingDisconnectKeepsTheConnectionAndItsHandle) {

@@ -169,13 +169,18 @@ inline std::string Hex(const std::string& Bytes) {
     return text;
 }
 
+inline std::string DoubleText(double Value) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.17g", Value);
+    return text;
+}
+
 // The value of a field as exact text: integers in decimal, doubles with 17 significant digits,
 // dates and times to the millisecond, binary data in hexadecimal; nullopt for NULL.
 inline std::optional<std::string> ValueText(TField* Field) {
     if (Field->IsNull()) {
         return std::nullopt;
     }
-    char text[64];
     switch (Field->DataType()) {
     case ftBoolean:
         return Field->AsBoolean() ? "1" : "0";
@@ -185,8 +190,7 @@ inline std::optional<std::string> ValueText(TField* Field) {
     case ftLargeint:
         return std::to_string(Field->AsLargeInt());
     case ftFloat:
-        std::snprintf(text, sizeof text, "%.17g", Field->AsFloat());
-        return std::string(text);
+        return DoubleText(Field->AsFloat());
     case ftDate:
         return FormatDateTime("yyyy-mm-dd", Field->AsDateTime());
     case ftTime:
@@ -202,14 +206,20 @@ inline std::optional<std::string> ValueText(TField* Field) {
 
 using RowTexts = std::vector<std::optional<std::string>>;
 
+// The current record, every field read by Reader.
+inline RowTexts CurrentRow(TDataSet& DataSet, std::optional<std::string> (*Reader)(TField*) = ValueText) {
+    RowTexts row;
+    for (int i = 0; i < DataSet.FieldCount(); ++i) {
+        row.push_back(Reader(DataSet.Fields()[i]));
+    }
+    return row;
+}
+
 // Every row from the current one to the end.
 inline std::vector<RowTexts> ReadToEnd(TDataSet& DataSet) {
     std::vector<RowTexts> rows;
     for (; !DataSet.Eof(); DataSet.Next()) {
-        rows.emplace_back();
-        for (int i = 0; i < DataSet.FieldCount(); ++i) {
-            rows.back().push_back(ValueText(DataSet.Fields()[i]));
-        }
+        rows.push_back(CurrentRow(DataSet));
     }
     return rows;
 }

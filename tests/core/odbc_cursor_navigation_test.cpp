@@ -1,6 +1,6 @@
 // Moving the cursor: both directions, the ring of a data link, row numbering from either end,
-// bookmarks (also across a refresh and to rows that are gone), record counts, filters and
-// forward-only reading.
+// bookmarks (also across a refresh and to rows that are gone), record counts and forward-only
+// reading.
 
 #include "odbc_cursor_fixture.h"
 #include "quorda/odbc/odbc_error.h"
@@ -164,21 +164,6 @@ TEST_P(CursorNavigation, RecordCountsByStepsAndByProbes) {
             EXPECT_EQ(Id(probed), rows);
         }
     }
-}
-
-TEST_P(CursorNavigation, FilterSkipsRowsInBothDirections) {
-    TODBCQuery& query = Query("select id from " + NumberTable("nav_filter", 10) + " order by id");
-    query.OnFilterRecord = [](TDataSet* DataSet, bool& Accept) { Accept = Id(*DataSet) % 3 == 0; };
-    query.SetFiltered(true);
-    query.Open();
-    EXPECT_EQ(Walk(query), (std::vector<int>{3, 6, 9}));
-    query.Prior();
-    EXPECT_EQ(Id(query), 6);
-
-    query.OnFilterRecord = [](TDataSet*, bool& Accept) { Accept = false; };
-    query.First();
-    EXPECT_TRUE(query.Eof());
-    EXPECT_TRUE(query.IsEmpty());
 }
 
 TEST_P(CursorNavigation, ForwardOnlyReadsEveryRowAndAStepBackMovesOn) {
