@@ -1,5 +1,4 @@
 #include "odbc_cursor_fixture.h"
-#include "odbc_statement_test_support.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/strings.h"
 

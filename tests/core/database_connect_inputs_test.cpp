@@ -1,7 +1,6 @@
 // Connection inputs the driver manager would misread are refused before it sees them; passwords
 // never show in what the library prints.
-#include "database_test_support.h"
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
 #include "quorda/core/connection_string.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/exception.h"

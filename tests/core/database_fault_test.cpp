@@ -1,5 +1,4 @@
-#include "database_test_support.h"
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
 #include "quorda/core/odbc_connect.h"
 #include "quorda/core/odbc_transaction.h"
 #include "quorda/core/session.h"

@@ -1,5 +1,5 @@
+#include "core_test_support.h"
 #include "database_fake_client.h"
-#include "odbc_statement_test_support.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/messages.h"

@@ -2,9 +2,7 @@
 // plain ODBC connection for setting up tables, and the text a field's value reads as.
 #pragma once
 
-#include "core/odbc_dataset_p.h"
-#include "quorda/core/odbc_database.h"
-#include "quorda/core/odbc_query.h"
+#include "core_test_support.h"
 #include "quorda/db/blob_field.h"
 #include "quorda/db/data_link.h"
 #include "quorda/db/data_source.h"
@@ -17,7 +15,6 @@
 #include <memory>
 #include <optional>
 #include <quorda_test/environment.h>
-#include <quorda_test/error_of.h>
 #include <quorda_test/fault_driver.h>
 #include <quorda_test/profiles.h>
 #include <quorda_test/raw_odbc.h>
@@ -83,11 +80,8 @@ protected:
 
     // A query on Db; it is freed before Db.
     TProbeQuery& Query(const std::string& Sql) {
-        Queries.push_back(std::make_unique<TProbeQuery>(nullptr));
-        TProbeQuery& query = *Queries.back();
-        query.SetODBCDatabase(&Db);
-        query.SQL().SetText(Sql);
-        return query;
+        Queries.push_back(MakeQuery<TProbeQuery>(&Db, Sql));
+        return *Queries.back();
     }
     TProbeQuery& Opened(const std::string& Sql) {
         TProbeQuery& query = Query(Sql);
@@ -142,21 +136,14 @@ struct LinkedRing {
     TDataLink Link;
 };
 
-// A database on the fault driver, following Script, with a query on Sql.
+// A database on the fault driver, following Script, with a query on Sql (freed first).
 struct FaultDatabase {
-    explicit FaultDatabase(const std::string& Script, const std::string& Sql = "select * from t")
-        : Fault(Script) {
-        Db.SetDriverConnectOption(dcoDriverNoPrompt);
-        Db.SetConnectStr(Fault.ConnectionString());
-        Db.Open();
-        Query = std::make_unique<TProbeQuery>(nullptr);
-        Query->SetODBCDatabase(&Db);
-        Query->SQL().SetText(Sql);
-    }
-    ~FaultDatabase() { Query.reset(); }
+    explicit FaultDatabase(const std::string& Script = {}, const std::string& Sql = "select * from t")
+        : Fault(Script), Db(OpenDatabase(Fault.ConnectionString())),
+          Query(MakeQuery<TProbeQuery>(Db.get(), Sql)) {}
 
     quorda_test::FaultDriver Fault;
-    TODBCDatabase Db{nullptr};
+    std::unique_ptr<TODBCDatabase> Db;
     std::unique_ptr<TProbeQuery> Query;
 };
 

@@ -1,4 +1,4 @@
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
 #include "quorda/core/odbc_params.h"
 #include "quorda/rtl/filer.h"
 #include "quorda/rtl/messages.h"

@@ -1,7 +1,6 @@
 // Statements with parameters of every supported type on the real drivers: written through ExecSQL,
 // read back over a separate plain ODBC connection.
 #include "odbc_cursor_fixture.h"
-#include "odbc_statement_test_support.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/datetime.h"
 #include "quorda/rtl/messages.h"

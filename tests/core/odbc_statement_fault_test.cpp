@@ -1,8 +1,8 @@
 // The statement side against the fault-injection driver, whose call log shows exactly what the
 // dataset asked of ODBC: prepare or direct execution, bound types and values, data sent at
 // execution time, cursor options, and failures on demand.
+#include "core_test_support.h"
 #include "odbc/odbc_api_p.h"
-#include "odbc_statement_test_support.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/datetime.h"

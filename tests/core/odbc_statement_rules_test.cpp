@@ -1,7 +1,7 @@
 // Rules of the dataset's statement side that need no data: settings bounds, refusals, the type
 // maps, and what a change of the SQL text does to the parameters.
 #include "core/odbc_dataset_p.h"
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/filer.h"
