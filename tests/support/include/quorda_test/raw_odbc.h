@@ -18,8 +18,6 @@ public:
     // Connects with SQLDriverConnect (no prompt).
     explicit RawOdbc(const std::string& connectionString);
 
-    RawOdbc(RawOdbc&& other) noexcept;
-    RawOdbc& operator=(RawOdbc&& other) noexcept;
     RawOdbc(const RawOdbc&) = delete;
     RawOdbc& operator=(const RawOdbc&) = delete;
     ~RawOdbc();
