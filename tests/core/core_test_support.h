@@ -19,11 +19,16 @@
 
 namespace quorda::testing {
 
-// An open database on a driver connection string (no prompt).
-inline std::unique_ptr<TODBCDatabase> OpenDatabase(const std::string& ConnectionString) {
+// A database on a driver connection string (no prompt), not yet open.
+inline std::unique_ptr<TODBCDatabase> ClosedDatabase(const std::string& ConnectionString) {
     auto db = std::make_unique<TODBCDatabase>(nullptr);
     db->SetDriverConnectOption(dcoDriverNoPrompt);
     db->SetConnectStr(ConnectionString);
+    return db;
+}
+
+inline std::unique_ptr<TODBCDatabase> OpenDatabase(const std::string& ConnectionString) {
+    auto db = ClosedDatabase(ConnectionString);
     db->Open();
     return db;
 }
