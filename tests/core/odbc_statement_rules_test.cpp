@@ -169,18 +169,12 @@ TEST(QueryText, StoredQueryLoadsItsParametersFromTheStream) {
     saved.ParamByName("a")->SetAsFloat(2.5);
     saved.ParamByName("id")->SetAsInteger(42);
     TMemoryStream stream;
-    {
-        TWriter writer(stream);
-        writer.WriteProperties(&saved);
-    }
+    TWriter(stream).WriteProperties(&saved);
 
     TODBCQuery loaded(nullptr);
     stream.SetPosition(0);
     loaded.BeginLoading();
-    {
-        TReader reader(stream);
-        reader.ReadProperties(&loaded);
-    }
+    TReader(stream).ReadProperties(&loaded);
     loaded.EndLoading();
     EXPECT_EQ(loaded.SQL().Text(), saved.SQL().Text());
     ASSERT_EQ(loaded.GetParamsCount(), 2);
@@ -191,10 +185,7 @@ TEST(QueryText, StoredQueryLoadsItsParametersFromTheStream) {
     // An empty query stores nothing at all.
     TODBCQuery empty(nullptr);
     TMemoryStream nothing;
-    {
-        TWriter writer(nothing);
-        writer.WriteProperties(&empty);
-    }
+    TWriter(nothing).WriteProperties(&empty);
     EXPECT_EQ(nothing.Size(), 1); // the end-of-list marker only
 }
 
