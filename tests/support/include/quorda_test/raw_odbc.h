@@ -35,7 +35,6 @@ public:
     void Commit();
     void Rollback();
 
-    SQLHDBC Handle() const { return FDbc; }
 
 private:
     void Release() noexcept;
