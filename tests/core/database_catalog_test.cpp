@@ -1,5 +1,4 @@
 #include "odbc_cursor_fixture.h"
-#include "odbc_statement_test_support.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/strings.h"
 
@@ -11,8 +10,9 @@ using Lines = std::vector<std::string>;
 
 class DatabaseCatalog : public testing::CursorTest {};
 
-TEST_P(DatabaseCatalog, TablesAndViewsComeWithAlignedOwnerAndType) {
-    const std::string table = MakeTable("cat_t", "id integer");
+TEST_P(DatabaseCatalog, TablesAndViewsComeWithAlignedOwnerAndTypeColumnsInTableOrder) {
+    const std::string table =
+        MakeTable("cat_t", "id integer, customer_name varchar(40), price numeric(10,2)");
     const std::string view = quorda_test::UniqueTableName("cat_v");
     Raw->Exec("create view " + view + " as select id from " + table);
 
@@ -35,11 +35,6 @@ TEST_P(DatabaseCatalog, TablesAndViewsComeWithAlignedOwnerAndType) {
 
     EXPECT_NO_THROW(Db.GetTables(nullptr, nullptr, nullptr, nullptr));
     Raw->Exec("drop view " + view);
-}
-
-TEST_P(DatabaseCatalog, ColumnsComeInTableOrder) {
-    const std::string table =
-        MakeTable("cat_cols", "id integer, customer_name varchar(40), price numeric(10,2)");
 
     TStringList columns;
     columns.Add("left over");

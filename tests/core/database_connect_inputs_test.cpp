@@ -1,7 +1,6 @@
 // Connection inputs the driver manager would misread are refused before it sees them; passwords
 // never show in what the library prints.
-#include "database_test_support.h"
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
 #include "quorda/core/connection_string.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/exception.h"
@@ -39,14 +38,12 @@ TEST(ConnectInputs, ANulByteInAnyInputIsRefusedBeforeTheDriverManager) {
               pg.ConnectionString + ";Username=" + pg.PasswordUser + ";Password=" + secret,
               "Connection string"},
          }) {
-        TODBCDatabase db(nullptr);
-        db.SetDriverConnectOption(dcoDriverNoPrompt);
-        db.SetConnectStyle(c.Style);
-        db.SetDSNName(c.Dsn);
-        db.SetUserID(c.User);
-        db.SetPassword(c.Password);
-        db.SetConnectStr(c.ConnectStr);
-        EXPECT_EQ(RefusalOf(db), FormatMessage(LoadStr(SODBCConnectInputNul), c.What));
+        const auto db = testing::ClosedDatabase(c.ConnectStr);
+        db->SetConnectStyle(c.Style);
+        db->SetDSNName(c.Dsn);
+        db->SetUserID(c.User);
+        db->SetPassword(c.Password);
+        EXPECT_EQ(RefusalOf(*db), FormatMessage(LoadStr(SODBCConnectInputNul), c.What));
     }
 }
 
@@ -63,18 +60,13 @@ TEST(ConnectInputs, AnEmptyDriverOrDataSourceNameIsRefused) {
              {"dsn={ };Driver=SQLite3" + database, "dsn="},
              {"Driver=SQLite3;DSN=" + database, "DSN="},
          }) {
-        TODBCDatabase db(nullptr);
-        db.SetDriverConnectOption(dcoDriverNoPrompt);
-        db.SetConnectStr(text);
-        EXPECT_EQ(RefusalOf(db), FormatMessage(LoadStr(SODBCEmptyConnectValue), key)) << text;
+        EXPECT_EQ(RefusalOf(*testing::ClosedDatabase(text)),
+                  FormatMessage(LoadStr(SODBCEmptyConnectValue), key))
+            << text;
     }
     EXPECT_FALSE(std::filesystem::exists("Driver="));
     // A braced name is a name.
-    TODBCDatabase db(nullptr);
-    db.SetDriverConnectOption(dcoDriverNoPrompt);
-    db.SetConnectStr("DRIVER={SQLite3}" + database);
-    db.Open();
-    EXPECT_TRUE(db.Connected());
+    EXPECT_TRUE(testing::OpenDatabase("DRIVER={SQLite3}" + database)->Connected());
 }
 
 TEST(ConnectionPasswords, AreMaskedWhateverTheirSpelling) {

@@ -1,5 +1,4 @@
-#include "database_test_support.h"
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
 #include "quorda/core/odbc_transaction.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
@@ -36,6 +35,13 @@ TEST_P(DatabaseConnect, DriverStringConnectsAndTheCompletedStringReopens) {
     ASSERT_TRUE(db.Connected());
     EXPECT_EQ(events.Lines, (std::vector<std::string>{"before", "after"}));
     EXPECT_EQ(ScalarOn(db, "select 1"), "1");
+    // Options that need a closed database are refused while it is open; autocommit is stored any time.
+    const std::string openMessage = "ODBC This operation is not allowed on open database";
+    EXPECT_EQ(DatabaseErrorOf([&] { db.SetSQLCursorOption(db.SQLCursorOption()); }), openMessage);
+    EXPECT_EQ(DatabaseErrorOf([&] { db.SetDriverConnectOption(dcoDriverNoPrompt); }), openMessage);
+    const auto renamed = Raised<EODBCDatabaseError>([&] { db.SetDatabaseName("ConnectOptions"); });
+    EXPECT_EQ(renamed ? renamed->Message() : std::string(), "Database open");
+    db.SetAutoCommitOption(acoAutoCommit);
 
     // The driver's completed string replaces the input and must be usable as it stands.
     const std::string completed = db.ConnectStr();
@@ -56,23 +62,8 @@ TEST_P(DatabaseConnect, DriverStringConnectsAndTheCompletedStringReopens) {
     db.SetConnected(false);
     db.Close();
     EXPECT_FALSE(db.Connected());
-}
-
-TEST_P(DatabaseConnect, OptionsThatNeedAClosedDatabaseAreRefusedWhileOpen) {
-    TODBCDatabase db(nullptr);
-    db.SetDatabaseName("ConnectOptions");
-    db.SetConnectStr(Profile.ConnectionString);
-    db.SetDriverConnectOption(dcoDriverNoPrompt);
-    db.Open();
-    const std::string openMessage = "ODBC This operation is not allowed on open database";
-    EXPECT_EQ(DatabaseErrorOf([&] { db.SetSQLCursorOption(db.SQLCursorOption()); }), openMessage);
-    EXPECT_EQ(DatabaseErrorOf([&] { db.SetDriverConnectOption(dcoDriverNoPrompt); }), openMessage);
-    const auto renamed = Raised<EODBCDatabaseError>([&] { db.SetDatabaseName("ConnectOptions"); });
-    EXPECT_EQ(renamed ? renamed->Message() : std::string(), "Database open");
-    db.SetAutoCommitOption(acoAutoCommit); // stored at any time
-    db.Close();
     db.SetSQLCursorOption(curUseDriver);
-    db.SetDatabaseName("ConnectOptionsRenamed");
+    db.SetDatabaseName("ConnectOptions");
 }
 
 TEST_P(DatabaseConnect, CommitAndRollbackDecideWhatASecondConnectionSees) {

@@ -1,7 +1,9 @@
-#include "database_test_support.h"
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
+#include "quorda/core/odbc_connect.h"
+#include "quorda/core/odbc_transaction.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/application.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@ namespace quorda {
 namespace {
 
 using quorda_test::FaultDriver;
+using testing::ClosedDatabase;
 using testing::EventLog;
 using testing::Raised;
 using Lines = std::vector<std::string>;
@@ -25,19 +28,12 @@ Lines ConnectionCalls(const FaultDriver& fault) {
     return lines;
 }
 
-std::unique_ptr<TODBCDatabase> FaultDatabase(const FaultDriver& fault) {
-    auto db = std::make_unique<TODBCDatabase>(nullptr);
-    db->SetDriverConnectOption(dcoDriverNoPrompt);
-    db->SetConnectStr(fault.ConnectionString());
-    return db;
-}
-
 TEST(FaultDiagnostics, TwoRecordsFollowTheLabellingRule) {
     // The driver manager hands records out by state, highest first, and writes 00000 into the state
     // buffer at the end of the queue while leaving the last message in place.
     FaultDriver fault("fail:SQLDriverConnect|diag:SQLDriverConnect:08S01/0/link lost"
                       "|diag:SQLDriverConnect:08001/0/server gone");
-    auto db = FaultDatabase(fault);
+    auto db = ClosedDatabase(fault.ConnectionString());
     EventLog events;
     events.Attach(*db);
     const auto e = Raised<EODBCError>([&] { db->Open(); });
@@ -55,7 +51,7 @@ TEST(FaultDiagnostics, TwoRecordsFollowTheLabellingRule) {
 
 TEST(FaultConnect, ACancelledDialogLeavesTheDatabaseClosedWithoutErrorOrEvent) {
     FaultDriver fault("nodata:SQLDriverConnect");
-    auto db = FaultDatabase(fault);
+    auto db = ClosedDatabase(fault.ConnectionString());
     db->SetDriverConnectOption(dcoDriverCompleteRequired);
     EventLog events;
     events.Attach(*db);
@@ -75,7 +71,7 @@ TEST(FaultConnect, ACancelledDialogLeavesTheDatabaseClosedWithoutErrorOrEvent) {
 // (CommitAndRollbackDecideWhatASecondConnectionSees); here what the autocommit option changes.
 TEST(FaultConnect, WithAutocommitChosenStartTransactionDoesNothingAndCommitStillReachesTheDriver) {
     FaultDriver fault;
-    auto db = FaultDatabase(fault);
+    auto db = ClosedDatabase(fault.ConnectionString());
     db->Open();
     fault.ClearLog();
     db->SetAutoCommitOption(acoAutoCommit);
@@ -90,7 +86,7 @@ TEST(FaultConnect, WithAutocommitChosenStartTransactionDoesNothingAndCommitStill
 TEST(FaultConnect, AFailingCommitKeepsTheTransactionAFailingRollbackStillDisconnects) {
     FaultDriver fault("fail:SQLTransact@1|diag:SQLTransact:40001/0/serialization failure"
                       "|fail:SQLTransact@2|diag:SQLTransact:08S01/5/link down");
-    auto db = FaultDatabase(fault);
+    auto db = ClosedDatabase(fault.ConnectionString());
     db->Open();
     db->StartTransaction();
     fault.ClearLog();
@@ -111,7 +107,7 @@ TEST(FaultConnect, AFailingCommitKeepsTheTransactionAFailingRollbackStillDisconn
 
 TEST(FaultConnect, FailingConnectionOptionsRaiseWhereTheyHappen) {
     FaultDriver fault("fail:SQLSetConnectOption");
-    auto db = FaultDatabase(fault);
+    auto db = ClosedDatabase(fault.ConnectionString());
     db->SetIsolationLevel(ilRepeatableRead);
     EventLog events;
     events.Attach(*db);
@@ -127,9 +123,24 @@ TEST(FaultConnect, FailingConnectionOptionsRaiseWhereTheyHappen) {
     db->Close();
 }
 
-TEST(FaultConnect, AFailingDisconnectKeepsTheConnectionAndItsHandle) {
-    FaultDriver fault("fail:SQLDisconnect@1|diag:SQLDisconnect:08S01/9/link down");
-    auto db = FaultDatabase(fault);
+// The guard's normal use is pinned on the real drivers (CommitAndRollbackDecideWhatASecondConnectionSees).
+TEST(FaultConnect, ARollbackFailingInTheGuardsDestructorGoesToTheApplication) {
+    FaultDriver fault("fail:SQLTransact@1|diag:SQLTransact:08S01/0/link lost");
+    auto db = ODBCConnect(fault.ConnectionString());
+    std::vector<std::string> shown;
+    const TExceptionHandler previous =
+        Application::SetExceptionHandler([&](const std::exception& e) { shown.push_back(e.what()); });
+    { TODBCTransaction transaction(*db); }
+    Application::SetExceptionHandler(previous);
+    ASSERT_EQ(shown.size(), 1u);
+    EXPECT_NE(shown[0].find("link lost"), std::string::npos) << shown[0];
+    EXPECT_TRUE(db->InTransaction()) << "still open, for Close to roll back";
+}
+
+TEST(FaultConnect, AFailingDisconnectKeepsTheConnectionAndItsHandleAndLetsTheDestructorGoQuietly) {
+    FaultDriver fault("fail:SQLDisconnect@1|diag:SQLDisconnect:08S01/9/link down|fail:SQLDisconnect@3+"
+                      "|fail:SQLTransact");
+    auto db = ClosedDatabase(fault.ConnectionString());
     db->Open();
     SQLHDBC handle = db->GetDBC();
     const auto e = Raised<EODBCError>([&] { db->Close(); });
@@ -141,11 +152,7 @@ TEST(FaultConnect, AFailingDisconnectKeepsTheConnectionAndItsHandle) {
     EXPECT_EQ(db->GetDBC(), handle);
     db->Close();
     EXPECT_FALSE(db->Connected());
-}
-
-TEST(FaultConnect, ADatabaseThatCannotDisconnectIsStillDestroyedQuietly) {
-    FaultDriver fault("fail:SQLDisconnect|fail:SQLTransact");
-    auto db = FaultDatabase(fault);
+    // Neither the rollback nor the disconnect works now.
     db->Open();
     db->StartTransaction();
     EXPECT_NO_THROW(db.reset());
@@ -160,7 +167,7 @@ TEST(FaultConnect, TheCompletedStringArrivesWholeOrTheInputIsKept) {
                                           {"DSN=%3BDriver=QuordaFault", true},
                                           {"Driver=QuordaFault;X=" + std::string(40000, 'x'), true}}) {
         FaultDriver fault("connout:" + completed);
-        auto db = FaultDatabase(fault);
+        auto db = ClosedDatabase(fault.ConnectionString());
         db->Open();
         EXPECT_EQ(db->ConnectStr(), kept ? fault.ConnectionString() : completed) << completed.substr(0, 40);
     }
@@ -169,11 +176,9 @@ TEST(FaultConnect, TheCompletedStringArrivesWholeOrTheInputIsKept) {
 TEST(FaultConnect, LongInputsArePassedWholeAndBadOnesFailCleanly) {
     FaultDriver fault;
     {
-        TODBCDatabase db(nullptr);
-        db.SetDriverConnectOption(dcoDriverNoPrompt);
-        db.SetConnectStr(fault.ConnectionString() + ";Padding=" + std::string(100 * 1024, 'p'));
+        auto db = ClosedDatabase(fault.ConnectionString() + ";Padding=" + std::string(100 * 1024, 'p'));
         try {
-            db.Open();
+            db->Open();
             const auto calls = fault.Calls("SQLDriverConnect");
             ASSERT_FALSE(calls.empty());
             EXPECT_NE(calls.back().find(std::string(1000, 'p')), std::string::npos);
@@ -183,16 +188,15 @@ TEST(FaultConnect, LongInputsArePassedWholeAndBadOnesFailCleanly) {
     }
     // An empty connection string names no data source; nor do names of 100 KB.
     for (const std::string& name : {std::string(), std::string(100 * 1024, 'd')}) {
-        TODBCDatabase db(nullptr);
-        db.SetDriverConnectOption(dcoDriverNoPrompt);
+        auto db = ClosedDatabase("");
         if (!name.empty()) {
-            db.SetConnectStyle(csConnect);
-            db.SetDSNName(name);
-            db.SetUserID(std::string(100 * 1024, 'u'));
-            db.SetPassword(std::string(100 * 1024, 'w'));
+            db->SetConnectStyle(csConnect);
+            db->SetDSNName(name);
+            db->SetUserID(std::string(100 * 1024, 'u'));
+            db->SetPassword(std::string(100 * 1024, 'w'));
         }
-        EXPECT_THROW(db.Open(), EODBCError);
-        EXPECT_FALSE(db.Connected());
+        EXPECT_THROW(db->Open(), EODBCError);
+        EXPECT_FALSE(db->Connected());
     }
 }
 

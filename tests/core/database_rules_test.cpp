@@ -1,5 +1,4 @@
-#include "database_fake_client.h"
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/messages.h"
@@ -12,8 +11,55 @@ namespace quorda {
 namespace {
 
 using testing::DatabaseErrorOf;
-using testing::FakeClient;
 using Log = std::vector<std::string>;
+
+// Stands in for an attached dataset: joins a database, records what the database asks of it in a
+// shared log, and leaves the list the way a dataset does.
+class FakeClient : public IODBCDatabaseClient {
+public:
+    FakeClient(std::string name, std::vector<std::string>& log, TODBCDatabase* database = nullptr)
+        : FName(std::move(name)), FLog(log) {
+        Attach(database);
+    }
+    ~FakeClient() override { Attach(nullptr); }
+
+    void Attach(TODBCDatabase* database) {
+        if (FDatabase != nullptr) {
+            FDatabase->RemoveDataSet(this);
+        }
+        FDatabase = database;
+        if (FDatabase != nullptr) {
+            FDatabase->AddDataSet(this);
+        }
+    }
+    TODBCDatabase* Database() const { return FDatabase; }
+
+    TODBCDataSet* ClientDataSet() override { return nullptr; }
+    void CloseForDatabase() override {
+        FLog.push_back(FName + ".Close");
+        FStatement = FStatement && FKeepStatementOnClose;
+    }
+    bool HoldsStatement() const override { return FStatement; }
+    void ReleaseStatement() override {
+        FLog.push_back(FName + ".InternalClose");
+        FStatement = false;
+    }
+    void DetachFromDatabase() override {
+        FLog.push_back(FName + ".Detach");
+        if (FLeaveOnDetach) {
+            Attach(nullptr);
+        }
+    }
+
+    bool FStatement = true;
+    bool FKeepStatementOnClose = false;
+    bool FLeaveOnDetach = true;
+
+private:
+    std::string FName;
+    std::vector<std::string>& FLog;
+    TODBCDatabase* FDatabase = nullptr;
+};
 
 // Other tests of the process may leave databases registered; the session is checked relative to
 // what was there before.

@@ -14,8 +14,9 @@ using testing::TProbeQuery;
 
 class CursorEdges : public CursorTest {};
 
-TEST_P(CursorEdges, OneRowResultKeepsItsNumberWhenSteppingBack) {
-    TProbeQuery& query = Opened("select id from " + NumberTable("edge_one", 1));
+TEST_P(CursorEdges, OneRowResultKeepsItsNumberWhenSteppingBackAndDuplicateNamesGetSuffixes) {
+    const std::string table = NumberTable("edge_one", 1);
+    TProbeQuery& query = Opened("select id from " + table);
     EXPECT_EQ(query.FCurrentRow, 0);
     TRecordBuffer buffer = query.AllocRecordBuffer();
     EXPECT_EQ(TProbeQuery::RowNumber(buffer), -1);
@@ -31,6 +32,15 @@ TEST_P(CursorEdges, OneRowResultKeepsItsNumberWhenSteppingBack) {
     EXPECT_EQ(TProbeQuery::RowNumber(buffer), 0);
     query.FreeRecordBuffer(buffer);
     EXPECT_EQ(buffer, nullptr);
+
+    TODBCQuery& named = Opened("select id, id, id, name as ID_1 from " + table);
+    std::vector<std::string> names;
+    for (int i = 0; i < named.FieldDefs().Count(); ++i) {
+        names.push_back(LowerCase(named.FieldDefs()[i]->Name()));
+    }
+    // The suffix goes on the column's own name: ID_1 is taken, so it becomes ID_1_1.
+    EXPECT_EQ(names, (std::vector<std::string>{"id", "id_1", "id_2", "id_1_1"}));
+    EXPECT_EQ(named.Fields()[3]->AsString(), "row1");
 }
 
 TEST_P(CursorEdges, NullColumnLeavesItsSlotZeroed) {
@@ -58,18 +68,6 @@ TEST_P(CursorEdges, NullColumnLeavesItsSlotZeroed) {
     }
 }
 
-TEST_P(CursorEdges, DuplicateColumnNamesGetSuffixes) {
-    const std::string table = NumberTable("edge_names", 1);
-    TODBCQuery& query = Opened("select id, id, id, name as ID_1 from " + table);
-    std::vector<std::string> names;
-    for (int i = 0; i < query.FieldDefs().Count(); ++i) {
-        names.push_back(LowerCase(query.FieldDefs()[i]->Name()));
-    }
-    // The suffix goes on the column's own name: ID_1 is taken, so it becomes ID_1_1.
-    EXPECT_EQ(names, (std::vector<std::string>{"id", "id_1", "id_2", "id_1_1"}));
-    EXPECT_EQ(query.Fields()[3]->AsString(), "row1");
-}
-
 TEST_P(CursorEdges, LongTextColumnIsCappedAtTheBlobBufferSize) {
     const std::string table =
         MakeTable("edge_long", "v varchar(16000)", "('" + std::string(9000, 'x') + "')");
@@ -88,24 +86,22 @@ TEST_P(CursorEdges, LongTextColumnIsCappedAtTheBlobBufferSize) {
     EXPECT_EQ(small.FieldDefs()[0]->Size(), 100);
 }
 
-TEST_P(CursorEdges, StatementWithoutResultSetHasNoDefinitions) {
-    const std::string table = NumberTable("edge_noresult", 2);
-    TProbeQuery& query = Query("update " + table + " set name = 'x' where id = 1");
-    query.InternalExecSQL();
-    query.InternalInitFieldDefs();
-    EXPECT_EQ(query.FieldDefs().Count(), 0);
-    EXPECT_TRUE(query.FFieldValues.empty());
-    EXPECT_FALSE(query.IsDataSet());
+TEST_P(CursorEdges, StatementWithoutResultSetHasNoDefinitionsAndACursorReopensUnderTheOpenDataset) {
+    const std::string table = NumberTable("edge_reopen", 6);
+    TProbeQuery& update = Query("update " + table + " set name = 'x' where id = 1");
+    update.InternalExecSQL();
+    update.InternalInitFieldDefs();
+    EXPECT_EQ(update.FieldDefs().Count(), 0);
+    EXPECT_TRUE(update.FFieldValues.empty());
+    EXPECT_FALSE(update.IsDataSet());
 
     TProbeQuery& select = Query("select id, name from " + table);
     select.Prepare();
     EXPECT_TRUE(select.IsDataSet());
     // psqlODBC keeps the description of a prepared statement that never ran: run it.
     select.Open();
-}
+    select.Close();
 
-TEST_P(CursorEdges, CursorReopensUnderTheOpenDataset) {
-    const std::string table = NumberTable("edge_reopen", 6);
     TODBCQuery& query = Query("select id from " + table + " order by id");
     query.ImmediatelyOpen();
     ASSERT_TRUE(query.Active());

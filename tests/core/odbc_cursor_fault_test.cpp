@@ -134,7 +134,7 @@ TEST(CursorFaultFetching, OriginsComeFromTheColumnAttributes) {
     EXPECT_EQ(db.Query->Fields()[1]->Origin(), "note");
     EXPECT_EQ(db.Query->Fields()[2]->Origin(), "orders.");
     db.Query->Close();
-    db.Db.SetIgnoreOriginInfo(true);
+    db.Db->SetIgnoreOriginInfo(true);
     db.Fault.ClearLog();
     db.Query->Open();
     EXPECT_EQ(db.Query->Fields()[0]->Origin(), "");

@@ -2,9 +2,7 @@
 // plain ODBC connection for setting up tables, and the text a field's value reads as.
 #pragma once
 
-#include "core/odbc_dataset_p.h"
-#include "quorda/core/odbc_database.h"
-#include "quorda/core/odbc_query.h"
+#include "core_test_support.h"
 #include "quorda/db/blob_field.h"
 #include "quorda/db/data_link.h"
 #include "quorda/db/data_source.h"
@@ -17,7 +15,6 @@
 #include <memory>
 #include <optional>
 #include <quorda_test/environment.h>
-#include <quorda_test/error_of.h>
 #include <quorda_test/fault_driver.h>
 #include <quorda_test/profiles.h>
 #include <quorda_test/raw_odbc.h>
@@ -83,11 +80,8 @@ protected:
 
     // A query on Db; it is freed before Db.
     TProbeQuery& Query(const std::string& Sql) {
-        Queries.push_back(std::make_unique<TProbeQuery>(nullptr));
-        TProbeQuery& query = *Queries.back();
-        query.SetODBCDatabase(&Db);
-        query.SQL().SetText(Sql);
-        return query;
+        Queries.push_back(MakeQuery<TProbeQuery>(&Db, Sql));
+        return *Queries.back();
     }
     TProbeQuery& Opened(const std::string& Sql) {
         TProbeQuery& query = Query(Sql);
@@ -142,21 +136,14 @@ struct LinkedRing {
     TDataLink Link;
 };
 
-// A database on the fault driver, following Script, with a query on Sql.
+// A database on the fault driver, following Script, with a query on Sql (freed first).
 struct FaultDatabase {
-    explicit FaultDatabase(const std::string& Script, const std::string& Sql = "select * from t")
-        : Fault(Script) {
-        Db.SetDriverConnectOption(dcoDriverNoPrompt);
-        Db.SetConnectStr(Fault.ConnectionString());
-        Db.Open();
-        Query = std::make_unique<TProbeQuery>(nullptr);
-        Query->SetODBCDatabase(&Db);
-        Query->SQL().SetText(Sql);
-    }
-    ~FaultDatabase() { Query.reset(); }
+    explicit FaultDatabase(const std::string& Script = {}, const std::string& Sql = "select * from t")
+        : Fault(Script), Db(OpenDatabase(Fault.ConnectionString())),
+          Query(MakeQuery<TProbeQuery>(Db.get(), Sql)) {}
 
     quorda_test::FaultDriver Fault;
-    TODBCDatabase Db{nullptr};
+    std::unique_ptr<TODBCDatabase> Db;
     std::unique_ptr<TProbeQuery> Query;
 };
 
@@ -169,13 +156,18 @@ inline std::string Hex(const std::string& Bytes) {
     return text;
 }
 
+inline std::string DoubleText(double Value) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.17g", Value);
+    return text;
+}
+
 // The value of a field as exact text: integers in decimal, doubles with 17 significant digits,
 // dates and times to the millisecond, binary data in hexadecimal; nullopt for NULL.
 inline std::optional<std::string> ValueText(TField* Field) {
     if (Field->IsNull()) {
         return std::nullopt;
     }
-    char text[64];
     switch (Field->DataType()) {
     case ftBoolean:
         return Field->AsBoolean() ? "1" : "0";
@@ -185,8 +177,7 @@ inline std::optional<std::string> ValueText(TField* Field) {
     case ftLargeint:
         return std::to_string(Field->AsLargeInt());
     case ftFloat:
-        std::snprintf(text, sizeof text, "%.17g", Field->AsFloat());
-        return std::string(text);
+        return DoubleText(Field->AsFloat());
     case ftDate:
         return FormatDateTime("yyyy-mm-dd", Field->AsDateTime());
     case ftTime:
@@ -202,14 +193,20 @@ inline std::optional<std::string> ValueText(TField* Field) {
 
 using RowTexts = std::vector<std::optional<std::string>>;
 
+// The current record, every field read by Reader.
+inline RowTexts CurrentRow(TDataSet& DataSet, std::optional<std::string> (*Reader)(TField*) = ValueText) {
+    RowTexts row;
+    for (int i = 0; i < DataSet.FieldCount(); ++i) {
+        row.push_back(Reader(DataSet.Fields()[i]));
+    }
+    return row;
+}
+
 // Every row from the current one to the end.
 inline std::vector<RowTexts> ReadToEnd(TDataSet& DataSet) {
     std::vector<RowTexts> rows;
     for (; !DataSet.Eof(); DataSet.Next()) {
-        rows.emplace_back();
-        for (int i = 0; i < DataSet.FieldCount(); ++i) {
-            rows.back().push_back(ValueText(DataSet.Fields()[i]));
-        }
+        rows.push_back(CurrentRow(DataSet));
     }
     return rows;
 }

@@ -1,6 +1,6 @@
 // Moving the cursor: both directions, the ring of a data link, row numbering from either end,
-// bookmarks (also across a refresh and to rows that are gone), record counts, filters and
-// forward-only reading.
+// bookmarks (also across a refresh and to rows that are gone), record counts and forward-only
+// reading.
 
 #include "odbc_cursor_fixture.h"
 #include "quorda/odbc/odbc_error.h"
@@ -166,45 +166,28 @@ TEST_P(CursorNavigation, RecordCountsByStepsAndByProbes) {
     }
 }
 
-TEST_P(CursorNavigation, FilterSkipsRowsInBothDirections) {
-    TODBCQuery& query = Query("select id from " + NumberTable("nav_filter", 10) + " order by id");
-    query.OnFilterRecord = [](TDataSet* DataSet, bool& Accept) { Accept = Id(*DataSet) % 3 == 0; };
-    query.SetFiltered(true);
-    query.Open();
-    EXPECT_EQ(Walk(query), (std::vector<int>{3, 6, 9}));
-    query.Prior();
-    EXPECT_EQ(Id(query), 6);
-
-    query.OnFilterRecord = [](TDataSet*, bool& Accept) { Accept = false; };
-    query.First();
-    EXPECT_TRUE(query.Eof());
-    EXPECT_TRUE(query.IsEmpty());
-}
-
-TEST_P(CursorNavigation, ForwardOnlyReadsEveryRowAndAStepBackMovesOn) {
-    TODBCQuery& query = Query("select id from " + NumberTable("nav_forward", 8) + " order by id");
+TEST_P(CursorNavigation, ForwardOnlyStepsBackByMovingOnAndFillsARingLargerThanTheResult) {
+    const std::string table = NumberTable("nav_forward", 8);
+    TODBCQuery& query = Query("select id from " + table + " order by id");
     query.SetUniDirectional(true);
     query.Open();
-    EXPECT_EQ(Id(query), 1);
     query.Next();
     query.Next();
     EXPECT_EQ(Id(query), 3);
     // A forward-only cursor cannot go back: the step fetches the next row instead.
     query.Prior();
     EXPECT_EQ(Walk(query), Range(4, 8));
-}
 
-TEST_P(CursorNavigation, RowsetCursorUnderARingLargerThanTheResultOpens) {
     // Filling a ring that the rows do not fill steps back from the end. A forward-only cursor that has
     // reported its end answers that step itself: the driver manager refuses a fetch after the rowset
     // fetch's SQL_NO_DATA (S1010), which failed the open.
-    TODBCQuery& query = Query("select id from " + NumberTable("nav_rowset_ring", 5) + " order by id");
-    query.SetUniDirectional(true);
-    query.SetBlockCursor(true);
-    query.SetRowSetSize(3);
-    LinkedRing ring(query, 20);
-    query.Open();
-    EXPECT_EQ(WindowIds(ring.Link, query), Range(1, 5));
+    TODBCQuery& rowsets = Query("select id from " + table + " where id <= 5 order by id");
+    rowsets.SetUniDirectional(true);
+    rowsets.SetBlockCursor(true);
+    rowsets.SetRowSetSize(3);
+    LinkedRing ring(rowsets, 20);
+    rowsets.Open();
+    EXPECT_EQ(WindowIds(ring.Link, rowsets), Range(1, 5));
 }
 
 TEST_P(CursorNavigation, LocateWithAndWithoutItsOptions) {

@@ -1,18 +1,23 @@
-// Values of every mapped column type read back exactly, in single rows and a rowset at a time.
+// Values of every mapped column type read back exactly, through the classic accessors and through the
+// views that copy nothing (text into the record buffer, numbers and time stamps from their slots),
+// in single rows, a rowset at a time and in the filter, where the record is not the active one.
 
 #include "odbc_cursor_fixture.h"
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <string_view>
 
 namespace quorda {
 namespace {
 
+using testing::CurrentRow;
 using testing::CursorTest;
 using testing::IsSqlite;
-using testing::ReadToEnd;
 using testing::RowTexts;
+using testing::SameRows;
 
 constexpr int kRows = 1000;
 
@@ -56,14 +61,11 @@ std::int64_t BigValue(int i) {
     return i % 2 ? -magnitude : magnitude;
 }
 
-std::string DoubleText(double Value) {
-    char text[40];
-    std::snprintf(text, sizeof text, "%.17g", Value);
-    return text;
-}
-
 std::string TextValue(int i) {
     static const char* const kPatterns[] = {"héllo wörld %d", "日本語テキスト%d", "plain %d", "Ελληνικά %d"};
+    if (i % 100 == 10) {
+        return ""; // empty, not NULL
+    }
     if (i == 6) {
         return "漢字漢字漢字漢字漢字漢字漢字漢字漢字漢字"; // 20 characters, 60 bytes
     }
@@ -117,7 +119,7 @@ std::vector<ColumnCase> Columns(const quorda_test::DataSourceProfile& Profile) {
          {"double", "double precision", "double"},
          ftFloat,
          [](int i) {
-             return DoubleText(i == 3 ? 0.1 : i == 4 ? 1e300 : i * 1.5 + 0.25);
+             return testing::DoubleText(i == 3 ? 0.1 : i == 4 ? 1e300 : i * 1.5 + 0.25);
          }},
         // PostgreSQL's REAL arrives as the text the server prints, so 0.1 reads as the double 0.1;
         // MariaDB's FLOAT arrives as the binary float, widened.
@@ -125,8 +127,8 @@ std::vector<ColumnCase> Columns(const quorda_test::DataSourceProfile& Profile) {
          {"", "real", "float"},
          ftFloat,
          [&Profile](int i) {
-             return DoubleText(i == 3 ? (Profile.Name == "mariadb" ? static_cast<double>(0.1F) : 0.1)
-                                      : i + 0.5);
+             return testing::DoubleText(i == 3 ? (Profile.Name == "mariadb" ? static_cast<double>(0.1F) : 0.1)
+                                               : i + 0.5);
          }},
         // MariaDB's BOOLEAN is TINYINT(1), reported as TINYINT like any other.
         {"bool",
@@ -138,7 +140,7 @@ std::vector<ColumnCase> Columns(const quorda_test::DataSourceProfile& Profile) {
         {"num",
          {"numeric(12,2)", "numeric(12,2)", "numeric(12,2)"},
          ftFloat,
-         [](int i) { return DoubleText(i + 0.25); }},
+         [](int i) { return testing::DoubleText(i + 0.25); }},
         {"txt", {"varchar(20)", "varchar(20)", "varchar(20)"}, ftString, TextValue, true},
         {"chr", {"", "char(10)", "char(10)"}, ftString, [&Profile](int) { return FixedText(Profile); }, true},
         {"memo",
@@ -207,14 +209,13 @@ protected:
         return row;
     }
 
-    std::vector<RowTexts> ReadAll(bool UniDirectional, bool Block, int RowSetSize) {
-        TODBCQuery& query = Query("select * from " + Table + " order by id");
-        query.SetUniDirectional(UniDirectional);
-        query.SetBlockCursor(Block);
-        query.SetRowSetSize(RowSetSize);
-        query.Open();
-        std::vector<RowTexts> rows = ReadToEnd(query);
-        query.Close();
+    std::vector<RowTexts> ExpectedRows(const std::function<bool(int)>& Accept = nullptr) const {
+        std::vector<RowTexts> rows;
+        for (int i = 0; i < kRows; ++i) {
+            if (!Accept || Accept(i)) {
+                rows.push_back(ExpectedRow(i));
+            }
+        }
         return rows;
     }
 
@@ -222,12 +223,83 @@ protected:
     std::string Table;
 };
 
-// The field definitions first, then every value of the table in each cursor mode.
+template <typename T, typename Format>
+std::optional<std::string> Shown(const std::optional<T>& Value, Format&& Text) {
+    return Value ? std::optional<std::string>(Text(*Value)) : std::nullopt;
+}
+
+// A local time as ValueText shows a field of Type: a date must stand at midnight, a time of day on
+// 1899-12-30 in whole seconds.
+std::string StampText(TLocalMSecs Stamp, TFieldType Type) {
+    const auto day = std::chrono::floor<std::chrono::days>(Stamp);
+    const std::chrono::year_month_day ymd{day};
+    const std::chrono::hh_mm_ss clock{Stamp - day};
+    char text[40];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02u %02d:%02d:%02d.%03d", static_cast<int>(ymd.year()),
+                  static_cast<unsigned>(ymd.month()), static_cast<unsigned>(ymd.day()),
+                  static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
+    const std::string all = text;
+    const std::string date = all.substr(0, 10), time = all.substr(11);
+    if (Type == ftDate) {
+        return time == "00:00:00.000" ? date : all;
+    }
+    return Type == ftTime && date == "1899-12-30" && time.ends_with(".000") ? time.substr(0, 8) : all;
+}
+
+// The value as ValueText shows it, read through the views; the views of other widths must agree.
+std::optional<std::string> ViewText(TField* Field) {
+    const auto number = [](auto Value) { return std::to_string(Value); };
+    switch (Field->DataType()) {
+    case ftBoolean:
+        return Shown(Field->As<std::optional<bool>>(), [](bool Value) { return Value ? "1" : "0"; });
+    case ftSmallint:
+    case ftInteger:
+    case ftWord:
+    case ftLargeint: {
+        const auto wide = Field->As<std::optional<std::int64_t>>();
+        if (Field->DataType() != ftLargeint) {
+            EXPECT_EQ(Field->As<std::optional<std::int32_t>>(), wide) << Field->FieldName();
+        }
+        const auto text = Shown(wide, number);
+        EXPECT_EQ(Field->As<std::optional<std::string_view>>(), text) << Field->FieldName();
+        return text;
+    }
+    case ftFloat:
+        return Shown(Field->As<std::optional<double>>(), testing::DoubleText);
+    case ftDate:
+    case ftTime:
+    case ftDateTime:
+        EXPECT_EQ(Field->As<std::optional<TDateTime>>(),
+                  Field->IsNull() ? std::nullopt : std::optional(Field->AsDateTime()));
+        return Shown(Field->As<std::optional<TLocalMSecs>>(),
+                     [Field](TLocalMSecs Stamp) { return StampText(Stamp, Field->DataType()); });
+    case ftString:
+        EXPECT_EQ(Field->As<std::optional<std::string>>(), Field->As<std::optional<std::string_view>>());
+        return Shown(Field->As<std::optional<std::string_view>>(),
+                     [](std::string_view Text) { return std::string(Text); });
+    default:
+        return Shown(Field->As<std::optional<std::string>>(), std::identity());
+    }
+}
+
+// The value as ValueText shows it; the views must read the same. Memos and blobs have no view of
+// their own (they read as the classic accessor does), so they are read once.
+std::optional<std::string> ReadBothWays(TField* Field) {
+    const std::optional<std::string> classic = testing::ValueText(Field);
+    if (Field->DataType() != ftMemo && Field->DataType() != ftBlob) {
+        EXPECT_EQ(ViewText(Field), classic) << Field->FieldName();
+    }
+    return classic;
+}
+
+// The field definitions first, then every value of the table in each cursor mode, by range-for: a
+// scrollable cursor walked again from its end, a parameter that selects nothing visiting no row.
 TEST_P(CursorValues, EveryValueReadsBackExactlyInSingleRowsAndInRowsets) {
-    TODBCQuery& query = Opened("select * from " + Table);
-    ASSERT_EQ(query.FieldDefs().Count(), static_cast<int>(Used.size()));
+    TODBCQuery& described = Opened("select * from " + Table);
+    ASSERT_EQ(described.FieldDefs().Count(), static_cast<int>(Used.size()));
     for (std::size_t c = 0; c < Used.size(); ++c) {
-        const TFieldDef* def = query.FieldDefs()[static_cast<int>(c)];
+        const TFieldDef* def = described.FieldDefs()[static_cast<int>(c)];
         EXPECT_EQ(def->Name(), Used[c].Name);
         EXPECT_EQ(def->DataType(), Used[c].Type) << Used[c].Name;
         EXPECT_EQ(def->FieldNo(), static_cast<int>(c) + 1);
@@ -235,24 +307,69 @@ TEST_P(CursorValues, EveryValueReadsBackExactlyInSingleRowsAndInRowsets) {
         EXPECT_FALSE(def->Required());
     }
     // Text columns hold their declared characters in UTF-8; everything else carries no size.
-    EXPECT_EQ(query.FieldDefs().Find("txt")->Size(), 80);
-    EXPECT_EQ(query.FieldDefs().Find("memo")->Size(), 8192);
-    EXPECT_EQ(query.FieldDefs().Find("big")->Size(), 0);
-    EXPECT_EQ(query.FieldDefs().Find("ts")->Size(), 0);
+    EXPECT_EQ(described.FieldDefs().Find("txt")->Size(), 80);
+    EXPECT_EQ(described.FieldDefs().Find("memo")->Size(), 8192);
+    EXPECT_EQ(described.FieldDefs().Find("big")->Size(), 0);
+    EXPECT_EQ(described.FieldDefs().Find("ts")->Size(), 0);
     if (!IsSqlite(Profile)) {
-        EXPECT_EQ(query.FieldDefs().Find("chr")->Size(), 40);
+        EXPECT_EQ(described.FieldDefs().Find("chr")->Size(), 40);
     }
-    query.Close();
+    described.Close();
 
-    std::vector<RowTexts> expected;
-    for (int i = 0; i < kRows; ++i) {
-        expected.push_back(ExpectedRow(i));
+    const std::vector<RowTexts> expected = ExpectedRows();
+    struct Mode {
+        const char* Name;
+        bool UniDirectional, Block;
+        int RowSetSize;
+    };
+    for (const Mode& mode : {Mode{"scrollable", false, false, 100}, Mode{"forward-only", true, false, 100},
+                             Mode{"rowsets of 1", true, true, 1}, Mode{"rowsets of 7", true, true, 7},
+                             Mode{"rowsets of 100", true, true, 100}}) {
+        SCOPED_TRACE(mode.Name);
+        TODBCQuery& query = Query("select * from " + Table + " where id >= :low order by id");
+        query.SetUniDirectional(mode.UniDirectional);
+        query.SetBlockCursor(mode.Block);
+        query.SetRowSetSize(mode.RowSetSize);
+        query.ParamByName("low")->SetAsInteger(0);
+        for (int pass = 1; pass <= (mode.UniDirectional ? 1 : 2); ++pass) {
+            std::vector<RowTexts> rows;
+            for (TDataSet& row : query.Rows()) {
+                rows.push_back(CurrentRow(row, ReadBothWays));
+            }
+            EXPECT_TRUE(SameRows(rows, expected)) << "pass " << pass;
+            if (!mode.UniDirectional) {
+                query.Last();
+            }
+        }
+        query.Close();
+        query.ParamByName("low")->SetAsInteger(kRows);
+        int visits = 0;
+        for ([[maybe_unused]] TDataSet& row : query.Rows()) {
+            ++visits;
+        }
+        EXPECT_EQ(visits, 0);
     }
-    EXPECT_TRUE(testing::SameRows(ReadAll(false, false, 100), expected)) << "scrollable";
-    EXPECT_TRUE(testing::SameRows(ReadAll(true, false, 100), expected)) << "forward-only";
-    for (int rowSet : {1, 7, 100}) {
-        EXPECT_TRUE(testing::SameRows(ReadAll(true, true, rowSet), expected)) << "rowsets of " << rowSet;
-    }
+}
+
+// The filter reads each candidate before it becomes the active record, and skips in both directions.
+TEST_P(CursorValues, TheFilterReadsEveryCandidateAndSkipsInBothDirections) {
+    TODBCQuery& query = Query("select * from " + Table + " order by id");
+    const auto accept = [](int i) { return i % 7 == 3; };
+    query.OnFilterRecord = [&](TDataSet* DataSet, bool& Accept) {
+        const int i = DataSet->FieldByName("id")->AsInteger();
+        EXPECT_TRUE(SameRows({CurrentRow(*DataSet, ReadBothWays)}, {ExpectedRow(i)}));
+        Accept = accept(i);
+    };
+    query.SetFiltered(true);
+    query.Open();
+    EXPECT_TRUE(SameRows(testing::ReadToEnd(query), ExpectedRows(accept)));
+    query.Prior();
+    EXPECT_EQ(query.FieldByName("id")->AsInteger(), 990);
+
+    query.OnFilterRecord = [](TDataSet*, bool& Accept) { Accept = false; };
+    query.First();
+    EXPECT_TRUE(query.Eof());
+    EXPECT_TRUE(query.IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, CursorValues, ::testing::ValuesIn(quorda_test::AllProfiles()),

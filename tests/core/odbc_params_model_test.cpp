@@ -1,11 +1,13 @@
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
 #include "quorda/core/odbc_params.h"
 #include "quorda/rtl/messages.h"
 #include "quorda/rtl/stream.h"
 
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -63,21 +65,80 @@ TEST(ODBCParams, LookupByName) {
     EXPECT_TRUE(id->IsEqual(second));
 }
 
-// The type each setter chooses is pinned by the stored layouts (ODBCParamsData); here the variant kinds
-// behind them, which decide equality, and the setters with rules of their own.
-TEST(ODBCParams, SettersChooseTypeAndKeepTheirValue) {
+struct SetterCase {
+    std::function<void(TODBCParam&)> Set;
+    TFieldType Type;
+    TVarType VarType; // the kind of variant behind the value, which decides equality
+    std::optional<std::string> Shown;
+};
+
+SetterCase Setting(TFieldType Type, std::string Text, TVarType VarType, std::string Shown) {
+    return {[=](TODBCParam& P) {
+                P.SetDataType(Type);
+                P.SetText(Text);
+            },
+            Type, VarType, Shown};
+}
+
+SetterCase Setting(const Variant& Value, TFieldType Type) {
+    return {[=](TODBCParam& P) { P.SetAsVariant(Value); }, Type, Value.VarType(), std::nullopt};
+}
+
+// The type each typed setter chooses is pinned by the stored layouts (ODBCParamsData); here the
+// variant kinds behind them, texts by type, and the setters with rules of their own.
+TEST(ODBCParams, SettersChooseTypeAndVariantKindAndReadAsText) {
     TODBCParams params;
     auto* p = params.CreateParam(ftUnknown, "p");
     EXPECT_FALSE(p->Bound());
-    p->SetAsSmallInt(-7);
-    EXPECT_HOLDS(p, ftSmallint, varInteger);
+    p->SetText("12");
+    EXPECT_HOLDS(p, ftString, varString);
     EXPECT_TRUE(p->Bound());
-    p->SetAsCurrency(12.5);
-    EXPECT_HOLDS(p, ftCurrency, varDouble);
-    p->SetAsTime(0.25);
-    EXPECT_HOLDS(p, ftTime, varDate);
-    p->SetAsBCD(Currency::FromRaw(123456789));
-    EXPECT_HOLDS(p, ftBCD, varCurrency);
+
+    for (const SetterCase& c : {
+             SetterCase{[](TODBCParam& P) { P.SetAsSmallInt(-7); }, ftSmallint, varInteger, "-7"},
+             SetterCase{[](TODBCParam& P) { P.SetAsCurrency(12.5); }, ftCurrency, varDouble, std::nullopt},
+             SetterCase{[](TODBCParam& P) { P.SetAsTime(EncodeTime(12, 34, 56, 0)); }, ftTime, varDate,
+                        "12:34:56"},
+             SetterCase{[](TODBCParam& P) { P.SetAsDate(EncodeDate(2020, 2, 29)); }, ftDate, varDate,
+                        "2020-02-29"},
+             SetterCase{[](TODBCParam& P) { P.SetAsBCD(Currency::FromRaw(123456789)); }, ftBCD, varCurrency,
+                        std::nullopt},
+             SetterCase{[](TODBCParam& P) { P.SetAsBoolean(true); }, ftBoolean, varBoolean, "True"},
+             SetterCase{[](TODBCParam& P) { P.SetAsBoolean(false); }, ftBoolean, varBoolean, "False"},
+             Setting(ftInteger, "12", varInteger, "12"),
+             Setting(ftWord, "12", varInteger, "12"),
+             Setting(ftBoolean, "true", varBoolean, "True"),
+             Setting(ftCurrency, "2.25", varDouble, "2.25"),
+             Setting(ftBCD, "2.25", varCurrency, "2.25"),
+             Setting(ftDate, "1999-12-31", varDate, "1999-12-31"),
+             Setting(ftMemo, "12", varString, "12"),
+             Setting(ftBlob, "12", varString, "12"),
+             Setting(Variant(short(1)), ftInteger),
+             Setting(Variant(std::int64_t(1) << 40), ftInteger),
+             Setting(Variant(1.5f), ftFloat),
+             Setting(Variant(Currency(2)), ftCurrency),
+             Setting(Variant::FromDateTime(2.5), ftDateTime),
+             Setting(Variant(true), ftBoolean),
+             Setting(Variant("x"), ftString),
+             Setting(VarArrayOf({1, 2}), ftUnknown),
+         }) {
+        c.Set(*p);
+        EXPECT_HOLDS(p, c.Type, c.VarType);
+        EXPECT_FALSE(p->IsNull());
+        if (c.Shown) {
+            EXPECT_EQ(p->AsString(), *c.Shown);
+        }
+    }
+    // The boolean texts come from the message table.
+    SetMessageText(SODBCTextTrue, "Wahr");
+    p->SetAsBoolean(true);
+    EXPECT_EQ(p->AsString(), "Wahr");
+    ResetMessageTexts();
+
+    // A text the type refuses raises the variant conversion error; the text stays.
+    p->SetDataType(ftInteger);
+    EXPECT_THROW(p->SetText("twelve"), EVariantError);
+    EXPECT_HOLDS(p, ftInteger, varString);
 
     // SetAsString keeps a memo a memo and turns anything else into a string.
     p->SetAsMemo("long text");
@@ -93,22 +154,6 @@ TEST(ODBCParams, SettersChooseTypeAndKeepTheirValue) {
     EXPECT_EQ(p->AsInteger(), 0);
     EXPECT_TRUE(p->Bound());
     EXPECT_FALSE(p->IsNull());
-    p->Clear();
-    p->SetDataType(ftDate);
-    EXPECT_TRUE(p->IsNull());
-}
-
-TEST(ODBCParams, AsStringByTypeAndNullState) {
-    TODBCParams params;
-    auto* p = params.CreateParam(ftUnknown, "p");
-    p->SetAsBoolean(true);
-    EXPECT_EQ(p->AsString(), "True");
-    p->SetAsBoolean(false);
-    EXPECT_EQ(p->AsString(), "False");
-    SetMessageText(SODBCTextTrue, "Wahr"); // the texts come from the message table
-    p->SetAsBoolean(true);
-    EXPECT_EQ(p->AsString(), "Wahr");
-    ResetMessageTexts();
 
     // A null parameter reads as empty text whatever its type and stored value.
     for (TFieldType type : {ftInteger, ftBoolean, ftString, ftDate}) {
@@ -116,68 +161,10 @@ TEST(ODBCParams, AsStringByTypeAndNullState) {
         p->Clear();
         EXPECT_EQ(p->AsString(), "") << int(type);
     }
-
-    // Dates, times and date-times read as date-time text.
-    p->SetAsDate(EncodeDate(2020, 2, 29));
-    EXPECT_EQ(p->AsString(), "2020-02-29");
-    p->SetAsTime(EncodeTime(12, 34, 56, 0));
-    EXPECT_EQ(p->AsString(), "12:34:56");
-}
-
-TEST(ODBCParams, SetTextConvertsByType) {
-    TODBCParams params;
-    auto* p = params.CreateParam(ftUnknown, "p");
-    p->SetText("12");
-    EXPECT_HOLDS(p, ftString, varString);
-    EXPECT_TRUE(p->Bound());
-
-    struct Case {
-        TFieldType type;
-        std::string text;
-        TVarType varType;
-        std::string shown;
-    };
-    for (const Case& c : std::vector<Case>{{ftInteger, "12", varInteger, "12"},
-                                           {ftWord, "12", varInteger, "12"},
-                                           {ftBoolean, "true", varBoolean, "True"},
-                                           {ftCurrency, "2.25", varDouble, "2.25"},
-                                           {ftBCD, "2.25", varCurrency, "2.25"},
-                                           {ftDate, "1999-12-31", varDate, "1999-12-31"},
-                                           {ftMemo, "12", varString, "12"},
-                                           {ftBlob, "12", varString, "12"}}) {
-        p->SetDataType(c.type);
-        p->SetText(c.text);
-        EXPECT_HOLDS(p, c.type, c.varType);
-        EXPECT_EQ(p->AsString(), c.shown);
-    }
-
-    // A text the type refuses raises the variant conversion error; the text stays.
     p->SetDataType(ftInteger);
-    EXPECT_THROW(p->SetText("twelve"), EVariantError);
-    EXPECT_HOLDS(p, ftInteger, varString);
-}
+    EXPECT_TRUE(p->IsNull());
 
-TEST(ODBCParams, SetAsVariantMapsVariantKinds) {
-    TODBCParams params;
-    auto* p = params.CreateParam(ftUnknown, "p");
-    struct Case {
-        Variant value;
-        TFieldType type;
-    };
-    for (const Case& c : std::vector<Case>{{Variant(short(1)), ftInteger},
-                                           {Variant(std::int64_t(1) << 40), ftInteger},
-                                           {Variant(1.5f), ftFloat},
-                                           {Variant(Currency(2)), ftCurrency},
-                                           {Variant::FromDateTime(2.5), ftDateTime},
-                                           {Variant(true), ftBoolean},
-                                           {Variant("x"), ftString},
-                                           {VarArrayOf({1, 2}), ftUnknown}}) {
-        p->SetAsVariant(c.value);
-        EXPECT_HOLDS(p, c.type, c.value.VarType());
-        EXPECT_FALSE(p->IsNull());
-    }
-
-    // Null and Empty keep the type and make the parameter a bound null.
+    // Null and Empty variants keep the type and make the parameter a bound null.
     p->SetAsString("s");
     p->SetBound(false);
     p->SetAsVariant(Variant::Null());

@@ -1,4 +1,4 @@
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
 #include "quorda/core/odbc_params.h"
 #include "quorda/rtl/filer.h"
 #include "quorda/rtl/messages.h"
@@ -84,6 +84,15 @@ TEST(ODBCParamsData, EveryLayoutExactlyAndBack) {
     for (int i = 0; i < copy.Count(); ++i) {
         EXPECT_TRUE(copy[i]->IsEqual(sample.params[i])) << copy[i]->Name();
     }
+    // The record-buffer form holds date-times as milliseconds and BCD as its raw integer, both in 8 bytes.
+    double stamp = 0;
+    std::int64_t raw = 0;
+    ASSERT_EQ(copy.ParamByName("dt")->RecBufDataSize(), 8);
+    copy.ParamByName("dt")->RecBufGetData(&stamp);
+    EXPECT_EQ(stamp, 63082389600000.0);
+    ASSERT_EQ(copy.ParamByName("bcd")->RecBufDataSize(), 8);
+    copy.ParamByName("bcd")->RecBufGetData(&raw);
+    EXPECT_EQ(raw, 125000);
 
     // Values a double holds only approximately survive to the millisecond; BCD text is written with
     // a full stop whatever the decimal separator.
@@ -97,21 +106,6 @@ TEST(ODBCParamsData, EveryLayoutExactlyAndBack) {
     FormatSettings().DecimalSeparator = separator;
     EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", back[0]->AsDateTime()), "1601-02-03 04:05:06.789");
     EXPECT_EQ(back[1]->AsBCD(), Currency::FromRaw(-123456789012345));
-}
-
-TEST(ODBCParamsData, RecordBufferFormUsesDoubles) {
-    TODBCParams params;
-    auto* p = params.CreateParam(ftUnknown, "p");
-    double value = 0;
-    p->SetAsDateTime(EncodeDate(2000, 1, 1) + 0.25);
-    ASSERT_EQ(p->RecBufDataSize(), 8);
-    p->RecBufGetData(&value);
-    EXPECT_EQ(value, 63082389600000.0);
-    std::int64_t raw = 0;
-    p->SetAsBCD(Currency::FromRaw(-15));
-    ASSERT_EQ(p->RecBufDataSize(), 8);
-    p->RecBufGetData(&raw);
-    EXPECT_EQ(raw, -15);
 }
 
 TEST(ODBCParamsData, WriteFailures) {
@@ -155,7 +149,7 @@ TEST(ODBCParamsData, ReadsOtherVersions) {
     EXPECT_TRUE(params[0]->Bound());
 }
 
-TEST(ODBCParamsData, ReadFailures) {
+TEST(ODBCParamsData, ReadFailuresAndLongNamesThatDoNotReadBack) {
     TODBCParams params;
     params.CreateParam(ftString, "old");
     // A later version: the message keeps its placeholder; the collection is already empty.
@@ -189,13 +183,11 @@ TEST(ODBCParamsData, ReadFailures) {
                   Read(params, Bytes({1, 0, 1, 0, 1, 'q', 200, 0, 0, 0, 0}));
               }),
               "ODBC Field unsupported type");
-}
 
-TEST(ODBCParamsData, LongNamesDoNotReadBack) {
     // Only the low byte of the length is stored (300 mod 256 = 44), yet all 300 characters follow.
-    TODBCParams params;
-    params.CreateParam(ftUnknown, std::string(300, 'p'));
-    const std::string data = Written(params);
+    TODBCParams named;
+    named.CreateParam(ftUnknown, std::string(300, 'p'));
+    const std::string data = Written(named);
     EXPECT_EQ(data, Bytes({1, 0, 1, 0, 44}) + std::string(300, 'p') + Bytes({0, 0, 0}));
 
     // Reading takes 44 characters as the name and the 45th ('p' = 112) as the type; its size

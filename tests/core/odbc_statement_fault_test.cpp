@@ -1,8 +1,8 @@
 // The statement side against the fault-injection driver, whose call log shows exactly what the
 // dataset asked of ODBC: prepare or direct execution, bound types and values, data sent at
 // execution time, cursor options, and failures on demand.
+#include "core_test_support.h"
 #include "odbc/odbc_api_p.h"
-#include "odbc_statement_test_support.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/datetime.h"
@@ -320,12 +320,14 @@ TEST(DatabaseDatasets, DatasetsJoinLeaveAndAreReleasedByTheirDatabase) {
     // Both datasets outlive their databases and are freed afterwards without touching them.
 }
 
-TEST(DatabaseDatasets, DatabaseAndDatasetOfOneOwnerGoInEitherOrder) {
+// Components of one owner, which frees them last first: either may go before the other; a database
+// taken from its owner leaves the dataset detached.
+TEST(DatabaseDatasets, DatabaseAndDatasetOfOneOwnerGoInEitherOrderOrApart) {
     FaultDriver fault;
-    // Components of one owner, which frees them last first: either may go before the other.
-    for (bool databaseFirst : {true, false}) {
+    enum { DatasetCreatedFirst, DatabaseCreatedFirst, DatabaseTakenAway };
+    for (int variant : {DatasetCreatedFirst, DatabaseCreatedFirst, DatabaseTakenAway}) {
         TComponent owner(nullptr);
-        TODBCQuery* query = databaseFirst ? new TODBCQuery(&owner) : nullptr;
+        TODBCQuery* query = variant == DatasetCreatedFirst ? new TODBCQuery(&owner) : nullptr;
         auto* database = new TODBCDatabase(&owner);
         query = query != nullptr ? query : new TODBCQuery(&owner);
         database->SetDriverConnectOption(dcoDriverNoPrompt);
@@ -335,18 +337,13 @@ TEST(DatabaseDatasets, DatabaseAndDatasetOfOneOwnerGoInEitherOrder) {
         query->SQL().SetText("delete from t where id = :id");
         query->ParamByName("id")->SetAsInteger(3);
         query->ExecSQL();
+        if (variant == DatabaseTakenAway) {
+            owner.RemoveComponent(database);
+            std::unique_ptr<TODBCDatabase> released(database);
+            EXPECT_EQ(query->ODBCDatabase(), nullptr);
+            EXPECT_EQ(database->DatasetCount(), 0);
+        }
     }
-}
-
-TEST(DatabaseDatasets, RemovingTheDatabaseFromItsOwnerDetachesTheDataset) {
-    TComponent owner(nullptr);
-    auto* database = new TODBCDatabase(&owner);
-    auto* query = new TODBCQuery(&owner);
-    query->SetODBCDatabase(database);
-    owner.RemoveComponent(database);
-    std::unique_ptr<TODBCDatabase> released(database);
-    EXPECT_EQ(query->ODBCDatabase(), nullptr);
-    EXPECT_EQ(database->DatasetCount(), 0);
 }
 
 } // namespace

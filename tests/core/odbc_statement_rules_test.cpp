@@ -1,7 +1,7 @@
 // Rules of the dataset's statement side that need no data: settings bounds, refusals, the type
 // maps, and what a change of the SQL text does to the parameters.
 #include "core/odbc_dataset_p.h"
-#include "odbc_statement_test_support.h"
+#include "core_test_support.h"
 #include "quorda/core/odbc_dataset.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/rtl/filer.h"
@@ -169,18 +169,12 @@ TEST(QueryText, StoredQueryLoadsItsParametersFromTheStream) {
     saved.ParamByName("a")->SetAsFloat(2.5);
     saved.ParamByName("id")->SetAsInteger(42);
     TMemoryStream stream;
-    {
-        TWriter writer(stream);
-        writer.WriteProperties(&saved);
-    }
+    TWriter(stream).WriteProperties(&saved);
 
     TODBCQuery loaded(nullptr);
     stream.SetPosition(0);
     loaded.BeginLoading();
-    {
-        TReader reader(stream);
-        reader.ReadProperties(&loaded);
-    }
+    TReader(stream).ReadProperties(&loaded);
     loaded.EndLoading();
     EXPECT_EQ(loaded.SQL().Text(), saved.SQL().Text());
     ASSERT_EQ(loaded.GetParamsCount(), 2);
@@ -191,10 +185,7 @@ TEST(QueryText, StoredQueryLoadsItsParametersFromTheStream) {
     // An empty query stores nothing at all.
     TODBCQuery empty(nullptr);
     TMemoryStream nothing;
-    {
-        TWriter writer(nothing);
-        writer.WriteProperties(&empty);
-    }
+    TWriter(nothing).WriteProperties(&empty);
     EXPECT_EQ(nothing.Size(), 1); // the end-of-list marker only
 }
 

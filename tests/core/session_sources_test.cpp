@@ -12,7 +12,7 @@ namespace {
 
 // The private configuration of the build tree (docs/testing.md) registers the data sources
 // QuordaDemo, QuordaTestSQLite and QuordaTestFault, and the drivers SQLite3 first.
-TEST(ODBCSessionSources, DataSourcesComeInTheDriverManagersOrderWithAlignedDescriptions) {
+TEST(ODBCSessionSources, DataSourcesInTheDriverManagersOrderWithAlignedDescriptionsAndTheFirstDriver) {
     TStringList names, descriptions;
     names.Add("left over");
     ODBCSession()->GetDSNNames(&names, &descriptions);
@@ -34,12 +34,11 @@ TEST(ODBCSessionSources, DataSourcesComeInTheDriverManagersOrderWithAlignedDescr
     ODBCSession()->GetDSNNames(&namesOnly, nullptr);
     EXPECT_EQ(namesOnly.ToVector(), names.ToVector());
     EXPECT_NO_THROW(ODBCSession()->GetDSNNames(nullptr, nullptr));
-}
 
-TEST(ODBCSessionSources, DriverNamesHoldOnlyTheFirstDriverAndItsFirstAttribute) {
-    TStringList names, attributes;
-    ODBCSession()->GetDriverNames(&names, &attributes);
-    EXPECT_EQ(names.ToVector(), std::vector<std::string>{"SQLite3"});
+    // Driver names hold only the first driver and its first attribute.
+    TStringList drivers, attributes;
+    ODBCSession()->GetDriverNames(&drivers, &attributes);
+    EXPECT_EQ(drivers.ToVector(), std::vector<std::string>{"SQLite3"});
     EXPECT_EQ(attributes.ToVector(), std::vector<std::string>{"Description=SQLite3 ODBC driver"});
     EXPECT_NO_THROW(ODBCSession()->GetDriverNames(nullptr, nullptr));
 }

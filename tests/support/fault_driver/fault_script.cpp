@@ -209,8 +209,6 @@ void Script::AddRule(std::string_view rule) {
         FRows.push_back(std::move(row));
     } else if (verb == "rows") {
         FGeneratedRows = static_cast<long>(ToNumber(args, rule));
-    } else if (verb == "rowcount") {
-        FRowCount = ToNumber(args, rule);
     } else if (verb == "rowset") {
         auto value = ToNumber(args, rule);
         if (value < 1) {

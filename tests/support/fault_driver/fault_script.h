@@ -21,7 +21,6 @@
 //   row:<value>,<value>...          one row of that result set; ~ is NULL, ^<n>:<text> is <text>
 //                                   repeated up to <n> bytes
 //   rows:<n>                        n generated rows: numbers 1..n, text r1..rn, fixed dates
-//   rowcount:<n>                    what SQLRowCount reports (default: the rows of a query, else 0)
 //   nototal:<Call>                  truncated SQLGetData reads (and the length probe with an empty
 //                                   buffer) report SQL_NO_TOTAL instead of the remaining length
 //   rowset:<n>                      highest SQL_ROWSET_SIZE granted; more is lowered with 01S02
@@ -93,7 +92,6 @@ public:
     const std::vector<ScriptColumn>& Columns() const { return FColumns; }
     const std::vector<std::vector<Value>>& Rows() const { return FRows; }
     bool HasResult() const { return FHasResult; }
-    std::optional<long long> RowCount() const { return FRowCount; }
     std::optional<unsigned long> MaxRowsetSize() const { return FMaxRowset; }
     const std::optional<std::string>& ConnectionOut() const { return FConnOut; }
     const std::vector<CatalogTable>& Tables() const { return FTables; }
@@ -115,7 +113,6 @@ private:
     std::vector<std::vector<Value>> FRows;
     long FGeneratedRows = -1;
     bool FHasResult = false;
-    std::optional<long long> FRowCount;
     std::optional<unsigned long> FMaxRowset;
     std::optional<std::string> FConnOut;
     std::vector<CatalogTable> FTables;

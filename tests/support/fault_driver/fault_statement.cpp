@@ -47,8 +47,7 @@ SQLRETURN Finish(Stmt& stmt) {
         stmt.Result.Rows = conn.Rules.Rows();
         stmt.Open = true;
     }
-    stmt.RowCount =
-        conn.Rules.RowCount().value_or(stmt.Open ? static_cast<long long>(stmt.Result.Rows.size()) : 0);
+    stmt.RowCount = stmt.Open ? static_cast<long long>(stmt.Result.Rows.size()) : 0;
     return SQL_SUCCESS;
 }
 

@@ -71,37 +71,18 @@ bool ParseTimestamp(const std::string& text, SQL_TIMESTAMP_STRUCT& out) {
     return true;
 }
 
-// Calls f with a zero of the C integer type cType; false for any other type.
+// Calls f with a zero of the C integer type cType (the widths the library binds); false for any other.
 template <typename F>
 bool WithIntegerType(SQLSMALLINT cType, F&& f) {
     switch (cType) {
-    case SQL_C_BIT:
-    case SQL_C_UTINYINT:
-        f(std::uint8_t{});
-        return true;
-    case SQL_C_TINYINT:
-    case SQL_C_STINYINT:
-        f(std::int8_t{});
-        return true;
     case SQL_C_SHORT:
-    case SQL_C_SSHORT:
         f(std::int16_t{});
         return true;
-    case SQL_C_USHORT:
-        f(std::uint16_t{});
-        return true;
     case SQL_C_LONG:
-    case SQL_C_SLONG:
         f(std::int32_t{});
-        return true;
-    case SQL_C_ULONG:
-        f(std::uint32_t{});
         return true;
     case SQL_C_SBIGINT:
         f(std::int64_t{});
-        return true;
-    case SQL_C_UBIGINT:
-        f(std::uint64_t{});
         return true;
     default:
         return false;
@@ -217,13 +198,11 @@ SQLRETURN WriteValue(Handle& handle, const Value& value, SQLSMALLINT cType, SQLP
     }
     SQL_TIMESTAMP_STRUCT stamp{};
     switch (cType) {
-    case SQL_C_FLOAT:
     case SQL_C_DOUBLE:
         if (!ParseDouble(text, real)) {
             return handle.Error("22018", "Invalid character value for cast");
         }
-        return cType == SQL_C_FLOAT ? Put(static_cast<float>(real), buffer, indicator)
-                                    : Put(real, buffer, indicator);
+        return Put(real, buffer, indicator);
     case SQL_C_DATE:
     case SQL_C_TIME:
     case SQL_C_TIMESTAMP:
@@ -274,8 +253,6 @@ std::string RenderParameter(const ParamBinding& param, const Value* sent) {
         return bytes(static_cast<size_t>(indicator));
     case SQL_C_BINARY:
         return bytes(static_cast<size_t>(param.Indicator == nullptr ? param.BufferLength : indicator));
-    case SQL_C_FLOAT:
-        return Number(*static_cast<const float*>(param.Data));
     case SQL_C_DOUBLE:
         return Number(*static_cast<const double*>(param.Data));
     case SQL_C_DATE: {

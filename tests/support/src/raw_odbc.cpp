@@ -3,7 +3,6 @@
 #include "quorda_test/environment.h"
 
 #include <stdexcept>
-#include <utility>
 
 namespace quorda_test {
 namespace {
@@ -110,18 +109,6 @@ RawOdbc::RawOdbc(const std::string& connectionString) {
         throw std::runtime_error("SQLDriverConnect(" + connectionString + ") returned " + std::to_string(rc) +
                                  ": " + diagnostics);
     }
-}
-
-RawOdbc::RawOdbc(RawOdbc&& other) noexcept
-    : FEnv(std::exchange(other.FEnv, nullptr)), FDbc(std::exchange(other.FDbc, nullptr)) {}
-
-RawOdbc& RawOdbc::operator=(RawOdbc&& other) noexcept {
-    if (this != &other) {
-        Release();
-        FEnv = std::exchange(other.FEnv, nullptr);
-        FDbc = std::exchange(other.FDbc, nullptr);
-    }
-    return *this;
 }
 
 RawOdbc::~RawOdbc() {

@@ -18,8 +18,6 @@ public:
     // Connects with SQLDriverConnect (no prompt).
     explicit RawOdbc(const std::string& connectionString);
 
-    RawOdbc(RawOdbc&& other) noexcept;
-    RawOdbc& operator=(RawOdbc&& other) noexcept;
     RawOdbc(const RawOdbc&) = delete;
     RawOdbc& operator=(const RawOdbc&) = delete;
     ~RawOdbc();
@@ -37,7 +35,6 @@ public:
     void Commit();
     void Rollback();
 
-    SQLHDBC Handle() const { return FDbc; }
 
 private:
     void Release() noexcept;
