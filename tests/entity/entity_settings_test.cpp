@@ -4,10 +4,10 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sstream>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <tuple>
 
 namespace quorda {
 namespace {
@@ -39,68 +39,69 @@ protected:
     TTemporaryConfigHome Home;
 };
 
-// What one process leaves at destruction, a new entity in another process reads back.
-TEST_F(EntitySettings, ValuesWrittenAtDestructionReachANewProcess) {
-    const pid_t Child = ::fork();
-    if (Child == 0) {
-        {
-            TOrdersEntity Orders("orders");
-            Orders.SetFindSensitive(true);
-            Orders.SetFindOption(efoSubConCur);
-            Orders.SetFindDown(dfPrior);
-            Orders.SetFieldFind("custname", "Smi");
-            Orders.SetFieldFilter("customer", 42);
-            Orders.SetFieldFind("total", Variant::FromDateTime(EncodeDateTime(2024, 2, 29, 13, 5, 0, 0)));
-            Orders.SetFieldFilter("total", "");
-        }
-        ::_exit(0);
-    }
-    int Status = 0;
-    ::waitpid(Child, &Status, 0);
-    ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0);
-
-    TOrdersEntity Orders("orders");
-    EXPECT_TRUE(Orders.FindSensitive());
-    EXPECT_EQ(Orders.FindOption(), efoSubConCur);
-    EXPECT_EQ(Orders.FindDown(), dfPrior);
-    EXPECT_EQ(Orders.FieldByName("custname")->findStr(), Variant("Smi"));
-    // Numbers and dates come back as their text.
-    EXPECT_EQ(Orders.FieldByName("customer")->filterStr(), Variant("42"));
-    EXPECT_EQ(Orders.FieldByName("total")->findStr(),
-              Variant(DateTimeToStr(EncodeDateTime(2024, 2, 29, 13, 5, 0, 0))));
-    EXPECT_TRUE(Orders.FieldByName("id")->findStr().IsNull());
-}
-
-// The section is erased before the current values are written: keys of removed fields and of
-// values cleared since never survive, other sections stay.
+// Destruction erases the entity's section and writes the current values in its place: keys of
+// removed fields and values cleared since never survive, numbers and dates are written as their text,
+// other sections stay. Without a section name nothing is read or written; without SaveFindIni and
+// SaveFilterIni only the options are.
 TEST_F(EntitySettings, DestructionLeavesExactlyTheCurrentValues) {
-    WriteSettings("[other]\nk=v\n[orders]\ngone-find=x\nid-find=5\ntotal-filter=9\nFindOption=0\n");
-    {
-        TOrdersEntity Orders("orders");
-        EXPECT_EQ(Orders.FieldByName("id")->findStr(), Variant("5"));
-        Orders.SetFieldFind("id", NullValue);
-        Orders.SetFieldFind("custname", "A");
+    const TDateTime Date = EncodeDateTime(2024, 2, 29, 13, 5, 0, 0);
+    const struct {
+        const char* Name;
+        const char* ViewFull;
+        std::string Before; // empty: no settings file
+        std::function<void(TOrdersEntity&)> Use;
+        std::string After; // empty: no settings file
+    } Cases[] = {
+        {"replaced", "orders",
+         "[other]\nk=v\n[orders]\ngone-find=x\nid-find=5\ntotal-filter=9\nFindSensitive=1\nFindOption=2\n"
+         "FindDown=1\n",
+         [&](TOrdersEntity& Orders) {
+             EXPECT_EQ(Orders.FieldByName("id")->findStr(), Variant("5"));
+             EXPECT_EQ(std::tuple(Orders.FindSensitive(), Orders.FindOption(), Orders.FindDown()),
+                       std::tuple(true, efoSubConCur, dfPrior));
+             Orders.SetFieldFind("id", NullValue);
+             Orders.SetFieldFind("custname", "A");
+             Orders.SetFieldFilter("customer", 42);
+             Orders.SetFieldFind("total", Variant::FromDateTime(Date));
+             Orders.SetFieldFilter("total", "");
+         },
+         "[other]\nk=v\n[orders]\ncustname-find=A\ncustomer-filter=42\ntotal-find=" + DateTimeToStr(Date) +
+             "\nFindSensitive=1\nFindOption=2\nFindDown=1\n"},
+        {"no section name, no file", "", "",
+         [](TOrdersEntity& Orders) {
+             Orders.SetFieldFind("id", "1");
+             Orders.SetFindSensitive(true);
+         },
+         ""},
+        {"no section name", "", "[]\nid-find=1\nFindSensitive=1\n",
+         [](TOrdersEntity& Orders) {
+             EXPECT_TRUE(Orders.FieldByName("id")->findStr().IsNull());
+             EXPECT_FALSE(Orders.FindSensitive());
+         },
+         "[]\nid-find=1\nFindSensitive=1\n"},
+        {"save flags off", "orders", "",
+         [](TOrdersEntity& Orders) {
+             Orders.SetSaveFindIni(false);
+             Orders.SetSaveFilterIni(false);
+             Orders.SetFieldFind("id", "1");
+             Orders.SetFieldFilter("id", "2");
+             Orders.SetFindDown(dfPrior);
+         },
+         "[orders]\nFindSensitive=0\nFindOption=1\nFindDown=1\n"},
+    };
+    for (const auto& Case : Cases) {
+        SCOPED_TRACE(Case.Name);
+        fs::remove(SettingsPath());
+        if (!Case.Before.empty()) {
+            WriteSettings(Case.Before);
+        }
+        {
+            TOrdersEntity Orders(Case.ViewFull);
+            Case.Use(Orders);
+        }
+        EXPECT_EQ(fs::exists(SettingsPath()), !Case.After.empty());
+        EXPECT_EQ(SettingsText(), Case.After);
     }
-    EXPECT_EQ(SettingsText(), "[other]\nk=v\n[orders]\ncustname-find=A\ntotal-filter=9\n"
-                              "FindSensitive=0\nFindOption=0\nFindDown=0\n");
-}
-
-// An entity without a section name reads, erases and writes nothing.
-TEST_F(EntitySettings, EmptyViewFullTouchesNothing) {
-    {
-        TOrdersEntity Orders;
-        Orders.SetFieldFind("id", "1");
-        Orders.SetFindSensitive(true);
-    }
-    EXPECT_FALSE(fs::exists(SettingsPath()));
-
-    WriteSettings("[]\nid-find=1\nFindSensitive=1\n");
-    {
-        TOrdersEntity Orders;
-        EXPECT_TRUE(Orders.FieldByName("id")->findStr().IsNull());
-        EXPECT_FALSE(Orders.FindSensitive());
-    }
-    EXPECT_EQ(SettingsText(), "[]\nid-find=1\nFindSensitive=1\n");
 }
 
 // A missing find key gives Null, a missing filter key leaves the absent marker in the filter slot:
@@ -132,19 +133,6 @@ TEST_F(EntitySettings, AbsentKeysFindAndFilterAsymmetry) {
         EXPECT_EQ(Field->filterStr(), Case.Filter);
         Orders.SetViewFull({});
     }
-}
-
-// Without SaveFindIni no find key is written; options are written regardless of both flags.
-TEST_F(EntitySettings, SaveFlagsLimitFieldValuesNotOptions) {
-    {
-        TOrdersEntity Orders("orders");
-        Orders.SetSaveFindIni(false);
-        Orders.SetSaveFilterIni(false);
-        Orders.SetFieldFind("id", "1");
-        Orders.SetFieldFilter("id", "2");
-        Orders.SetFindDown(dfPrior);
-    }
-    EXPECT_EQ(SettingsText(), "[orders]\nFindSensitive=0\nFindOption=1\nFindDown=1\n");
 }
 
 // Damaged settings give defaults; options no enumerator has are defaults too.

@@ -73,28 +73,9 @@ protected:
     std::unique_ptr<TUserEntity> Items;
 };
 
-// Ordering by each sortable column, both ways: only the rows that pass WherePhrase and the filter, in
-// the order of that column.
-TEST_P(EntityOpen, FilterAndWherePhraseHoldUnderEveryOrdering) {
-    const std::pair<const char*, std::vector<int>> Ascending[] = {
-        {"name", {2, 4, 1, 6}},
-        {"price", {1, 4, 2, 6}},
-        {"qty", {2, 1, 4, 6}},
-    };
-    for (const auto& [Column, Ids] : Ascending) {
-        for (const bool Descending : {false, true}) {
-            SCOPED_TRACE(std::string(Column) + (Descending ? " desc" : ""));
-            Items->SetOrdering(Items->lstFields().IndexOf(Column));
-            Items->SetOrderingDesc(Descending);
-            Items->EntityOpen();
-            EXPECT_EQ(this->Ids(), Descending ? std::vector<int>(Ids.rbegin(), Ids.rend()) : Ids);
-        }
-    }
-    EXPECT_TRUE(Errors.Shown.empty());
-}
-
-// Re-opening and re-reading stay on the row the selection stood on; the entity leads its namesakes,
-// unmarked. The columns show as the fields say.
+// The selection holds the rows that pass WherePhrase and the filter, in the order of the sorting
+// field. Re-opening and re-reading stay on the row the selection stood on; the entity leads its
+// namesakes, unmarked. The columns show as the fields say.
 TEST_P(EntityOpen, ReopeningKeepsTheRowAndColumnsShowAsTheFieldsSay) {
     Items->SetviewEntity("ITEMS");
     TTestEntity Other("ITEMS");
