@@ -46,7 +46,10 @@ TEST_P(ExtEditing, InsertAndDeleteRunTheirEvents) {
     TODBCQuery& remove = Writer("delete from " + Table + " where id = :id");
     std::vector<std::string> events;
     Query.OnInsertRec = [&](TDataSet* DataSet, TUpdateKind Kind, TUpdateAction&) {
-        events.push_back("insert " + std::to_string(Kind == ukInsert));
+        // An inserted record's blobs read only what was written.
+        events.push_back("insert " + std::to_string(Kind == ukInsert) + " " +
+                         DataSet->FieldByName("note")->AsString() + "|" +
+                         DataSet->FieldByName("data")->AsString());
         EXPECT_EQ(DataSet->FieldByName("qty")->OldValue().IsNull(), true);
         insert.ParamByName("id")->SetAsInteger(DataSet->FieldByName("id")->AsInteger());
         insert.ParamByName("item")->SetAsString(DataSet->FieldByName("item")->AsString());
@@ -62,6 +65,8 @@ TEST_P(ExtEditing, InsertAndDeleteRunTheirEvents) {
     Query.Open();
     Query.Insert();
     EXPECT_TRUE(Query.FieldByName("qty")->IsNull());
+    EXPECT_EQ(Query.FieldByName("note")->AsString(), "");
+    Query.FieldByName("note")->SetAsString("fresh");
     Query.FieldByName("id")->SetAsInteger(4);
     Query.FieldByName("item")->SetAsString("spring");
     Query.FieldByName("qty")->SetAsInteger(40);
@@ -72,7 +77,7 @@ TEST_P(ExtEditing, InsertAndDeleteRunTheirEvents) {
     // Deleting calls its event at once, without a post.
     Query.Next();
     Query.Delete();
-    EXPECT_EQ(events, (std::vector<std::string>{"insert 1", "delete 1"}));
+    EXPECT_EQ(events, (std::vector<std::string>{"insert 1 fresh|", "delete 1"}));
     EXPECT_EQ(TableRows(), "1:bolt:10 3:gear:30 4:spring:40");
     Query.Refresh();
     EXPECT_EQ(QueryRows(), TableRows());
