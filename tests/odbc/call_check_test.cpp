@@ -37,6 +37,8 @@ private:
     std::vector<std::string> FLines;
 };
 
+// The message's layout and the handles it carries are pinned through a database by the core suite
+// (FaultDiagnostics); here a record the driver manager itself reports, read once.
 TEST(CheckODBC, RaisesTheDriverManagersDiagnosticsForTheConnection) {
     TODBCConnectionHandle dbc;
     CheckODBC(SQLAllocConnect(TestEnv(), dbc.Receive()), TestEnv(), nullptr, nullptr, "SQLAllocConnect");
@@ -49,10 +51,6 @@ TEST(CheckODBC, RaisesTheDriverManagersDiagnosticsForTheConnection) {
     } catch (const EODBCError& e) {
         EXPECT_EQ(e.SQLState().substr(0, 6), "IM002;");
         EXPECT_NE(e.Message().find("Data source name not found"), std::string::npos) << e.Message();
-        EXPECT_NE(e.Message().find(" ODBC State = IM002"), std::string::npos) << e.Message();
-        EXPECT_EQ(e.Henv(), TestEnv());
-        EXPECT_EQ(e.Hdbc(), dbc.Get());
-        EXPECT_EQ(e.Hstmt(), nullptr);
     }
     // The queue was consumed: a second reading finds nothing more.
     const EODBCError again = CreateODBCError(TestEnv(), dbc.Get(), nullptr);

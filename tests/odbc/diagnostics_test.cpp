@@ -2,6 +2,7 @@
 #include "odbc/odbc_api_p.h"
 #include "quorda/odbc.h"
 
+#include <cstdio>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>
@@ -11,68 +12,56 @@ namespace quorda {
 namespace {
 
 struct Record {
-    std::string state;
-    SQLINTEGER native;
-    std::string message;
+    const char* State;
+    SQLINTEGER Native;
+    const char* Message;
 };
 
 // The labelling of several records is pinned through the real driver manager by the core suite
-// (FaultDiagnostics); here the rules that need records no driver manager hands out.
-// Plays the records like a driver manager does: one per call, then SQL_NO_DATA.
-class ScriptedDiagnostics {
-public:
-    explicit ScriptedDiagnostics(std::vector<Record> records) : FRecords(std::move(records)) {}
-
-    SQLRETURN operator()(detail::TDiagnosticBuffers& b) {
-        ++FCalls;
-        if (FNext >= FRecords.size()) {
-            return SQL_NO_DATA_FOUND;
-        }
-        Fill(b, FRecords[FNext++]);
-        return SQL_SUCCESS;
-    }
-    int Calls() const { return FCalls; }
-
-private:
-    static void Fill(detail::TDiagnosticBuffers& b, const Record& r) {
-        std::memset(b.State, 0, sizeof b.State);
-        std::memcpy(b.State, r.state.data(), std::min(r.state.size(), sizeof b.State - 1));
-        b.Native = r.native;
-        std::memset(b.Message, 0, sizeof b.Message);
-        std::memcpy(b.Message, r.message.data(), std::min(r.message.size(), sizeof b.Message - 1));
-    }
-    std::vector<Record> FRecords;
-    size_t FNext = 0;
-    int FCalls = 0;
-};
-
-EODBCError Build(ScriptedDiagnostics& script) {
-    return detail::BuildODBCError(std::ref(script), nullptr, nullptr, nullptr);
+// (FaultDiagnostics); here the rules that need records no driver manager hands out. Records are
+// played like a driver manager does: one per call, then SQL_NO_DATA.
+EODBCError Build(const std::vector<Record>& Records, int& Calls) {
+    return detail::BuildODBCError(
+        [&](detail::TDiagnosticBuffers& b) -> SQLRETURN {
+            if (static_cast<std::size_t>(Calls++) >= Records.size()) {
+                return SQL_NO_DATA_FOUND;
+            }
+            const Record& r = Records[Calls - 1];
+            std::snprintf(reinterpret_cast<char*>(b.State), sizeof b.State, "%s", r.State);
+            std::snprintf(reinterpret_cast<char*>(b.Message), sizeof b.Message, "%s", r.Message);
+            b.Native = r.Native;
+            return SQL_SUCCESS;
+        },
+        nullptr, nullptr, nullptr);
 }
 
+// The native code and message come from the first record that has a code; an empty queue leaves
+// everything empty after one call.
 TEST(CreateODBCError, NativeCodeComesFromTheFirstRecordThatHasOne) {
-    struct Case {
-        std::vector<Record> records;
-        SQLINTEGER native;
-        const char* message;
+    const struct {
+        std::vector<Record> Records;
+        SQLINTEGER Native;
+        const char* Message;
+    } Cases[] = {
+        {{{"01000", 0, "m1"}, {"42601", 1234, "m2"}, {"HY000", 99, "m3"}}, 1234, "m2"},
+        {{{"01000", 7, "m1"}, {"42601", 1234, "m2"}}, 7, "m1"},
+        {{{"01000", 0, "m1"}, {"01000", 0, "m2"}}, 0, "m1"},
+        {{}, 0, ""},
     };
-    for (const Case& c : {Case{{{"01000", 0, "m1"}, {"42601", 1234, "m2"}, {"HY000", 99, "m3"}}, 1234, "m2"},
-                          Case{{{"01000", 7, "m1"}, {"42601", 1234, "m2"}}, 7, "m1"},
-                          Case{{{"01000", 0, "m1"}, {"01000", 0, "m2"}}, 0, "m1"}}) {
-        ScriptedDiagnostics script(c.records);
-        const EODBCError e = Build(script);
-        EXPECT_EQ(e.NativeError(), c.native);
-        EXPECT_EQ(e.NativeMessage(), c.message);
+    for (const auto& c : Cases) {
+        int calls = 0;
+        const EODBCError e = Build(c.Records, calls);
+        EXPECT_EQ(calls, static_cast<int>(c.Records.size()) + 1);
+        EXPECT_EQ(e.NativeError(), c.Native);
+        EXPECT_EQ(e.NativeMessage(), c.Message);
+        if (c.Records.empty()) {
+            EXPECT_EQ(e.Message() + e.SQLState(), "");
+        }
     }
 }
 
-TEST(CreateODBCError, EmptyQueueAndFailingReadsYieldWhatTheFirstCallLeft) {
-    ScriptedDiagnostics empty({});
-    const EODBCError e = Build(empty);
-    EXPECT_EQ(empty.Calls(), 1);
-    EXPECT_EQ(e.Message(), "");
-    EXPECT_EQ(e.SQLState(), "");
-
+// A failing read ends the queue; unterminated buffers and a queue that never ends stay bounded.
+TEST(CreateODBCError, FailingReadsUnterminatedBuffersAndEndlessQueuesStayBounded) {
     int calls = 0;
     const EODBCError failed = detail::BuildODBCError(
         [&](detail::TDiagnosticBuffers&) {
@@ -82,10 +71,8 @@ TEST(CreateODBCError, EmptyQueueAndFailingReadsYieldWhatTheFirstCallLeft) {
         nullptr, nullptr, nullptr);
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(failed.Message(), "");
-}
 
-TEST(CreateODBCError, UnterminatedBuffersAndEndlessQueuesStayBounded) {
-    int calls = 0;
+    calls = 0;
     const EODBCError e = detail::BuildODBCError(
         [&](detail::TDiagnosticBuffers& b) {
             ++calls;
