@@ -101,6 +101,8 @@ protected:
     TConfirmHook Saved;
 };
 
+// No keeps the rows; one row gets the single question. Nothing is asked when the dataset cannot
+// change or confirmation is off.
 TEST_F(DeleteQuestion, NoKeepsTheRowsAndOneRowGetsTheSingleQuestion) {
     Click(4);
     Click(5, Qt::ControlModifier);
@@ -111,12 +113,11 @@ TEST_F(DeleteQuestion, NoKeepsTheRowsAndOneRowGetsTheSingleQuestion) {
     Click(7);
     Answer = true;
     Key(Qt::Key_Delete, Qt::ControlModifier);
-    EXPECT_EQ(Asked.back(), SDeleteRecordQuestion);
+    EXPECT_EQ(Asked, (std::vector<std::string>{SDeleteMultipleRecordsQuestion, SDeleteRecordQuestion}));
     EXPECT_EQ(DataSet.RecordCount(), 39);
     EXPECT_EQ(DataSet.Locate("ID", 7, {}), false);
-}
 
-TEST_F(DeleteQuestion, NothingIsAskedWhenTheDataSetCannotChangeOrConfirmationIsOff) {
+    Asked.clear();
     DataSet.SetReadOnly(true);
     Key(Qt::Key_Delete, Qt::ControlModifier);
     DataSet.SetReadOnly(false);
@@ -126,10 +127,10 @@ TEST_F(DeleteQuestion, NothingIsAskedWhenTheDataSetCannotChangeOrConfirmationIsO
     Click(2);
     Key(Qt::Key_Delete, Qt::ControlModifier);
     EXPECT_TRUE(Asked.empty());
-    EXPECT_EQ(DataSet.RecordCount(), 39);
+    EXPECT_EQ(DataSet.RecordCount(), 38);
 }
 
-TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscape) {
+TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscapeErrorsAreShown) {
     GoTo(3);
     Grid.MoveCol(2); // NAME
     QTest::keyClicks(&Grid, "new");
@@ -151,15 +152,12 @@ TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscape) {
     EXPECT_EQ(CurrentId(), 4);
     GoTo(3);
     EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "Z");
-}
 
-TEST_F(GridTest, DataSetErrorsFromKeysGoToTheApplicationsExceptionDisplay) {
+    // A dataset error raised by a key goes to the application's exception display; the edit stays.
     std::vector<std::string> shown;
     const TExceptionHandler saved =
         Application::SetExceptionHandler([&shown](const std::exception& E) { shown.push_back(E.what()); });
     DataSet.BeforePost = [](TDataSet*) { throw EDatabaseError("refused"); };
-    GoTo(2);
-    Grid.MoveCol(2);
     QTest::keyClicks(&Grid, "x");
     QTest::keyClick(Grid.InplaceEditor(), Qt::Key_Return);
     Application::SetExceptionHandler(saved);
@@ -223,7 +221,7 @@ TEST_F(GridTest, DragStartsAfterSixPixels) {
 }
 
 // Over a numbered table (an unnumbered one shows three positions, see the query grid).
-TEST_F(GridTest, ScrollBarFollowsTheRecordNumber) {
+TEST_F(GridTest, ScrollBarAndWindowFollowTheRecordNumberAndTheVisibleRows) {
     QScrollBar* bar = Grid.verticalScrollBar();
     GoTo(25);
     EXPECT_EQ(bar->maximum(), 39);
@@ -231,19 +229,11 @@ TEST_F(GridTest, ScrollBarFollowsTheRecordNumber) {
     bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
     EXPECT_EQ(CurrentId(), 25 + kVisibleRows);
     EXPECT_EQ(bar->value(), 24 + kVisibleRows);
-}
-
-TEST_F(GridTest, TheWindowFollowsTheVisibleRows) {
+    // The dataset's window follows the visible rows.
     EXPECT_EQ(DataSet.BufferCount(), kVisibleRows);
     Grid.resize(Grid.width(), Grid.height() + 3 * Grid.DefaultRowHeight());
     EXPECT_EQ(DataSet.BufferCount(), kVisibleRows + 3);
 }
-
-} // namespace
-} // namespace quorda::gridtest
-
-namespace quorda::gridtest {
-namespace {
 
 // Row-select mode: whole rows move with Left and Right, Home and End go to the first and last row.
 class RowSelect : public GridTest {
