@@ -1,8 +1,10 @@
 // Editing through the update events: values posted by the handlers and seen after the refresh, old
-// values, inserts and deletes, retries, handlers that fail, the refused operations and bookmarks.
+// values, inserts and deletes, retries, handlers that fail, the refused operations, bookmarks, and
+// memo and blob values written through the blob stream.
 
 #include "core/odbc_dataset_p.h"
 #include "ext_fixture.h"
+#include "quorda/db/blob_field.h"
 #include "quorda/rtl/messages.h"
 
 #include <cstring>
@@ -190,6 +192,66 @@ TEST_P(ExtEditing, BookmarksCompareAcrossBothOrigins) {
     TBookmark last = Query.GetBookmark();
     EXPECT_EQ(Query.CompareBookmarks(second, last), -1);
     EXPECT_EQ(Query.CompareBookmarks(last, second), 1);
+}
+
+// Memo and blob values written through the blob stream reach the update handler as the new value and
+// read back during the edit.
+TEST_P(ExtEditing, BlobValuesReachTheHandlerAsNewValues) {
+    TODBCQuery& update = Writer("update " + Table + " set note = :note, data = :data where id = :id");
+    std::string seenNote;
+    std::string seenData;
+    Query.OnUpdateRec = [&](TDataSet* DataSet, TUpdateKind, TUpdateAction&) {
+        seenNote = DataSet->FieldByName("note")->NewValue().AsString();
+        seenData = DataSet->FieldByName("data")->NewValue().AsString();
+        update.ParamByName("note")->SetAsMemo(seenNote);
+        update.ParamByName("data")->SetBlobData(seenData.data(), seenData.size());
+        update.ParamByName("id")->SetAsInteger(DataSet->FieldByName("id")->AsInteger());
+        update.ExecSQL();
+    };
+    Query.Open();
+    Query.Edit();
+    std::string memo;
+    for (int i = 0; memo.size() < (1 << 20); ++i) {
+        memo += "line " + std::to_string(i) + " Grüße\n";
+    }
+    std::string binary(70000, '\0');
+    for (std::size_t i = 0; i < binary.size(); ++i) {
+        binary[i] = static_cast<char>((i * 13 + i / 256) % 256);
+    }
+    Query.FieldByName("note")->SetAsString(memo);
+    Query.FieldByName("data")->SetAsString(binary);
+    // During the edit the fields read what was written; the old values are the stored ones.
+    EXPECT_TRUE(Query.FieldByName("note")->AsString() == memo);
+    EXPECT_TRUE(Query.FieldByName("note")->OldValue().AsString().empty());
+    EXPECT_EQ(Query.ModifiedField(), 2);
+    Query.Post();
+    EXPECT_TRUE(seenNote == memo);
+    EXPECT_TRUE(seenData == binary);
+    // The refreshed row holds them whole.
+    EXPECT_TRUE(Query.FieldByName("note")->AsString() == memo);
+    EXPECT_TRUE(Query.FieldByName("data")->AsString() == binary);
+    EXPECT_EQ(Raw->Scalar("select count(*) from " + Table + " where id = 1 and note is not null"), "1");
+}
+
+TEST_P(ExtEditing, OnlyTheLastBlobWriteCallBecomesTheNewValue) {
+    Raw->Exec("update " + Table + " set note = 'before' where id = 1");
+    Query.Open();
+    Query.Edit();
+    auto stream = Query.CreateBlobStream(Query.FieldByName("note"), bmWrite);
+    stream->WriteBuffer("first ", 6);
+    stream->WriteBuffer("second", 6);
+    EXPECT_EQ(stream->Size(), 12);
+    EXPECT_EQ(Query.FieldByName("note")->NewValue().AsString(), "second");
+    EXPECT_EQ(Query.FieldByName("note")->OldValue().AsString(), "before");
+    EXPECT_EQ(Query.PendingUpdate(), kUpdateModify);
+    stream.reset();
+    // Emptied: the written value goes, the old one stays, and the field reads empty.
+    Query.FieldByName("note")->Clear();
+    EXPECT_EQ(Query.FieldByName("note")->AsString(), "");
+    EXPECT_EQ(Query.FieldByName("note")->OldValue().AsString(), "before");
+    Query.Cancel();
+    EXPECT_EQ(Query.FieldByName("note")->AsString(), "before");
+    EXPECT_EQ(Query.ModifiedField(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, ExtEditing, ::testing::ValuesIn(quorda_test::AllProfiles()),

@@ -192,6 +192,25 @@ TEST_P(TextTransfer, FileErrorsAreClear) {
     EXPECT_THROW(SaveQryToFile("/nonexistent/quorda/out.txt", "", query.get(), {"id"}), EInOutError);
 }
 
+// Each escaped form decodes back to the same bytes; a backslash before x stays distinguishable from
+// an escape it resembles, and backslash sequences outside the table are kept when decoding.
+TEST(ConverString, EscapesAndUnescapesBackToTheSameBytes) {
+    const std::pair<std::string, std::string> pairs[] = {
+        {"O'Brien", "O''Brien"},        {"D:\\data", "D:\\\\data"},
+        {"a\r\nb", "a\\x0D\\x0Ab"},     {"\0z\0"s, "\\x00z\\x00"},
+        {"\\x0D", "\\\\x0D"},           {"''", "''''"},
+        {"Grüße, 東京", "Grüße, 東京"}, {"", ""},
+    };
+    for (const auto& [plain, escaped] : pairs) {
+        EXPECT_EQ(ConverString(plain, true), escaped) << plain;
+        EXPECT_EQ(ConverString(escaped, false), plain) << escaped;
+    }
+    for (const std::string text : {"\\x41", "\\x0d", "\\n", "\\", "'", "\\x0"}) {
+        EXPECT_EQ(ConverString(text, false), text) << text;
+    }
+    EXPECT_EQ(ConverString("'''", false), "''");
+}
+
 INSTANTIATE_TEST_SUITE_P(Drivers, TextTransfer, ::testing::ValuesIn(quorda_test::AllProfiles()),
                          quorda_test::ProfileTestName);
 
