@@ -86,38 +86,25 @@ TEST_F(Indicators, IndicatorSizeTakesOnlyValuesFromOneToFortyNine) {
     (void)Grid.viewport()->grab();
 }
 
-// Answers the delete question and remembers it.
-class DeleteQuestion : public GridTest {
-protected:
-    DeleteQuestion() {
-        Saved = Dialogs::SetConfirmHook([this](QWidget*, const std::string& Question) {
-            Asked.push_back(Question);
-            return Answer;
-        });
-    }
-    ~DeleteQuestion() override { Dialogs::SetConfirmHook(Saved); }
-    std::vector<std::string> Asked;
-    bool Answer = true;
-    TConfirmHook Saved;
-};
-
 // No keeps the rows; one row gets the single question. Nothing is asked when the dataset cannot
 // change or confirmation is off.
-TEST_F(DeleteQuestion, NoKeepsTheRowsAndOneRowGetsTheSingleQuestion) {
+TEST_F(GridTest, DeleteQuestionNoKeepsTheRowsAndOneRowGetsTheSingleQuestion) {
+    TConfirmAnswers Confirm;
     Click(4);
     Click(5, Qt::ControlModifier);
     Click(9, Qt::ControlModifier);
-    Answer = false;
+    Confirm.Answer = false;
     Key(Qt::Key_Delete, Qt::ControlModifier);
     EXPECT_EQ(DataSet.RecordCount(), 40);
     Click(7);
-    Answer = true;
+    Confirm.Answer = true;
     Key(Qt::Key_Delete, Qt::ControlModifier);
-    EXPECT_EQ(Asked, (std::vector<std::string>{SDeleteMultipleRecordsQuestion, SDeleteRecordQuestion}));
+    EXPECT_EQ(Confirm.Asked,
+              (std::vector<std::string>{SDeleteMultipleRecordsQuestion, SDeleteRecordQuestion}));
     EXPECT_EQ(DataSet.RecordCount(), 39);
     EXPECT_EQ(DataSet.Locate("ID", 7, {}), false);
 
-    Asked.clear();
+    Confirm.Asked.clear();
     DataSet.SetReadOnly(true);
     Key(Qt::Key_Delete, Qt::ControlModifier);
     DataSet.SetReadOnly(false);
@@ -126,7 +113,7 @@ TEST_F(DeleteQuestion, NoKeepsTheRowsAndOneRowGetsTheSingleQuestion) {
     Grid.SetOptions(options);
     Click(2);
     Key(Qt::Key_Delete, Qt::ControlModifier);
-    EXPECT_TRUE(Asked.empty());
+    EXPECT_TRUE(Confirm.Asked.empty());
     EXPECT_EQ(DataSet.RecordCount(), 38);
 }
 

@@ -200,11 +200,7 @@ TEST_F(EditableSqliteGrid, CtrlDeleteAsksTheSeveralRecordsQuestionAndDeletesTheT
         remove.ParamByName("id")->SetAsInteger(DataSet->FieldByName("id")->AsInteger());
         remove.ExecSQL();
     };
-    std::vector<std::string> asked;
-    const TConfirmHook saved = Dialogs::SetConfirmHook([&](QWidget*, const std::string& Question) {
-        asked.push_back(Question);
-        return true;
-    });
+    TConfirmAnswers confirm;
     // Rows 3, 4 and 8: a range and a row added with Ctrl.
     for (int i = 0; i < 2; ++i) {
         QTest::keyClick(&Grid, Qt::Key_Down);
@@ -215,8 +211,7 @@ TEST_F(EditableSqliteGrid, CtrlDeleteAsksTheSeveralRecordsQuestionAndDeletesTheT
     ASSERT_EQ(Grid.SelectedRows().Count(), 3);
 
     QTest::keyClick(&Grid, Qt::Key_Delete, Qt::ControlModifier);
-    Dialogs::SetConfirmHook(saved);
-    EXPECT_EQ(asked, std::vector<std::string>{SDeleteMultipleRecordsQuestion});
+    EXPECT_EQ(confirm.Asked, std::vector<std::string>{SDeleteMultipleRecordsQuestion});
     EXPECT_EQ(Grid.SelectedRows().Count(), 0);
     EXPECT_EQ(quorda_test::RawOdbc(Profile.ConnectionString).Scalar("select group_concat(id) from numbers"),
               "1,2,5,6,7,9,10,11,12");

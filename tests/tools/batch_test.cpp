@@ -36,7 +36,7 @@ protected:
 
 TEST_P(Batch, RowsNullsAndMixedTypesArriveOnEveryPath) {
     // Arrays only where they gain: PostgreSQL saves a round trip per row, SQLite ODBC does not.
-    EXPECT_EQ(ProbeDriverQuirks(DataBase->GetDBC()).UseParamArrays(), !IsSqlite());
+    EXPECT_EQ(ProbeDriverQuirks(DataBase->GetDBC()).UseParamArrays(), Profile.Name != "sqlite");
     constexpr int kRows = 2500; // three chunks, the last one short
     std::vector<std::vector<Variant>> rows;
     std::vector<quorda_test::Row> expected;
