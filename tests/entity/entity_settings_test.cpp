@@ -40,9 +40,9 @@ protected:
 };
 
 // Destruction erases the entity's section and writes the current values in its place: keys of
-// removed fields and values cleared since never survive, numbers and dates are written as their text,
-// other sections stay. Without a section name nothing is read or written; without SaveFindIni and
-// SaveFilterIni only the options are.
+// removed fields and values cleared since never survive, values read and left stay, empty strings
+// are not kept, numbers and dates are written as their text, other sections stay. Without a section name
+// nothing is read or written; without SaveFindIni and SaveFilterIni only the options are.
 TEST_F(EntitySettings, DestructionLeavesExactlyTheCurrentValues) {
     const TDateTime Date = EncodeDateTime(2024, 2, 29, 13, 5, 0, 0);
     const struct {
@@ -63,10 +63,10 @@ TEST_F(EntitySettings, DestructionLeavesExactlyTheCurrentValues) {
              Orders.SetFieldFind("custname", "A");
              Orders.SetFieldFilter("customer", 42);
              Orders.SetFieldFind("total", Variant::FromDateTime(Date));
-             Orders.SetFieldFilter("total", "");
+             Orders.SetFieldFilter("custname", "");
          },
          "[other]\nk=v\n[orders]\ncustname-find=A\ncustomer-filter=42\ntotal-find=" + DateTimeToStr(Date) +
-             "\nFindSensitive=1\nFindOption=2\nFindDown=1\n"},
+             "\ntotal-filter=9\nFindSensitive=1\nFindOption=2\nFindDown=1\n"},
         {"no section name, no file", "", "",
          [](TOrdersEntity& Orders) {
              Orders.SetFieldFind("id", "1");
