@@ -34,14 +34,10 @@ protected:
 // The resident size of this process in kB.
 long ResidentKb() {
     std::ifstream status("/proc/self/status");
-    std::string key;
-    long value = 0;
-    while (status >> key) {
-        if (key == "VmRSS:") {
-            status >> value;
-            return value;
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("VmRSS:")) {
+            return std::stol(line.substr(6));
         }
-        status.ignore(1 << 10, '\n');
     }
     return -1;
 }
