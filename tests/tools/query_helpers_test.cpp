@@ -158,20 +158,14 @@ TEST_P(QueryHelpers, WaitCursorIsShownAndRestoredAfterEveryFailingHelper) {
     // psqlODBC leaks a little when the server refuses a forward-only statement before running it
     // (docs/odbc-quirks.md): there the forward-only form fails while running instead.
     const std::string badUni = Profile.Name.starts_with("pgsql") ? "select 1 / (b - b) from " + T : bad;
+    const auto prepared = [&] {
+        auto query = CreateQuery();
+        query->SQL().SetText(bad);
+        return query;
+    };
     std::vector<std::pair<std::string, std::function<void()>>> helpers{
-        {"ExecQry",
-         [&] {
-             auto query = CreateQuery();
-             query->SQL().SetText(bad);
-             ExecQry(query.get());
-         }},
-        {"OpenQry",
-         [&] {
-             auto query = CreateQuery();
-             query->SQL().SetText(bad);
-             OpenQry(query.get());
-             ADD_FAILURE() << "opened";
-         }},
+        {"ExecQry", [&] { ExecQry(prepared().get()); }},
+        {"OpenQry", [&] { OpenQry(prepared().get()); }},
     };
     for (const HelperFamily& family : Families()) {
         helpers.emplace_back(family.Name + " Execute", [&] { family.Execute(bad); });
