@@ -6,7 +6,7 @@
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
-#include <sstream>
+#include <iterator>
 #include <tuple>
 
 namespace quorda {
@@ -27,9 +27,7 @@ protected:
     static fs::path SettingsPath() { return TRegIniFile::PathOfKey(kKeyPath); }
     static std::string SettingsText() {
         std::ifstream File(SettingsPath(), std::ios::binary);
-        std::stringstream Text;
-        Text << File.rdbuf();
-        return Text.str();
+        return {std::istreambuf_iterator<char>(File), std::istreambuf_iterator<char>()};
     }
     static void WriteSettings(const std::string& Text) {
         fs::create_directories(SettingsPath().parent_path());
