@@ -140,7 +140,6 @@ TEST_F(EntitySettings, AbsentKeysFindAndFilterAsymmetry) {
     }
 }
 
-// A destruction whose settings cannot be written shows the error and leaves the file as it was.
 TEST_F(EntitySettings, FailedWriteAtDestructionIsShownNotThrown) {
     const std::string TooLarge = "[orders]\n" + std::string(17 * 1024 * 1024, ';');
     WriteSettings(TooLarge);

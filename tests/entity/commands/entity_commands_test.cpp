@@ -58,8 +58,8 @@ TEST_P(EntityCommands, AddEditDeleteReachTheTableAndNotifyNamesakes) {
 }
 
 // Each value source inserts a row of values (a 64-bit number among them) and a row of nulls and
-// empty strings. An empty string
-// is a null when it comes from an array or a field; a query's row hands over what it holds.
+// empty strings. An empty string is a null when it comes from an array or a field; a query's row
+// hands over what it holds.
 TEST_P(EntityCommands, ValueSourcesBindValuesNullsAndEmptyStrings) {
     const std::string Source = quorda_test::UniqueTableName("source");
     Raw.Exec("create table " + Source + " (id integer, customer bigint, note varchar(20), memo text)");
