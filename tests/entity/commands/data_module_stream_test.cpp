@@ -1,4 +1,4 @@
-// A data module with a database, a query and a user entity, saved and loaded on real data sources:
+// A data module with a database, two queries and a user entity, saved and loaded on real data sources:
 // the loaded set connects and opens by itself, and saves to the same bytes.
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_query.h"
@@ -34,7 +34,7 @@ protected:
     }
     void TearDown() override { quorda_test::RawOdbc(Profile.ConnectionString).Exec("drop table " + Table); }
 
-    // The module as a designer would leave it: connected, the query open, design-time values set.
+    // The module as a designer would leave it: connected, both queries open, design-time values set.
     std::string SaveDesignedModule() {
         TDataModule module;
         module.SetName("Shop");
@@ -55,6 +55,13 @@ protected:
         items->ParamByName("skip")->SetAsString("it's none");
         items->SetMaxBlobBuffer(4096);
         items->Open();
+        // A forward-only query opens again at load.
+        auto* uni = new TODBCQuery(&module);
+        uni->SetName("Uni");
+        uni->SetODBCDatabase(db);
+        uni->SQL().SetText("select id from " + Table + " where id < 0");
+        uni->SetUniDirectional(true);
+        uni->Open();
 
         auto* entity = new TUserEntity(&module);
         entity->SetName("Rows");
@@ -85,10 +92,12 @@ TEST_P(DataModuleStream, LoadedModuleConnectsOpensAndSavesTheSameBytes) {
     TStringStream input(saved);
     loaded.LoadFromStream(input);
 
-    ASSERT_EQ(loaded.ComponentCount(), 3);
+    ASSERT_EQ(loaded.ComponentCount(), 4);
     auto* db = dynamic_cast<TODBCDatabase*>(loaded.FindComponent("Db"));
     auto* items = dynamic_cast<TODBCQuery*>(loaded.FindComponent("Items"));
-    ASSERT_TRUE(db && items);
+    auto* uni = dynamic_cast<TODBCQuery*>(loaded.FindComponent("Uni"));
+    ASSERT_TRUE(db && items && uni);
+    EXPECT_TRUE(uni->Active() && uni->UniDirectional() && uni->IsEmpty());
     EXPECT_TRUE(db->Connected());
     EXPECT_EQ(items->ODBCDatabase(), db);
     ASSERT_TRUE(items->Active());
