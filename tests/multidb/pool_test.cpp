@@ -75,23 +75,15 @@ TEST_P(PoolTest, GrowsToItsLimitThenHandsOutTheLeastBusy) {
     Attach(handed[2]);
     EXPECT_EQ(Pool.FindDataBase(), handed[0]);
     EXPECT_EQ(Pool.Count(), 3);
-}
-
-TEST_P(PoolTest, FirstIdleConnectionInListOrderIsChosen) {
-    Pool.SetStartDataBases(3);
-    Pool.Open();
-    ASSERT_EQ(Pool.Count(), 3);
-    Attach(Pool.DataBases(0));
-    EXPECT_EQ(Pool.FindDataBase(), Pool.DataBases(1));
-    // The session's list is searched the same way, among pooled connections only.
+    // The session's list is searched the same way, among pooled connections only, and a query
+    // attaches itself that way on first use.
     TODBCDatabase plain(nullptr);
     TMultiODBCDataBase* chosen = ODBCSession()->WithDatabases(
         [](const std::vector<TODBCDatabase*>& List) { return TMultiDataBases::FindDataBase(List); });
-    EXPECT_EQ(chosen, Pool.DataBases(1));
-    // A query attaches itself that way on first use.
+    EXPECT_EQ(chosen, handed[0]);
     TODBCMultiQuery& query = Attach(nullptr);
-    EXPECT_EQ(query.FindDB(), Pool.DataBases(1));
-    EXPECT_EQ(query.GetMultiODBCDataBase(), Pool.DataBases(1));
+    EXPECT_EQ(query.FindDB(), handed[0]);
+    EXPECT_EQ(query.GetMultiODBCDataBase(), handed[0]);
 }
 
 TEST_P(PoolTest, CloseKeepsConnectionsThatServeDatasetsAndTellsTheLastOne) {
