@@ -45,20 +45,11 @@ TEntities Make(const std::string& Words) {
     return Entities;
 }
 
-// The CheckUpdate calls, one digit an entity.
-std::string Calls(const TEntities& Entities) {
+// Each entity's CheckUpdate calls and its reread mark ("x" marked, "." not): "1x0x" for two entities.
+std::string State(const TEntities& Entities) {
     std::string Result;
     for (const auto& Entity : Entities) {
-        Result += std::to_string(Entity->CheckUpdateCalls);
-    }
-    return Result;
-}
-
-// The reread marks, "x" for a marked entity, "." otherwise.
-std::string Flags(const TEntities& Entities) {
-    std::string Result;
-    for (const auto& Entity : Entities) {
-        Result += Entity->flgReread() ? 'x' : '.';
+        Result += std::to_string(Entity->CheckUpdateCalls) + (Entity->flgReread() ? 'x' : '.');
     }
     return Result;
 }
@@ -76,21 +67,16 @@ TEST(EntityReread, RegistryFollowsNamesAndLifetimes) {
 // entities and unnamed ones are skipped and do not end a run. Upper-case names are exchanged while
 // the pass marks them; each member is still decided once.
 TEST(EntityReread, DecisionPassAsksOncePerRun) {
-    const struct {
-        const char* Entities;
-        const char* Calls;
-        const char* Flags;
-    } Cases[] = {
-        {"a+ a- a-", "100", "xxx"},      {"A+ A- A-", "100", "xxx"}, {"a- a+", "10", ".."},
-        {"a+ a- b- a-", "1011", "xx.."}, {"+ a-", "01", ".."},       {"a+ a-* a-", "100", "xxx"},
-        {"a-* a-*", "00", "xx"},
-    };
-    for (const auto& Case : Cases) {
-        SCOPED_TRACE(Case.Entities);
-        TEntities Entities = Make(Case.Entities);
+    for (const auto& [Words, Expected] : {std::pair{"a+ a- a-", "1x0x0x"},
+                                          {"A+ A- A-", "1x0x0x"},
+                                          {"a- a+", "1.0."},
+                                          {"a+ a- b- a-", "1x0x1.1."},
+                                          {"+ a-", "0.1."},
+                                          {"a+ a-* a-", "1x0x0x"},
+                                          {"a-* a-*", "0x0x"}}) {
+        TEntities Entities = Make(Words);
         StartRereadAllUpdate();
-        EXPECT_EQ(Calls(Entities), Case.Calls);
-        EXPECT_EQ(Flags(Entities), Case.Flags);
+        EXPECT_EQ(State(Entities), Expected) << Words;
     }
 }
 
@@ -99,19 +85,19 @@ TEST(EntityReread, DecisionPassAsksOncePerRun) {
 TEST(EntityReread, WriterMarksNamesakesAndLeads) {
     TEntities Entities = Make("ORDERS+ X- ORDERS+");
     SetUpdateEntity("ORDERS", Entities[2].get());
-    EXPECT_EQ(Flags(Entities), "x.x");
+    EXPECT_EQ(State(Entities), "0x0.0x");
     EXPECT_EQ(Registry(Entities), "ORDERS:2 X:1 ORDERS:0");
     StartRereadAllUpdate();
-    EXPECT_EQ(Calls(Entities), "010");
+    EXPECT_EQ(State(Entities), "0x1.0x");
 
     // Opening the first again makes it the leader without marking anything.
     Entities[0]->SetFlgReread(false);
     FirstNumber("ORDERS", Entities[0].get());
     EXPECT_EQ(Registry(Entities), "ORDERS:0 X:1 ORDERS:2");
-    EXPECT_EQ(Flags(Entities), "..x");
+    EXPECT_EQ(State(Entities), "0.1.0x");
 
     SetRereadFlag("ORDERS");
-    EXPECT_EQ(Flags(Entities), "x.x");
+    EXPECT_EQ(State(Entities), "0x1.0x");
 }
 
 // Marking looks for the group under the upper-cased name: only upper-case names move.
@@ -127,7 +113,7 @@ TEST(EntityReread, MarkingMovesOnlyUpperCaseNames) {
     TEntities Lower = Make("orders- orders-");
     SetUpdateEntity("orders", Lower[1].get());
     EXPECT_EQ(Registry(Lower), "orders:1 orders:0");
-    EXPECT_EQ(Flags(Lower), "xx");
+    EXPECT_EQ(State(Lower), "0x0x");
 }
 
 // The close procedure runs for the last entity of a name only, and never at design time. Without a

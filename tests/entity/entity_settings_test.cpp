@@ -4,10 +4,10 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
-#include <sstream>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <iterator>
+#include <tuple>
 
 namespace quorda {
 namespace {
@@ -27,9 +27,7 @@ protected:
     static fs::path SettingsPath() { return TRegIniFile::PathOfKey(kKeyPath); }
     static std::string SettingsText() {
         std::ifstream File(SettingsPath(), std::ios::binary);
-        std::stringstream Text;
-        Text << File.rdbuf();
-        return Text.str();
+        return {std::istreambuf_iterator<char>(File), std::istreambuf_iterator<char>()};
     }
     static void WriteSettings(const std::string& Text) {
         fs::create_directories(SettingsPath().parent_path());
@@ -39,68 +37,76 @@ protected:
     TTemporaryConfigHome Home;
 };
 
-// What one process leaves at destruction, a new entity in another process reads back.
-TEST_F(EntitySettings, ValuesWrittenAtDestructionReachANewProcess) {
-    const pid_t Child = ::fork();
-    if (Child == 0) {
-        {
-            TOrdersEntity Orders("orders");
-            Orders.SetFindSensitive(true);
-            Orders.SetFindOption(efoSubConCur);
-            Orders.SetFindDown(dfPrior);
-            Orders.SetFieldFind("custname", "Smi");
-            Orders.SetFieldFilter("customer", 42);
-            Orders.SetFieldFind("total", Variant::FromDateTime(EncodeDateTime(2024, 2, 29, 13, 5, 0, 0)));
-            Orders.SetFieldFilter("total", "");
-        }
-        ::_exit(0);
-    }
-    int Status = 0;
-    ::waitpid(Child, &Status, 0);
-    ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0);
-
-    TOrdersEntity Orders("orders");
-    EXPECT_TRUE(Orders.FindSensitive());
-    EXPECT_EQ(Orders.FindOption(), efoSubConCur);
-    EXPECT_EQ(Orders.FindDown(), dfPrior);
-    EXPECT_EQ(Orders.FieldByName("custname")->findStr(), Variant("Smi"));
-    // Numbers and dates come back as their text.
-    EXPECT_EQ(Orders.FieldByName("customer")->filterStr(), Variant("42"));
-    EXPECT_EQ(Orders.FieldByName("total")->findStr(),
-              Variant(DateTimeToStr(EncodeDateTime(2024, 2, 29, 13, 5, 0, 0))));
-    EXPECT_TRUE(Orders.FieldByName("id")->findStr().IsNull());
-}
-
-// The section is erased before the current values are written: keys of removed fields and of
-// values cleared since never survive, other sections stay.
+// Destruction erases the entity's section and writes the current values in its place: keys of
+// removed fields and values cleared since never survive, values read and left stay, empty strings
+// are not kept, numbers and dates are written as their text, other sections stay. Without a section name
+// nothing is read or written; without SaveFindIni and SaveFilterIni only the options are.
 TEST_F(EntitySettings, DestructionLeavesExactlyTheCurrentValues) {
-    WriteSettings("[other]\nk=v\n[orders]\ngone-find=x\nid-find=5\ntotal-filter=9\nFindOption=0\n");
-    {
-        TOrdersEntity Orders("orders");
-        EXPECT_EQ(Orders.FieldByName("id")->findStr(), Variant("5"));
-        Orders.SetFieldFind("id", NullValue);
-        Orders.SetFieldFind("custname", "A");
+    const TDateTime Date = EncodeDateTime(2024, 2, 29, 13, 5, 0, 0);
+    const struct {
+        const char* Name;
+        const char* ViewFull;
+        std::string Before; // empty: no settings file
+        std::function<void(TOrdersEntity&)> Use;
+        std::string After; // empty: no settings file
+    } Cases[] = {
+        {"replaced", "orders",
+         "[other]\nk=v\n[orders]\ngone-find=x\nid-find=5\ntotal-filter=9\nFindSensitive=1\nFindOption=2\n"
+         "FindDown=1\n",
+         [&](TOrdersEntity& Orders) {
+             EXPECT_EQ(Orders.FieldByName("id")->findStr(), Variant("5"));
+             EXPECT_EQ(std::tuple(Orders.FindSensitive(), Orders.FindOption(), Orders.FindDown()),
+                       std::tuple(true, efoSubConCur, dfPrior));
+             Orders.SetFieldFind("id", NullValue);
+             Orders.SetFieldFind("custname", "A");
+             Orders.SetFieldFilter("customer", 42);
+             Orders.SetFieldFind("total", Variant::FromDateTime(Date));
+             Orders.SetFieldFilter("custname", "");
+         },
+         "[other]\nk=v\n[orders]\ncustname-find=A\ncustomer-filter=42\ntotal-find=" + DateTimeToStr(Date) +
+             "\ntotal-filter=9\nFindSensitive=1\nFindOption=2\nFindDown=1\n"},
+        {"no section name, no file", "", "",
+         [](TOrdersEntity& Orders) {
+             Orders.SetFieldFind("id", "1");
+             Orders.SetFindSensitive(true);
+         },
+         ""},
+        {"no section name", "", "[]\nid-find=1\nFindSensitive=1\n",
+         [](TOrdersEntity& Orders) {
+             EXPECT_TRUE(Orders.FieldByName("id")->findStr().IsNull());
+             EXPECT_FALSE(Orders.FindSensitive());
+         },
+         "[]\nid-find=1\nFindSensitive=1\n"},
+        {"save flags off", "orders", "",
+         [](TOrdersEntity& Orders) {
+             Orders.SetSaveFindIni(false);
+             Orders.SetSaveFilterIni(false);
+             Orders.SetFieldFind("id", "1");
+             Orders.SetFieldFilter("id", "2");
+             Orders.SetFindDown(dfPrior);
+         },
+         "[orders]\nFindSensitive=0\nFindOption=1\nFindDown=1\n"},
+        // Damaged text is the settings file's own business; options no enumerator has read as defaults.
+        {"options out of range", "orders", "[orders]\nFindOption=7\nFindDown=-1\n",
+         [](TOrdersEntity& Orders) {
+             EXPECT_EQ(std::tuple(Orders.FindOption(), Orders.FindDown()),
+                       std::tuple(efoFirstConCur, dfNext));
+         },
+         "[orders]\nFindSensitive=0\nFindOption=1\nFindDown=0\n"},
+    };
+    for (const auto& Case : Cases) {
+        SCOPED_TRACE(Case.Name);
+        fs::remove(SettingsPath());
+        if (!Case.Before.empty()) {
+            WriteSettings(Case.Before);
+        }
+        {
+            TOrdersEntity Orders(Case.ViewFull);
+            Case.Use(Orders);
+        }
+        EXPECT_EQ(fs::exists(SettingsPath()), !Case.After.empty());
+        EXPECT_EQ(SettingsText(), Case.After);
     }
-    EXPECT_EQ(SettingsText(), "[other]\nk=v\n[orders]\ncustname-find=A\ntotal-filter=9\n"
-                              "FindSensitive=0\nFindOption=0\nFindDown=0\n");
-}
-
-// An entity without a section name reads, erases and writes nothing.
-TEST_F(EntitySettings, EmptyViewFullTouchesNothing) {
-    {
-        TOrdersEntity Orders;
-        Orders.SetFieldFind("id", "1");
-        Orders.SetFindSensitive(true);
-    }
-    EXPECT_FALSE(fs::exists(SettingsPath()));
-
-    WriteSettings("[]\nid-find=1\nFindSensitive=1\n");
-    {
-        TOrdersEntity Orders;
-        EXPECT_TRUE(Orders.FieldByName("id")->findStr().IsNull());
-        EXPECT_FALSE(Orders.FindSensitive());
-    }
-    EXPECT_EQ(SettingsText(), "[]\nid-find=1\nFindSensitive=1\n");
 }
 
 // A missing find key gives Null, a missing filter key leaves the absent marker in the filter slot:
@@ -134,37 +140,6 @@ TEST_F(EntitySettings, AbsentKeysFindAndFilterAsymmetry) {
     }
 }
 
-// Without SaveFindIni no find key is written; options are written regardless of both flags.
-TEST_F(EntitySettings, SaveFlagsLimitFieldValuesNotOptions) {
-    {
-        TOrdersEntity Orders("orders");
-        Orders.SetSaveFindIni(false);
-        Orders.SetSaveFilterIni(false);
-        Orders.SetFieldFind("id", "1");
-        Orders.SetFieldFilter("id", "2");
-        Orders.SetFindDown(dfPrior);
-    }
-    EXPECT_EQ(SettingsText(), "[orders]\nFindSensitive=0\nFindOption=1\nFindDown=1\n");
-}
-
-// Damaged settings give defaults; options no enumerator has are defaults too.
-TEST_F(EntitySettings, GarbageSettingsGiveDefaults) {
-    const std::string Damaged[] = {
-        std::string("\0\x01\xff[orders\n=\n\x80", 9),
-        "[orders]\nFindOption=7\nFindDown=-1\nFindSensitive=yes\nid-find",
-        "[orders]\nFindOption=\nFindDown=0x\n[orders\n",
-    };
-    for (const std::string& Text : Damaged) {
-        WriteSettings(Text);
-        TOrdersEntity Orders("orders");
-        EXPECT_EQ(Orders.FindOption(), efoFirstConCur);
-        EXPECT_EQ(Orders.FindDown(), dfNext);
-        EXPECT_FALSE(Orders.FindSensitive());
-        EXPECT_TRUE(Orders.FieldByName("id")->findStr().IsNull());
-    }
-}
-
-// A destruction whose settings cannot be written shows the error and leaves the file as it was.
 TEST_F(EntitySettings, FailedWriteAtDestructionIsShownNotThrown) {
     const std::string TooLarge = "[orders]\n" + std::string(17 * 1024 * 1024, ';');
     WriteSettings(TooLarge);

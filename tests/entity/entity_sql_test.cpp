@@ -9,7 +9,6 @@
 namespace quorda {
 namespace {
 
-using entitytest::Lines;
 using entitytest::TOrdersEntity;
 using entitytest::TTestEntity;
 using TLines = std::vector<std::string>;
@@ -137,7 +136,7 @@ TEST(EntitySql, GeneratedStatements) {
         } else {
             kGenerators.at(What)(*Entity, SQL);
         }
-        EXPECT_EQ(Lines(SQL), Case.Expected);
+        EXPECT_EQ(SQL.ToVector(), Case.Expected);
     }
 
     TTestEntity Empty;
@@ -169,7 +168,7 @@ TEST(EntitySql, SelectionWithWherePhraseAndFilter) {
         Orders.GenerateSQLSelection(Orders.DataQuery()->SQL());
         TLines Expected{"SELECT ", "id,c.custname,customer,total FROM v_orders"};
         Expected.insert(Expected.end(), Case.Expected.begin(), Case.Expected.end());
-        EXPECT_EQ(Lines(Orders.DataQuery()->SQL()), Expected);
+        EXPECT_EQ(Orders.DataQuery()->SQL().ToVector(), Expected);
         // Only a field whose name is a parameter of the selection takes its filter value.
         EXPECT_EQ(Orders.FieldByName("customer")->Value().IsNull(), *Case.Filter == '\0');
         EXPECT_TRUE(Orders.FieldByName("total")->Value().IsNull());

@@ -60,8 +60,4 @@ private:
     TExceptionHandler FSaved;
 };
 
-inline std::vector<std::string> Lines(const TStrings& List) {
-    return List.ToVector();
-}
-
 } // namespace quorda::entitytest

@@ -79,7 +79,7 @@ TEST(UserEntity, FieldsKeepTheirStoredForm) {
     TUserEntity Loaded(nullptr);
     Loaded.CreateField("old", "", "", 1, false, false, false, false, ftString, cnstETView);
     Load(Loaded, Bytes);
-    EXPECT_EQ(entitytest::Lines(Loaded.lstFields()), (std::vector<std::string>{"id", "name"}));
+    EXPECT_EQ(Loaded.lstFields().ToVector(), (std::vector<std::string>{"id", "name"}));
     EXPECT_EQ(Loaded.GetFields(1)->ExecSet(), (TSetExecType{fetUpdate, fetClose}));
     EXPECT_EQ(Stored(Loaded), Bytes);
 
@@ -110,7 +110,7 @@ TEST(UserEntity, ABrokenFieldListChangesNothing) {
         TUserEntity Entity(nullptr);
         Entity.CreateField("kept", "", "", 1, true, true, false, false, ftString, cnstETField);
         EXPECT_THROW(Load(Entity, Bytes), EReadError);
-        EXPECT_EQ(entitytest::Lines(Entity.lstFields()), std::vector<std::string>{"kept"});
+        EXPECT_EQ(Entity.lstFields().ToVector(), std::vector<std::string>{"kept"});
     }
 }
 

@@ -1,19 +1,95 @@
 // Editing through the update events: values posted by the handlers and seen after the refresh, old
-// values, inserts and deletes, retries, handlers that fail, the refused operations and bookmarks.
+// values, inserts and deletes, retries, handlers that fail, the refused operations, bookmarks, and
+// memo and blob values written through the blob stream.
 
 #include "core/odbc_dataset_p.h"
-#include "ext_fixture.h"
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/odbc_query.h"
+#include "quorda/db/blob_field.h"
+#include "quorda/ext/odbc_ext_dataset.h"
 #include "quorda/rtl/messages.h"
 
 #include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <quorda_test/environment.h>
+#include <quorda_test/error_of.h>
+#include <quorda_test/profiles.h>
+#include <quorda_test/raw_odbc.h>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace quorda {
 namespace {
 
 using testing::ErrorOf;
 
-class ExtEditing : public testing::ExtTest {};
+// A database on one driver profile, a table of order lines, an editable query over it and writers
+// for the update events.
+class ExtEditing : public quorda_test::ProfileTest {
+protected:
+    void SetUp() override {
+        Db.SetDriverConnectOption(dcoDriverNoPrompt);
+        Db.SetConnectStr(Profile.ConnectionString);
+        Db.Open();
+        Table = quorda_test::UniqueTableName("ext_lines");
+        Raw.Exec("create table " + Table + " (id integer primary key, item varchar(20), qty integer, note " +
+                 Profile.Sql.LongTextType + ", data " + Profile.Sql.BlobType + ")");
+        Raw.Exec("insert into " + Table +
+                 " (id, item, qty) values (1, 'bolt', 10), (2, 'nut', 20), (3, 'gear', 30)");
+        Query.SetODBCDatabase(&Db);
+        Query.SQL().SetText("select id, item, qty, note, data from " + Table + " order by id");
+    }
+
+    // A statement on Db with :name parameters, run by the update handlers.
+    TODBCQuery& Writer(const std::string& Sql) {
+        Writers.push_back(std::make_unique<TODBCQuery>(nullptr));
+        Writers.back()->SetODBCDatabase(&Db);
+        Writers.back()->SQL().SetText(Sql);
+        return *Writers.back();
+    }
+
+    // Update handlers that write item and qty (and count their calls).
+    void WriteItemsOnUpdate() {
+        TODBCQuery& update = Writer("update " + Table + " set item = :item, qty = :qty where id = :id");
+        Query.OnUpdateRec = [this, &update](TDataSet* DataSet, TUpdateKind Kind, TUpdateAction& Action) {
+            ++Calls;
+            update.ParamByName("item")->SetAsString(DataSet->FieldByName("item")->AsString());
+            update.ParamByName("qty")->SetAsInteger(DataSet->FieldByName("qty")->AsInteger());
+            update.ParamByName("id")->SetAsInteger(DataSet->FieldByName("id")->OldValue().AsInteger());
+            update.ExecSQL();
+        };
+    }
+
+    // "id:item:qty" of every row of the table, read on a connection of its own.
+    std::string TableRows() {
+        std::string text;
+        for (const auto& row : Raw.QueryStrings("select id, item, qty from " + Table + " order by id")) {
+            text += (text.empty() ? "" : " ") + row[0].value_or("NULL") + ":" + row[1].value_or("NULL") +
+                    ":" + row[2].value_or("NULL");
+        }
+        return text;
+    }
+    // The same, as the query shows it.
+    std::string QueryRows() {
+        std::string text;
+        for (Query.First(); !Query.Eof(); Query.Next()) {
+            text += (text.empty() ? "" : " ") + Query.FieldByName("id")->AsString() + ":" +
+                    Query.FieldByName("item")->AsString() + ":" + Query.FieldByName("qty")->AsString();
+        }
+        Query.First();
+        return text;
+    }
+
+    TODBCDatabase Db{nullptr};
+    quorda_test::RawOdbc Raw{Profile.ConnectionString};
+    std::string Table;
+    TODBCExtQuery Query{nullptr};
+    std::vector<std::unique_ptr<TODBCQuery>> Writers;
+    int Calls = 0;
+};
 
 TEST_P(ExtEditing, PostedEditReachesTheTableAndShowsAfterTheRefresh) {
     WriteItemsOnUpdate();
@@ -46,7 +122,10 @@ TEST_P(ExtEditing, InsertAndDeleteRunTheirEvents) {
     TODBCQuery& remove = Writer("delete from " + Table + " where id = :id");
     std::vector<std::string> events;
     Query.OnInsertRec = [&](TDataSet* DataSet, TUpdateKind Kind, TUpdateAction&) {
-        events.push_back("insert " + std::to_string(Kind == ukInsert));
+        // An inserted record's blobs read only what was written.
+        events.push_back("insert " + std::to_string(Kind == ukInsert) + " " +
+                         DataSet->FieldByName("note")->AsString() + "|" +
+                         DataSet->FieldByName("data")->AsString());
         EXPECT_EQ(DataSet->FieldByName("qty")->OldValue().IsNull(), true);
         insert.ParamByName("id")->SetAsInteger(DataSet->FieldByName("id")->AsInteger());
         insert.ParamByName("item")->SetAsString(DataSet->FieldByName("item")->AsString());
@@ -62,6 +141,8 @@ TEST_P(ExtEditing, InsertAndDeleteRunTheirEvents) {
     Query.Open();
     Query.Insert();
     EXPECT_TRUE(Query.FieldByName("qty")->IsNull());
+    EXPECT_EQ(Query.FieldByName("note")->AsString(), "");
+    Query.FieldByName("note")->SetAsString("fresh");
     Query.FieldByName("id")->SetAsInteger(4);
     Query.FieldByName("item")->SetAsString("spring");
     Query.FieldByName("qty")->SetAsInteger(40);
@@ -72,7 +153,7 @@ TEST_P(ExtEditing, InsertAndDeleteRunTheirEvents) {
     // Deleting calls its event at once, without a post.
     Query.Next();
     Query.Delete();
-    EXPECT_EQ(events, (std::vector<std::string>{"insert 1", "delete 1"}));
+    EXPECT_EQ(events, (std::vector<std::string>{"insert 1 fresh|", "delete 1"}));
     EXPECT_EQ(TableRows(), "1:bolt:10 3:gear:30 4:spring:40");
     Query.Refresh();
     EXPECT_EQ(QueryRows(), TableRows());
@@ -133,7 +214,7 @@ TEST_P(ExtEditing, WithoutAHandlerTheChangeIsDiscardedAndTheRowsRefreshed) {
     Query.Edit();
     Query.FieldByName("item")->SetAsString("lost");
     // Someone else changed another row meanwhile: the refresh shows it.
-    Raw->Exec("update " + Table + " set qty = 33 where id = 3");
+    Raw.Exec("update " + Table + " set qty = 33 where id = 3");
     Query.Post();
     EXPECT_EQ(Query.FieldByName("item")->AsString(), "bolt");
     EXPECT_EQ(QueryRows(), "1:bolt:10 2:nut:20 3:gear:33");
@@ -152,7 +233,7 @@ TEST_P(ExtEditing, RefusedWritesCarryTheirMessages) {
 }
 
 TEST_P(ExtEditing, BookmarksCompareAcrossBothOrigins) {
-    Raw->Exec("insert into " + Table + " (id, item, qty) values (4, 'cog', 40), (5, 'pin', 50)");
+    Raw.Exec("insert into " + Table + " (id, item, qty) values (4, 'cog', 40), (5, 'pin', 50)");
     Query.Open();
     auto bookmark = [](std::int32_t Origin, std::int32_t Row) {
         const TODBCBookmark data{Origin, Row};
@@ -185,6 +266,66 @@ TEST_P(ExtEditing, BookmarksCompareAcrossBothOrigins) {
     TBookmark last = Query.GetBookmark();
     EXPECT_EQ(Query.CompareBookmarks(second, last), -1);
     EXPECT_EQ(Query.CompareBookmarks(last, second), 1);
+}
+
+// Memo and blob values written through the blob stream reach the update handler as the new value and
+// read back during the edit.
+TEST_P(ExtEditing, BlobValuesReachTheHandlerAsNewValues) {
+    TODBCQuery& update = Writer("update " + Table + " set note = :note, data = :data where id = :id");
+    std::string seenNote;
+    std::string seenData;
+    Query.OnUpdateRec = [&](TDataSet* DataSet, TUpdateKind, TUpdateAction&) {
+        seenNote = DataSet->FieldByName("note")->NewValue().AsString();
+        seenData = DataSet->FieldByName("data")->NewValue().AsString();
+        update.ParamByName("note")->SetAsMemo(seenNote);
+        update.ParamByName("data")->SetBlobData(seenData.data(), seenData.size());
+        update.ParamByName("id")->SetAsInteger(DataSet->FieldByName("id")->AsInteger());
+        update.ExecSQL();
+    };
+    Query.Open();
+    Query.Edit();
+    std::string memo;
+    for (int i = 0; memo.size() < (1 << 20); ++i) {
+        memo += "line " + std::to_string(i) + " Grüße\n";
+    }
+    std::string binary(70000, '\0');
+    for (std::size_t i = 0; i < binary.size(); ++i) {
+        binary[i] = static_cast<char>((i * 13 + i / 256) % 256);
+    }
+    Query.FieldByName("note")->SetAsString(memo);
+    Query.FieldByName("data")->SetAsString(binary);
+    // During the edit the fields read what was written; the old values are the stored ones.
+    EXPECT_TRUE(Query.FieldByName("note")->AsString() == memo);
+    EXPECT_TRUE(Query.FieldByName("note")->OldValue().AsString().empty());
+    EXPECT_EQ(Query.ModifiedField(), 2);
+    Query.Post();
+    EXPECT_TRUE(seenNote == memo);
+    EXPECT_TRUE(seenData == binary);
+    // The refreshed row holds them whole.
+    EXPECT_TRUE(Query.FieldByName("note")->AsString() == memo);
+    EXPECT_TRUE(Query.FieldByName("data")->AsString() == binary);
+    EXPECT_EQ(Raw.Scalar("select count(*) from " + Table + " where id = 1 and note is not null"), "1");
+}
+
+TEST_P(ExtEditing, OnlyTheLastBlobWriteCallBecomesTheNewValue) {
+    Raw.Exec("update " + Table + " set note = 'before' where id = 1");
+    Query.Open();
+    Query.Edit();
+    auto stream = Query.CreateBlobStream(Query.FieldByName("note"), bmWrite);
+    stream->WriteBuffer("first ", 6);
+    stream->WriteBuffer("second", 6);
+    EXPECT_EQ(stream->Size(), 12);
+    EXPECT_EQ(Query.FieldByName("note")->NewValue().AsString(), "second");
+    EXPECT_EQ(Query.FieldByName("note")->OldValue().AsString(), "before");
+    EXPECT_EQ(Query.PendingUpdate(), kUpdateModify);
+    stream.reset();
+    // Emptied: the written value goes, the old one stays, and the field reads empty.
+    Query.FieldByName("note")->Clear();
+    EXPECT_EQ(Query.FieldByName("note")->AsString(), "");
+    EXPECT_EQ(Query.FieldByName("note")->OldValue().AsString(), "before");
+    Query.Cancel();
+    EXPECT_EQ(Query.FieldByName("note")->AsString(), "before");
+    EXPECT_EQ(Query.ModifiedField(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, ExtEditing, ::testing::ValuesIn(quorda_test::AllProfiles()),

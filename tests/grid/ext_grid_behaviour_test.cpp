@@ -86,37 +86,25 @@ TEST_F(Indicators, IndicatorSizeTakesOnlyValuesFromOneToFortyNine) {
     (void)Grid.viewport()->grab();
 }
 
-// Answers the delete question and remembers it.
-class DeleteQuestion : public GridTest {
-protected:
-    DeleteQuestion() {
-        Saved = Dialogs::SetConfirmHook([this](QWidget*, const std::string& Question) {
-            Asked.push_back(Question);
-            return Answer;
-        });
-    }
-    ~DeleteQuestion() override { Dialogs::SetConfirmHook(Saved); }
-    std::vector<std::string> Asked;
-    bool Answer = true;
-    TConfirmHook Saved;
-};
-
-TEST_F(DeleteQuestion, NoKeepsTheRowsAndOneRowGetsTheSingleQuestion) {
+// No keeps the rows; one row gets the single question. Nothing is asked when the dataset cannot
+// change or confirmation is off.
+TEST_F(GridTest, DeleteQuestionNoKeepsTheRowsAndOneRowGetsTheSingleQuestion) {
+    TConfirmAnswers Confirm;
     Click(4);
     Click(5, Qt::ControlModifier);
     Click(9, Qt::ControlModifier);
-    Answer = false;
+    Confirm.Answer = false;
     Key(Qt::Key_Delete, Qt::ControlModifier);
     EXPECT_EQ(DataSet.RecordCount(), 40);
     Click(7);
-    Answer = true;
+    Confirm.Answer = true;
     Key(Qt::Key_Delete, Qt::ControlModifier);
-    EXPECT_EQ(Asked.back(), SDeleteRecordQuestion);
+    EXPECT_EQ(Confirm.Asked,
+              (std::vector<std::string>{SDeleteMultipleRecordsQuestion, SDeleteRecordQuestion}));
     EXPECT_EQ(DataSet.RecordCount(), 39);
     EXPECT_EQ(DataSet.Locate("ID", 7, {}), false);
-}
 
-TEST_F(DeleteQuestion, NothingIsAskedWhenTheDataSetCannotChangeOrConfirmationIsOff) {
+    Confirm.Asked.clear();
     DataSet.SetReadOnly(true);
     Key(Qt::Key_Delete, Qt::ControlModifier);
     DataSet.SetReadOnly(false);
@@ -125,11 +113,11 @@ TEST_F(DeleteQuestion, NothingIsAskedWhenTheDataSetCannotChangeOrConfirmationIsO
     Grid.SetOptions(options);
     Click(2);
     Key(Qt::Key_Delete, Qt::ControlModifier);
-    EXPECT_TRUE(Asked.empty());
-    EXPECT_EQ(DataSet.RecordCount(), 39);
+    EXPECT_TRUE(Confirm.Asked.empty());
+    EXPECT_EQ(DataSet.RecordCount(), 38);
 }
 
-TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscape) {
+TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscapeErrorsAreShown) {
     GoTo(3);
     Grid.MoveCol(2); // NAME
     QTest::keyClicks(&Grid, "new");
@@ -151,15 +139,12 @@ TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscape) {
     EXPECT_EQ(CurrentId(), 4);
     GoTo(3);
     EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "Z");
-}
 
-TEST_F(GridTest, DataSetErrorsFromKeysGoToTheApplicationsExceptionDisplay) {
+    // A dataset error raised by a key goes to the application's exception display; the edit stays.
     std::vector<std::string> shown;
     const TExceptionHandler saved =
         Application::SetExceptionHandler([&shown](const std::exception& E) { shown.push_back(E.what()); });
     DataSet.BeforePost = [](TDataSet*) { throw EDatabaseError("refused"); };
-    GoTo(2);
-    Grid.MoveCol(2);
     QTest::keyClicks(&Grid, "x");
     QTest::keyClick(Grid.InplaceEditor(), Qt::Key_Return);
     Application::SetExceptionHandler(saved);
@@ -223,7 +208,7 @@ TEST_F(GridTest, DragStartsAfterSixPixels) {
 }
 
 // Over a numbered table (an unnumbered one shows three positions, see the query grid).
-TEST_F(GridTest, ScrollBarFollowsTheRecordNumber) {
+TEST_F(GridTest, ScrollBarAndWindowFollowTheRecordNumberAndTheVisibleRows) {
     QScrollBar* bar = Grid.verticalScrollBar();
     GoTo(25);
     EXPECT_EQ(bar->maximum(), 39);
@@ -231,19 +216,11 @@ TEST_F(GridTest, ScrollBarFollowsTheRecordNumber) {
     bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
     EXPECT_EQ(CurrentId(), 25 + kVisibleRows);
     EXPECT_EQ(bar->value(), 24 + kVisibleRows);
-}
-
-TEST_F(GridTest, TheWindowFollowsTheVisibleRows) {
+    // The dataset's window follows the visible rows.
     EXPECT_EQ(DataSet.BufferCount(), kVisibleRows);
     Grid.resize(Grid.width(), Grid.height() + 3 * Grid.DefaultRowHeight());
     EXPECT_EQ(DataSet.BufferCount(), kVisibleRows + 3);
 }
-
-} // namespace
-} // namespace quorda::gridtest
-
-namespace quorda::gridtest {
-namespace {
 
 // Row-select mode: whole rows move with Left and Right, Home and End go to the first and last row.
 class RowSelect : public GridTest {

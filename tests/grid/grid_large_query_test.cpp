@@ -34,14 +34,10 @@ protected:
 // The resident size of this process in kB.
 long ResidentKb() {
     std::ifstream status("/proc/self/status");
-    std::string key;
-    long value = 0;
-    while (status >> key) {
-        if (key == "VmRSS:") {
-            status >> value;
-            return value;
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("VmRSS:")) {
+            return std::stol(line.substr(6));
         }
-        status.ignore(1 << 10, '\n');
     }
     return -1;
 }
@@ -200,11 +196,7 @@ TEST_F(EditableSqliteGrid, CtrlDeleteAsksTheSeveralRecordsQuestionAndDeletesTheT
         remove.ParamByName("id")->SetAsInteger(DataSet->FieldByName("id")->AsInteger());
         remove.ExecSQL();
     };
-    std::vector<std::string> asked;
-    const TConfirmHook saved = Dialogs::SetConfirmHook([&](QWidget*, const std::string& Question) {
-        asked.push_back(Question);
-        return true;
-    });
+    TConfirmAnswers confirm;
     // Rows 3, 4 and 8: a range and a row added with Ctrl.
     for (int i = 0; i < 2; ++i) {
         QTest::keyClick(&Grid, Qt::Key_Down);
@@ -215,8 +207,7 @@ TEST_F(EditableSqliteGrid, CtrlDeleteAsksTheSeveralRecordsQuestionAndDeletesTheT
     ASSERT_EQ(Grid.SelectedRows().Count(), 3);
 
     QTest::keyClick(&Grid, Qt::Key_Delete, Qt::ControlModifier);
-    Dialogs::SetConfirmHook(saved);
-    EXPECT_EQ(asked, std::vector<std::string>{SDeleteMultipleRecordsQuestion});
+    EXPECT_EQ(confirm.Asked, std::vector<std::string>{SDeleteMultipleRecordsQuestion});
     EXPECT_EQ(Grid.SelectedRows().Count(), 0);
     EXPECT_EQ(quorda_test::RawOdbc(Profile.ConnectionString).Scalar("select group_concat(id) from numbers"),
               "1,2,5,6,7,9,10,11,12");

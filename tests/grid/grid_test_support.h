@@ -88,6 +88,19 @@ public:
     TExtDBGrid Grid;
 };
 
+// Answers the application's questions with Answer and remembers them while it lives.
+struct TConfirmAnswers {
+    TConfirmAnswers()
+        : Saved(Dialogs::SetConfirmHook([this](QWidget*, const std::string& Question) {
+              Asked.push_back(Question);
+              return Answer;
+          })) {}
+    ~TConfirmAnswers() { Dialogs::SetConfirmHook(Saved); }
+    std::vector<std::string> Asked;
+    bool Answer = true;
+    TConfirmHook Saved;
+};
+
 inline std::vector<int> Range(int From, int To) {
     std::vector<int> ids;
     for (int i = From; i <= To; ++i) {

@@ -36,7 +36,7 @@ protected:
 
 TEST_P(Batch, RowsNullsAndMixedTypesArriveOnEveryPath) {
     // Arrays only where they gain: PostgreSQL saves a round trip per row, SQLite ODBC does not.
-    EXPECT_EQ(ProbeDriverQuirks(DataBase->GetDBC()).UseParamArrays(), !IsSqlite());
+    EXPECT_EQ(ProbeDriverQuirks(DataBase->GetDBC()).UseParamArrays(), Profile.Name != "sqlite");
     constexpr int kRows = 2500; // three chunks, the last one short
     std::vector<std::vector<Variant>> rows;
     std::vector<quorda_test::Row> expected;
@@ -136,35 +136,30 @@ TEST_P(Batch, AFailingRowIsNamedAndATransactionLeavesNothing) {
 TEST_P(Batch, RepeatedExecutesSendEachExecutionsOwnValues) {
     const std::string t = Table("id integer, t varchar(300), b " + Profile.Sql.BlobType);
     const auto query = Query("insert into " + t + " values (:id, :t, :b)", std::nullopt);
-    struct Step {
-        Variant Text;
-        std::string Bytes; // empty: NULL
-    };
-    // Longer and shorter texts and blobs, NULLs in between, a number into the text column.
-    const std::vector<Step> steps{{"abc", "\0\1"s},
-                                  {std::string(200, 'x'), "\2"s},
-                                  {"", ""},
-                                  {Variant::Null(), "\3\0\3\0"s},
-                                  {"de", std::string(100, 'y')},
-                                  {42, "z"}};
+    // Longer and shorter texts and blobs (empty: NULL), NULLs in between, a number into the text column.
+    const std::vector<std::pair<Variant, std::string>> steps{{"abc", "\0\1"s},
+                                                             {std::string(200, 'x'), "\2"s},
+                                                             {"", ""},
+                                                             {Variant::Null(), "\3\0\3\0"s},
+                                                             {"de", std::string(100, 'y')},
+                                                             {42, "z"}};
     std::vector<quorda_test::Row> expected;
     for (std::size_t i = 0; i < steps.size(); ++i) {
+        const auto& [text, bytes] = steps[i];
         query->Params()[0]->SetAsInteger(static_cast<std::int32_t>(i));
-        query->Params()[1]->SetAsVariant(steps[i].Text);
-        if (VarIsNull(steps[i].Text)) {
+        query->Params()[1]->SetAsVariant(text);
+        if (VarIsNull(text)) {
             query->Params()[1]->SetAsString("");
             query->Params()[1]->Clear();
         }
-        query->Params()[2]->SetBlobData(steps[i].Bytes.data(), steps[i].Bytes.size());
-        if (steps[i].Bytes.empty()) {
+        query->Params()[2]->SetBlobData(bytes.data(), bytes.size());
+        if (bytes.empty()) {
             query->Params()[2]->Clear();
         }
         query->ExecSQL();
-        // SQLite keeps an empty text as such; PostgreSQL too.
-        expected.push_back(
-            {std::to_string(i),
-             VarIsNull(steps[i].Text) ? std::nullopt : std::optional(steps[i].Text.AsString()),
-             steps[i].Bytes.empty() ? std::nullopt : std::optional(std::to_string(steps[i].Bytes.size()))});
+        expected.push_back({std::to_string(i),
+                            VarIsNull(text) ? std::nullopt : std::optional(text.AsString()),
+                            bytes.empty() ? std::nullopt : std::optional(std::to_string(bytes.size()))});
     }
     EXPECT_EQ(Raw.QueryStrings("select id, t, length(b) from " + t + " order by id"), expected);
 }

@@ -40,7 +40,6 @@ protected:
         }
     }
 
-    bool IsSqlite() const { return Profile.Name == "sqlite"; }
     // A unique table created with the column list Columns; dropped after the test.
     std::string Table(const std::string& Columns) {
         FTables.push_back(quorda_test::UniqueTableName("tools"));

@@ -5,7 +5,6 @@
 #include "quorda/db/field.h"
 #include "quorda/entity/user_entity.h"
 #include "quorda/rtl/data_module.h"
-#include "quorda/rtl/datetime.h"
 #include "quorda/rtl/object_text.h"
 
 #include <gtest/gtest.h>
@@ -29,13 +28,9 @@ protected:
     void SetUp() override {
         Table = quorda_test::UniqueTableName("module");
         quorda_test::RawOdbc raw(Profile.ConnectionString);
-        raw.Exec("create table " + Table + " (id integer, s varchar(200), i integer, f double precision, c " +
-                 (Profile.Name == "sqlite" ? "varchar(40)" : "numeric(14,4)") + ", d date, t time, ts " +
-                 Profile.Sql.TimestampType + ", b integer, m " + Profile.Sql.LongTextType + ", bl " +
-                 Profile.Sql.BlobType + ")");
-        raw.Exec("insert into " + Table + " (id, s) values (1, 'one')");
-        raw.Exec("insert into " + Table + " (id, s) values (2, 'two')");
-        raw.Exec("insert into " + Table + " (id, s) values (3, 'three')");
+        raw.Exec("create table " + Table + " (id integer, s varchar(200), f double precision, d date, m " +
+                 Profile.Sql.LongTextType + ")");
+        raw.Exec("insert into " + Table + " (id, s) values (1, 'one'), (2, 'two'), (3, 'three')");
     }
     void TearDown() override { quorda_test::RawOdbc(Profile.ConnectionString).Exec("drop table " + Table); }
 
@@ -60,32 +55,13 @@ protected:
         items->ParamByName("skip")->SetAsString("it's none");
         items->SetMaxBlobBuffer(4096);
         items->Open();
-
-        // Every parameter type the engine binds, with a value no row has (and one null): the query opens
-        // empty.
-        auto* typed = new TODBCQuery(&module);
-        typed->SetName("Typed");
-        typed->SetODBCDatabase(db);
-        typed->SQL().SetText("select id from " + Table +
-                             " where s = :s or i = :i or id = :sm or id = :w or f = :f or c = :c"
-                             " or d = :d or t = :t or ts = :ts or b = :b or m = :m or bl = :bl or i = :n");
-        typed->ParamByName("s")->SetAsString("O'Brien \xC3\xA9t\xC3\xA9");
-        typed->ParamByName("i")->SetAsInteger(-2147483647);
-        typed->ParamByName("sm")->SetAsSmallInt(-300);
-        typed->ParamByName("w")->SetAsWord(65000);
-        typed->ParamByName("f")->SetAsFloat(2.5);
-        typed->ParamByName("c")->SetAsCurrency(12.34);
-        typed->ParamByName("d")->SetAsDate(EncodeDate(2024, 2, 29));
-        typed->ParamByName("t")->SetAsTime(EncodeTime(13, 45, 10, 0));
-        typed->ParamByName("ts")->SetAsDateTime(EncodeDateTime(2024, 2, 29, 13, 45, 10, 7));
-        typed->ParamByName("b")->SetAsBoolean(true);
-        typed->ParamByName("m")->SetAsMemo("line 1\nline 2");
-        const std::string blob("\x00\x01\xFF\x7F", 4);
-        typed->ParamByName("bl")->SetBlobData(blob.data(), blob.size());
-        typed->ParamByName("n")->SetDataType(ftInteger);
-        typed->ParamByName("n")->Clear();
-        typed->SetUniDirectional(true);
-        typed->Open();
+        // A forward-only query opens again at load.
+        auto* uni = new TODBCQuery(&module);
+        uni->SetName("Uni");
+        uni->SetODBCDatabase(db);
+        uni->SQL().SetText("select id from " + Table + " where id < 0");
+        uni->SetUniDirectional(true);
+        uni->Open();
 
         auto* entity = new TUserEntity(&module);
         entity->SetName("Rows");
@@ -119,8 +95,9 @@ TEST_P(DataModuleStream, LoadedModuleConnectsOpensAndSavesTheSameBytes) {
     ASSERT_EQ(loaded.ComponentCount(), 4);
     auto* db = dynamic_cast<TODBCDatabase*>(loaded.FindComponent("Db"));
     auto* items = dynamic_cast<TODBCQuery*>(loaded.FindComponent("Items"));
-    auto* typed = dynamic_cast<TODBCQuery*>(loaded.FindComponent("Typed"));
-    ASSERT_TRUE(db && items && typed);
+    auto* uni = dynamic_cast<TODBCQuery*>(loaded.FindComponent("Uni"));
+    ASSERT_TRUE(db && items && uni);
+    EXPECT_TRUE(uni->Active() && uni->UniDirectional() && uni->IsEmpty());
     EXPECT_TRUE(db->Connected());
     EXPECT_EQ(items->ODBCDatabase(), db);
     ASSERT_TRUE(items->Active());
@@ -129,10 +106,6 @@ TEST_P(DataModuleStream, LoadedModuleConnectsOpensAndSavesTheSameBytes) {
         rows.push_back(items->FieldByName("s")->AsString());
     }
     EXPECT_EQ(rows, (std::vector<std::string>{"two", "three"}));
-    ASSERT_TRUE(typed->Active());
-    EXPECT_TRUE(typed->IsEmpty());
-    EXPECT_TRUE(typed->ParamByName("n")->IsNull());
-    EXPECT_EQ(typed->ParamByName("sm")->DataType(), ftSmallint);
     auto* entity = dynamic_cast<TUserEntity*>(loaded.FindComponent("Rows"));
     ASSERT_TRUE(entity);
     EXPECT_EQ(entity->FieldCount(), 5);

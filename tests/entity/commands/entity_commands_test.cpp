@@ -11,61 +11,55 @@ using quorda_test::Row;
 
 class EntityCommands : public CommandsTest {};
 
+// Bare and quoted names alike: a quoted name binds its parameter by the bare name.
 TEST_P(EntityCommands, AddEditDeleteReachTheTableAndNotifyNamesakes) {
-    TNotesEntity Writer(T, "NOTES");
-    TNotesEntity Reader(T, "NOTES");
-    auto Unmark = [&] {
-        Writer.SetFlgReread(false);
-        Reader.SetFlgReread(false);
-    };
-
-    Unmark();
-    Writer.SetValues(1, 7, "first", "a long text");
-    EXPECT_EQ(Writer.Add().AsInteger(), 1);
-    EXPECT_EQ(Rows(), (std::vector<Row>{{"1", "7", "first", "a long text"}}));
-    EXPECT_TRUE(Reader.flgReread());
-
-    ASSERT_EQ(Writer.Lock(), lrOk);
-
-    // Nothing differs from the locked row: nothing runs, nobody hears of it.
-    Unmark();
-    Raw.Exec("update " + T + " set customer = 8 where id = 1");
-    EXPECT_EQ(Writer.Edit().AsInteger(), 0);
-    EXPECT_FALSE(Reader.flgReread());
-    EXPECT_EQ(Rows()[0][1], "8");
-
-    // Only the changed column is written: the customer changed behind the entity's back stays.
-    Writer.SetFieldValue("note", "second");
-    EXPECT_EQ(Writer.Edit().AsInteger(), 1);
-    EXPECT_EQ(Rows(), (std::vector<Row>{{"1", "8", "second", "a long text"}}));
-    EXPECT_TRUE(Reader.flgReread());
-
-    Unmark();
-    EXPECT_EQ(Writer.Delete().AsInteger(), 1);
-    EXPECT_TRUE(Rows().empty());
-    EXPECT_TRUE(Reader.flgReread());
-    EXPECT_TRUE(Errors.Shown.empty());
-}
-
-TEST_P(EntityCommands, QuotedNamesBindByTheBareName) {
     if (!Profile.Sql.QuotedNames.empty()) {
         ExecuteQuery(Profile.Sql.QuotedNames);
     }
-    TNotesEntity Notes(T, "");
-    for (int I = 0; I < Notes.FieldCount(); ++I) {
-        Notes.GetFields(I)->SetFactQuote("\"");
+    for (const char* Quote : {"", "\""}) {
+        SCOPED_TRACE(Quote);
+        TNotesEntity Writer(T, "NOTES");
+        TNotesEntity Reader(T, "NOTES");
+        for (int I = 0; I < Writer.FieldCount(); ++I) {
+            Writer.GetFields(I)->SetFactQuote(Quote);
+        }
+        auto Unmark = [&] {
+            Writer.SetFlgReread(false);
+            Reader.SetFlgReread(false);
+        };
+
+        Unmark();
+        Writer.SetValues(1, 7, "first", "a long text");
+        EXPECT_EQ(Writer.Add().AsInteger(), 1);
+        EXPECT_EQ(Rows(), (std::vector<Row>{{"1", "7", "first", "a long text"}}));
+        EXPECT_TRUE(Reader.flgReread());
+
+        ASSERT_EQ(Writer.Lock(), lrOk);
+
+        // Nothing differs from the locked row: nothing runs, nobody hears of it.
+        Unmark();
+        Raw.Exec("update " + T + " set customer = 8 where id = 1");
+        EXPECT_EQ(Writer.Edit().AsInteger(), 0);
+        EXPECT_FALSE(Reader.flgReread());
+        EXPECT_EQ(Rows()[0][1], "8");
+
+        // Only the changed column is written: the customer changed behind the entity's back stays.
+        Writer.SetFieldValue("note", "second");
+        EXPECT_EQ(Writer.Edit().AsInteger(), 1);
+        EXPECT_EQ(Rows(), (std::vector<Row>{{"1", "8", "second", "a long text"}}));
+        EXPECT_TRUE(Reader.flgReread());
+
+        Unmark();
+        EXPECT_EQ(Writer.Delete().AsInteger(), 1);
+        EXPECT_TRUE(Rows().empty());
+        EXPECT_TRUE(Reader.flgReread());
     }
-    Notes.SetValues(4, 1, "q", "m");
-    Notes.Add();
-    ASSERT_EQ(Notes.Lock(), lrOk);
-    Notes.SetFieldValue("customer", 2);
-    EXPECT_EQ(Notes.Edit().AsInteger(), 1);
-    EXPECT_EQ(Rows(), (std::vector<Row>{{"4", "2", "q", "m"}}));
+    EXPECT_TRUE(Errors.Shown.empty());
 }
 
 // Each value source inserts a row of values (a 64-bit number among them) and a row of nulls and
-// empty strings. An empty string
-// is a null when it comes from an array or a field; a query's row hands over what it holds.
+// empty strings. An empty string is a null when it comes from an array or a field; a query's row
+// hands over what it holds.
 TEST_P(EntityCommands, ValueSourcesBindValuesNullsAndEmptyStrings) {
     const std::string Source = quorda_test::UniqueTableName("source");
     Raw.Exec("create table " + Source + " (id integer, customer bigint, note varchar(20), memo text)");
@@ -106,9 +100,8 @@ TEST_P(EntityCommands, ValueSourcesBindValuesNullsAndEmptyStrings) {
                                             {"2", std::nullopt, C.EmptyNote, std::nullopt}}));
     }
     Raw.Exec("drop table " + Source);
-}
 
-TEST_P(EntityCommands, FieldBindingNamesAParameterWithoutField) {
+    // A field binding needs a field for every parameter.
     TNotesEntity Notes(T, "");
     const auto Query = CreateQuery();
     Query->SQL().SetText("select * from " + T + " where id = :id and customer = :nosuch");

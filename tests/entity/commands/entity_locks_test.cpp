@@ -70,19 +70,18 @@ INSTANTIATE_TEST_SUITE_P(Drivers, EntityLocks, ::testing::Values("sqlite", "pgsq
 // A lock procedure says that the row is gone with native error -746; any other error means the row
 // is locked. Only a lock that did not find the row gone re-reads it.
 TEST(EntityLockProcedure, NativeErrorMinus746MeansDeleted) {
-    struct Case {
+    const struct {
         TExecType Command;
         int Native;
         TLockResult Expected;
         bool ReRead;
-    };
-    const std::vector<Case> Cases{
+    } Cases[] = {
         {fetLock, -746, lrDeleted, false},
         {fetLock, 7, lrLocked, true},
         {fetCLock, -746, lrDeleted, false},
         {fetCLock, 7, lrLocked, false},
     };
-    for (const Case& C : Cases) {
+    for (const auto& C : Cases) {
         SCOPED_TRACE(std::to_string(C.Command) + " " + std::to_string(C.Native));
         quorda_test::FaultDriver Fault("fail:SQLExecute@1|diag:SQLExecute:HY000/" + std::to_string(C.Native) +
                                        "/row|result:id/4|row:1");

@@ -25,31 +25,26 @@ protected:
             "'2024-03-20', 'long text'), (5, 'bravo', 2, 2, '2024-04-02', 'long text'), (6, 'foxtrot', "
             "1500.75, 2500, '2023-12-31', null)");
         Raw.Exec("create view " + V + " as select id, name, price, qty, made, memo from " + I);
-        Items = Configured();
+        Items = std::make_unique<TUserEntity>(nullptr);
+        Items->CreateField("id", "Id", "", 4, true, false, true, false, ftInteger, cnstETPK);
+        Items->CreateField("name", "Name", "", 12, true, true, false, true, ftString, cnstETField);
+        Items->CreateField("price", "Price", "", 9, true, true, false, true, ftFloat, cnstETField);
+        Items->CreateField("qty", "Quantity", "", 5, true, true, false, true, ftInteger, cnstETField);
+        Items->CreateField("made", "Made", "", 10, true, true, false, false, ftDate, cnstETField);
+        Items->CreateField("memo", "Memo", "", 10, true, true, false, false, ftMemo, cnstETField);
+        Items->SetFactTable(I);
+        Items->SetViewTable(V);
+        Items->SetWherePhrase("qty > 0");
+        Items->SetFilterStr("price >= :price");
+        Items->SetFieldFilter("price", 3.0);
+        Items->SetPrecision(15);
+        Items->SetDigits(2);
     }
     void TearDown() override {
         Items.reset();
         Raw.Exec("drop view " + V);
         Raw.Exec("drop table " + I);
         CommandsTest::TearDown();
-    }
-
-    std::unique_ptr<TUserEntity> Configured() {
-        auto Entity = std::make_unique<TUserEntity>(nullptr);
-        Entity->CreateField("id", "Id", "", 4, true, false, true, false, ftInteger, cnstETPK);
-        Entity->CreateField("name", "Name", "", 12, true, true, false, true, ftString, cnstETField);
-        Entity->CreateField("price", "Price", "", 9, true, true, false, true, ftFloat, cnstETField);
-        Entity->CreateField("qty", "Quantity", "", 5, true, true, false, true, ftInteger, cnstETField);
-        Entity->CreateField("made", "Made", "", 10, true, true, false, false, ftDate, cnstETField);
-        Entity->CreateField("memo", "Memo", "", 10, true, true, false, false, ftMemo, cnstETField);
-        Entity->SetFactTable(I);
-        Entity->SetViewTable(V);
-        Entity->SetWherePhrase("qty > 0");
-        Entity->SetFilterStr("price >= :price");
-        Entity->SetFieldFilter("price", 3.0);
-        Entity->SetPrecision(15);
-        Entity->SetDigits(2);
-        return Entity;
     }
 
     // The ids of the selection from its first row; the current row is left on the last.
@@ -73,28 +68,9 @@ protected:
     std::unique_ptr<TUserEntity> Items;
 };
 
-// Ordering by each sortable column, both ways: only the rows that pass WherePhrase and the filter, in
-// the order of that column.
-TEST_P(EntityOpen, FilterAndWherePhraseHoldUnderEveryOrdering) {
-    const std::pair<const char*, std::vector<int>> Ascending[] = {
-        {"name", {2, 4, 1, 6}},
-        {"price", {1, 4, 2, 6}},
-        {"qty", {2, 1, 4, 6}},
-    };
-    for (const auto& [Column, Ids] : Ascending) {
-        for (const bool Descending : {false, true}) {
-            SCOPED_TRACE(std::string(Column) + (Descending ? " desc" : ""));
-            Items->SetOrdering(Items->lstFields().IndexOf(Column));
-            Items->SetOrderingDesc(Descending);
-            Items->EntityOpen();
-            EXPECT_EQ(this->Ids(), Descending ? std::vector<int>(Ids.rbegin(), Ids.rend()) : Ids);
-        }
-    }
-    EXPECT_TRUE(Errors.Shown.empty());
-}
-
-// Re-opening and re-reading stay on the row the selection stood on; the entity leads its namesakes,
-// unmarked. The columns show as the fields say.
+// The selection holds the rows that pass WherePhrase and the filter, in the order of the sorting
+// field. Re-opening and re-reading stay on the row the selection stood on; the entity leads its
+// namesakes, unmarked. The columns show as the fields say.
 TEST_P(EntityOpen, ReopeningKeepsTheRowAndColumnsShowAsTheFieldsSay) {
     Items->SetviewEntity("ITEMS");
     TTestEntity Other("ITEMS");

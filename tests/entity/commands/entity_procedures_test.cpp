@@ -51,6 +51,13 @@ TEST_P(EntityProcedures, ExecutedAndOpenedProceduresTakeTheirArgumentsInFieldOrd
         Notes.SetSPOpen(fetDelete, true);
         EXPECT_EQ(Notes.Delete().AsInteger(), 2);
         EXPECT_TRUE(Rows().empty());
+
+        // A blank name is no procedure: it cannot be made, and the command runs its generated statement.
+        Notes.SetSP(fetInsert, "  ");
+        EXPECT_EQ(MessageOf<EEntityException>([&] { Notes.CreateSProcedure(fetInsert); }),
+                  "Can not create empty procedure");
+        Notes.SetValues(3, 1, "x", "y");
+        EXPECT_EQ(Notes.Add().AsInteger(), 1);
     }
     EXPECT_TRUE(Errors.Shown.empty());
 }
@@ -72,16 +79,6 @@ TEST_P(EntityProcedures, TheSelectProcedurePreparesTheSelection) {
     Notes.ReOpenSql();
     EXPECT_EQ(Notes.DataQuery()->RecordCount(), 2);
     EXPECT_FALSE(Notes.flgReread());
-}
-
-TEST_P(EntityProcedures, ABlankProcedureNameIsRefused) {
-    TNotesEntity Notes(T, "");
-    Notes.SetSP(fetUpdate, "  ");
-    EXPECT_EQ(MessageOf<EEntityException>([&] { Notes.CreateSProcedure(fetUpdate); }),
-              "Can not create empty procedure");
-    // A blank name is no procedure: the command runs its generated statement.
-    Notes.SetValues(3, 1, "x", "y");
-    EXPECT_EQ(Notes.Add().AsInteger(), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, EntityProcedures, ::testing::Values("pgsql"), quorda_test::ProfileTestName);

@@ -7,9 +7,9 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <quorda_test/profiles.h>
 #include <quorda_test/raw_odbc.h>
-#include <sstream>
 
 namespace quorda::browser {
 namespace {
@@ -18,9 +18,7 @@ namespace fs = std::filesystem;
 
 std::string ReadFile(const fs::path& Path) {
     std::ifstream in(Path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 class BrowserExport : public ::testing::Test {
