@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace quorda;
@@ -116,28 +117,26 @@ TEST(DateTimeCalendar, NonFiniteValuesHaveNoTimeStampAndTheClockReadsToday) {
     EXPECT_LT(Time(), 1.0);
 }
 
-TEST(DateTimeText, DefaultFormatsAreIso) {
-    const TDateTime value = EncodeDateTime(2000, 2, 29, 13, 5, 7, 8);
-    EXPECT_EQ(DateTimeToStr(value), "2000-02-29 13:05:07");
-    EXPECT_EQ(DateToStr(value), "2000-02-29");
-    EXPECT_EQ(TimeToStr(value), "13:05:07");
-    EXPECT_EQ(DateTimeToStr(EncodeDate(1, 1, 1)), "0001-01-01"); // midnight: no time part
-    EXPECT_EQ(DateTimeToStr(-1.25), "1899-12-29 06:00:00");
-}
-
 TEST(DateTimeText, FormatTokens) {
-    TFormatSettings settings;
     const TDateTime value = EncodeDateTime(2005, 3, 7, 0, 5, 9, 42);
-    EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", value, settings), "2005-03-07 00:05:09.042");
-    EXPECT_EQ(FormatDateTime("yy/m/d h:n:s.z", value, settings), "05-3-7 0:5:9.42");
-    EXPECT_EQ(FormatDateTime("ddd dddd mmm mmmm", value, settings), "Mon Monday Mar March");
-    EXPECT_EQ(FormatDateTime("h:mm am/pm", value, settings), "12:05 am");
-    EXPECT_EQ(FormatDateTime("hh:mm AM/PM", value + 0.5, settings), "12:05 PM");
-    EXPECT_EQ(FormatDateTime("h a/p", value + 0.55, settings), "1 p");
-    EXPECT_EQ(FormatDateTime("hh ampm", value + 0.75, settings), "06 PM");
-    EXPECT_EQ(FormatDateTime("'Day' d \"of\" mmmm", value, settings), "Day 7 of March");
-    EXPECT_EQ(FormatDateTime("c", value, settings), "2005-03-07 00:05:09");
-    EXPECT_EQ(FormatDateTime("ddddd t", value, settings), "2005-03-07 00:05");
+    EXPECT_EQ(DateTimeToStr(-1.25), "1899-12-29 06:00:00");
+    EXPECT_EQ(DateTimeToStr(EncodeDate(1, 1, 1)), "0001-01-01"); // midnight: no time part
+    EXPECT_EQ(DateToStr(value) + "|" + TimeToStr(value), "2005-03-07|00:05:09");
+    TFormatSettings settings;
+    const std::tuple<const char*, double, const char*> cases[] = {
+        {"yyyy-mm-dd hh:nn:ss.zzz", 0, "2005-03-07 00:05:09.042"},
+        {"yy/m/d h:n:s.z", 0, "05-3-7 0:5:9.42"},
+        {"ddd dddd mmm mmmm", 0, "Mon Monday Mar March"},
+        {"h:mm am/pm", 0, "12:05 am"},
+        {"hh:mm AM/PM", 0.5, "12:05 PM"},
+        {"h a/p", 0.55, "1 p"},
+        {"hh ampm", 0.75, "06 PM"},
+        {"'Day' d \"of\" mmmm", 0, "Day 7 of March"},
+        {"c", 0, "2005-03-07 00:05:09"},
+        {"ddddd t", 0, "2005-03-07 00:05"}};
+    for (const auto& [format, offset, text] : cases) {
+        EXPECT_EQ(FormatDateTime(format, value + offset, settings), text) << format;
+    }
 
     settings.DateSeparator = '.';
     settings.TimeSeparator = 'h';
@@ -147,6 +146,20 @@ TEST(DateTimeText, FormatTokens) {
     // A format that names itself stops instead of recursing forever.
     settings.ShortDateFormat = "ddddd";
     EXPECT_EQ(FormatDateTime("ddddd", value, settings), "");
+
+    // Nested formats that switch to the 12-hour clock, short years, milliseconds and the edges of
+    // the year: where the stack-buffer text could part from the field-by-field route.
+    TFormatSettings clock;
+    clock.LongTimeFormat = "h:nn:ss.zzz am/pm";
+    const std::tuple<const char*, TDateTime, const char*> edges[] = {
+        {"c", EncodeDateTime(5, 1, 2, 23, 59, 59, 999), "0005-01-02 11:59:59.999 pm"},
+        {"yy yyyy d/m", EncodeDateTime(999, 12, 31, 0, 0, 0, 1), "99 0999 31-12"},
+        {"t 'h:nn am/pm' hh", EncodeDateTime(2020, 6, 1, 0, 7, 0, 0), "00:07 h:nn am/pm 00"},
+        {"tt", EncodeDateTime(2020, 6, 1, 12, 0, 0, 40), "12:00:00.040 pm"},
+        {"z zzz", EncodeTime(0, 0, 0, 7), "7 007"}};
+    for (const auto& [format, edge, text] : edges) {
+        EXPECT_EQ(FormatDateTime(format, edge, clock), text) << format;
+    }
 }
 
 TEST(DateTimeText, ParseDatesAndTimes) {
@@ -183,13 +196,11 @@ TEST(DateTimeText, ParseDatesAndTimes) {
     EXPECT_THROW(StrToDate("2000-02-30"), EConvertError);
     EXPECT_THROW(StrToTime("25:00"), EConvertError);
     EXPECT_THROW(StrToDateTime("2000-01-01 25:00"), EConvertError);
-}
 
-TEST(DateTimeText, ShortFormsFollowTheGlobalSettings) {
+    // The short forms follow the global settings both ways.
     SettingsGuard guard;
     FormatSettings().ShortDateFormat = "mm/dd/yyyy";
     FormatSettings().DateSeparator = '/';
-    const TDateTime value = EncodeDateTime(2001, 2, 3, 4, 5, 6, 0);
-    EXPECT_EQ(DateTimeToStr(value), "02/03/2001 04:05:06");
-    EXPECT_EQ(StrToDateTime("02/03/2001 04:05:06"), value);
+    EXPECT_EQ(DateTimeToStr(EncodeDateTime(2001, 2, 3, 4, 5, 6, 0)), "02/03/2001 04:05:06");
+    EXPECT_EQ(StrToDateTime("02/03/2001 04:05:06"), EncodeDateTime(2001, 2, 3, 4, 5, 6, 0));
 }

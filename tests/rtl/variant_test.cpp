@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <sstream>
+#include <tuple>
 #include <type_traits>
 
 using namespace quorda;
@@ -177,53 +178,37 @@ TEST(VariantArray, CopiesAreDeepAndSelfReferenceIsSafe) {
     EXPECT_EQ(target[0].AsInteger(), 1);
 }
 
-TEST(VariantCompare, NullAndEmptyOnlyEqualThemselves) {
-    // Null = Null is True (the loose rule); Null = anything else is False.
-    EXPECT_TRUE(Variant::Null() == Variant::Null());
-    EXPECT_FALSE(Variant::Null() == Variant(0));
-    EXPECT_FALSE(Variant::Null() == Variant(""));
-    EXPECT_TRUE(Variant::Null() != Variant(0));
-    EXPECT_TRUE(Variant() == Variant());
-    EXPECT_FALSE(Variant() == Variant(0));
-    EXPECT_FALSE(Variant() == Variant(""));
-    EXPECT_FALSE(Variant() == Variant::Null());
-    EXPECT_EQ(VarCompareValue(Variant(), Variant::Null()), vrLessThan);
-    EXPECT_EQ(VarCompareValue(Variant::Null(), Variant(-5)), vrLessThan);
-    EXPECT_EQ(VarCompareValue(Variant("a"), Variant::Null()), vrGreaterThan);
-}
-
-TEST(VariantCompare, AcrossKinds) {
-    EXPECT_TRUE(Variant(1) == Variant(1.0));
-    EXPECT_TRUE(Variant(std::int16_t(7)) == Variant(std::uint64_t(7)));
-    EXPECT_TRUE(Variant(Currency(1.5)) == Variant(1.5));
-    EXPECT_TRUE(Variant(Currency(2)) == Variant(2));
-    EXPECT_TRUE(Variant("1") == Variant(1));
-    EXPECT_TRUE(Variant(1) == Variant("1.0"));
-    EXPECT_TRUE(Variant("9007199254740993") == Variant(9007199254740993LL)); // exact, not via double
-    EXPECT_FALSE(Variant("9007199254740993") == Variant(9007199254740992LL));
+// Null = Null is True (the loose rule), Null and Empty equal nothing else; across kinds values compare
+// by value, strings as numbers when the other side is one (exactly, not through a double).
+TEST(VariantCompare, EqualityAndOrderAcrossKinds) {
+    const Variant null = Variant::Null(), empty, big = 9007199254740993LL, below = 9007199254740992LL;
+    const Variant digits = "9007199254740993", y2k = Variant::FromDateTime(EncodeDate(2000, 1, 1)),
+                  y2kText = "2000-01-01", day = Variant::FromDateTime(36526.5), cur = Currency(1.5);
+    const Variant u64 = std::numeric_limits<std::uint64_t>::max(),
+                  i64 = std::numeric_limits<std::int64_t>::max();
+    const Variant list = VarArrayOf({1, "a"}), same = VarArrayOf({1.0, "a"}), other = VarArrayOf({1, "b"});
+    const std::tuple<Variant, Variant, bool> equality[] = {
+        {null, null, true},     {null, 0, false},       {null, "", false},    {empty, empty, true},
+        {empty, 0, false},      {empty, "", false},     {empty, null, false}, {1, 1.0, true},
+        {short(7), 7ULL, true}, {Currency(2), 2, true}, {"1", 1, true},       {1, "1.0", true},
+        {"abc", "ABC", false},  {"abc", "abc", true},   {true, 5, true},      {false, 5, false},
+        {true, "True", true},   {true, "true", false},  {day, 36526.5, true}, {y2k, y2kText, true},
+        {list, same, true},     {list, other, false},   {cur, 1.5, true},     {digits, big, true},
+        {digits, below, false}};
+    for (std::size_t i = 0; i < std::size(equality); ++i) {
+        const auto& [a, b, equal] = equality[i];
+        EXPECT_EQ(a == b, equal) << "row " << i;
+        EXPECT_EQ(a != b, !equal) << "row " << i;
+    }
+    const std::tuple<Variant, Variant, TVariantRelationship> order[] = {
+        {empty, null, vrLessThan}, {null, -5, vrLessThan},    {"a", null, vrGreaterThan},
+        {1, 2.5, vrLessThan},      {"b", "a", vrGreaterThan}, {u64, i64, vrGreaterThan},
+        {-1, u64, vrLessThan},     {NaN, 1.0, vrNotEqual},    {list, VarArrayOf({1}), vrNotEqual}};
+    for (std::size_t i = 0; i < std::size(order); ++i) {
+        EXPECT_EQ(VarCompareValue(std::get<0>(order[i]), std::get<1>(order[i])), std::get<2>(order[i]))
+            << "row " << i;
+    }
     EXPECT_THROW((void)(Variant("abc") == Variant(1)), EVariantTypeCastError);
-    EXPECT_FALSE(Variant("abc") == Variant("ABC"));
-    EXPECT_TRUE(Variant("abc") == "abc");
-    EXPECT_TRUE(Variant(true) == Variant(5));
-    EXPECT_FALSE(Variant(false) == Variant(5));
-    EXPECT_TRUE(Variant(true) == Variant("True"));
-    EXPECT_FALSE(Variant(true) == Variant("true"));
-    EXPECT_TRUE(Variant::FromDateTime(36526.5) == Variant(36526.5));
-    EXPECT_TRUE(Variant::FromDateTime(EncodeDate(2000, 1, 1)) == Variant("2000-01-01"));
-
-    EXPECT_EQ(VarCompareValue(Variant(1), Variant(2.5)), vrLessThan);
-    EXPECT_EQ(VarCompareValue(Variant("b"), Variant("a")), vrGreaterThan);
-    EXPECT_EQ(VarCompareValue(Variant(std::numeric_limits<std::uint64_t>::max()),
-                              Variant(std::numeric_limits<std::int64_t>::max())),
-              vrGreaterThan);
-    EXPECT_EQ(VarCompareValue(Variant(-1), Variant(std::numeric_limits<std::uint64_t>::max())), vrLessThan);
-    EXPECT_EQ(VarCompareValue(Variant(std::numeric_limits<double>::quiet_NaN()), Variant(1.0)), vrNotEqual);
-}
-
-TEST(VariantCompare, ArraysCompareElementWiseAndOnlyWithArrays) {
-    EXPECT_TRUE(VarArrayOf({1, "a"}) == VarArrayOf({1.0, "a"}));
-    EXPECT_FALSE(VarArrayOf({1, "a"}) == VarArrayOf({1, "b"}));
-    EXPECT_EQ(VarCompareValue(VarArrayOf({1}), VarArrayOf({1, 2})), vrNotEqual);
-    EXPECT_EQ(MessageOf<EVariantInvalidOpError>([] { (void)(VarArrayOf({1}) == Variant(1)); }),
+    EXPECT_EQ(MessageOf<EVariantInvalidOpError>([&] { (void)(list == Variant(1)); }),
               "Invalid variant operation");
 }
