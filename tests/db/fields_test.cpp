@@ -3,7 +3,9 @@
 
 #include "db_test_support.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -210,6 +212,23 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
     EXPECT_EQ(F("DT")->Value().VarType(), varDate);
     F("D")->SetAsString("");
     EXPECT_TRUE(F("D")->IsNull());
+
+    // A stored time stamp converts in integers where it can; from before the calendar, around day 0
+    // of TDateTime, to past 9999-12-31 it must come out as the calendar's own split and composition.
+    constexpr double day = MSecsPerDay;
+    for (const double stored :
+         {0.0, 1.0, day, 2 * day - 1, (DateDelta - 1) * day + 43'200'000, DateDelta * day - 1,
+          DateDelta * day, DateDelta * day + 1.75, (DateDelta + 46'000) * day + 45'296'789,
+          3'652'060 * day - 1, 3'652'060 * day, -day - 1}) {
+        TDateTimeRec rec{};
+        rec.DateTime = stored;
+        EXPECT_EQ(DateTimeRecToDateTime(ftDateTime, rec),
+                  TimeStampToDateTime(MSecsToTimeStamp(std::trunc(stored))))
+            << stored;
+    }
+    TDateTimeRec invalid{};
+    invalid.DateTime = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_THROW(DateTimeRecToDateTime(ftDateTime, invalid), EConvertError);
 }
 
 TEST_F(FieldsTest, UnsupportedConversionsNameTheTargetAndTheField) {
