@@ -33,9 +33,11 @@ protected:
 // A data link that writes every notification it receives into a shared log.
 class TRecordingLink : public TDataLink {
 public:
-    TRecordingLink(std::vector<std::string>& Log, std::string Name, int Buffers = 1)
+    TRecordingLink(std::vector<std::string>& Log, std::string Name, int Buffers = 1,
+                   TDataSource* Source = nullptr)
         : FLog(Log), FName(std::move(Name)) {
         SetBufferCount(Buffers);
+        SetDataSource(Source);
     }
 
     // The value of Field in each record of the link's window, in order.

@@ -72,10 +72,9 @@ TEST_F(LocateTest, SeveralKeysNullsAndNumbers) {
 
 TEST_F(LocateTest, LinksHearOnlyTheOutcome) {
     TDataSource source(nullptr);
-    std::vector<std::string> log;
-    TRecordingLink link(log, "", 2);
-    link.SetDataSource(&source);
     source.SetDataSet(&DataSet);
+    std::vector<std::string> log;
+    TRecordingLink link(log, "", 2, &source);
     log.clear();
     EXPECT_TRUE(DataSet.Locate("NAME", "Berit", {}));
     EXPECT_EQ(log, (Names{"CheckBrowseMode", "DataSetChanged"}));

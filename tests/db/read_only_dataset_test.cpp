@@ -109,10 +109,9 @@ TEST(ReadOnlyDataSet, RefusesEveryEditAndLocatesWithoutBookmarks) {
 TEST(ReadOnlyDataSet, ForwardOnlyReadsOnceAndStartsOverByReopening) {
     TNumbersDataSet dataSet(4, true);
     TDataSource source(nullptr);
-    std::vector<std::string> log;
-    TRecordingLink grid(log, "", 5);
-    grid.SetDataSource(&source);
     source.SetDataSet(&dataSet);
+    std::vector<std::string> log;
+    TRecordingLink grid(log, "", 5, &source);
     dataSet.Open();
     EXPECT_EQ(grid.RecordCount(), 1) << "a forward-only ring holds one record";
     std::vector<int> seen;

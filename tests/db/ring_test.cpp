@@ -15,7 +15,10 @@ using Names = std::vector<std::string>;
 
 class RingTest : public ::testing::Test {
 protected:
-    void SetUp() override { FillNumbers(DataSet, 20); }
+    void SetUp() override {
+        FillNumbers(DataSet, 20);
+        Source.SetDataSet(&DataSet);
+    }
 
     TProbeDataSet DataSet{nullptr};
     TDataSource Source{nullptr};
@@ -23,16 +26,13 @@ protected:
 };
 
 TEST_F(RingTest, GrowsToTheLargestLinkAndShrinksBackKeepingTheActiveRecord) {
-    Source.SetDataSet(&DataSet);
     EXPECT_EQ(DataSet.BufferCount(), 1);
     DataSet.MoveBy(4);
     {
-        TRecordingLink small(Log, "small", 3);
-        small.SetDataSource(&Source);
+        TRecordingLink small(Log, "small", 3, &Source);
         EXPECT_EQ(DataSet.BufferCount(), 3);
         {
-            TRecordingLink large(Log, "large", 5);
-            large.SetDataSource(&Source);
+            TRecordingLink large(Log, "large", 5, &Source);
             EXPECT_EQ(DataSet.BufferCount(), 5);
             EXPECT_EQ(CurrentId(DataSet), 5);
             EXPECT_EQ(large.RecordCount(), 5);
@@ -53,12 +53,8 @@ TEST_F(RingTest, GrowsToTheLargestLinkAndShrinksBackKeepingTheActiveRecord) {
 }
 
 TEST_F(RingTest, LinkWindowsFollowTheRecordsAcrossTheRingEdges) {
-    TRecordingLink small(Log, "small", 3);
-    TRecordingLink large(Log, "large", 5);
-    small.SetDataSource(&Source);
-    large.SetDataSource(&Source);
-    Source.SetDataSet(&DataSet);
-    DataSet.First();
+    TRecordingLink small(Log, "small", 3, &Source);
+    TRecordingLink large(Log, "large", 5, &Source);
     EXPECT_EQ(large.Window("ID"), (Names{"1", "2", "3", "4", "5"}));
     EXPECT_EQ(small.Window("ID"), (Names{"1", "2", "3"}));
 
@@ -94,9 +90,7 @@ TEST_F(RingTest, LinkWindowsFollowTheRecordsAcrossTheRingEdges) {
 }
 
 TEST_F(RingTest, EveryRecordOfAFullScanIsVisitedOnceWithoutRefetching) {
-    TRecordingLink grid(Log, "", 4);
-    grid.SetDataSource(&Source);
-    Source.SetDataSet(&DataSet);
+    TRecordingLink grid(Log, "", 4, &Source);
     DataSet.First();
     DataSet.GetRecordCalls = 0;
     DataSet.SetToRecordCalls = 0;
@@ -114,9 +108,7 @@ TEST_F(RingTest, EveryRecordOfAFullScanIsVisitedOnceWithoutRefetching) {
 }
 
 TEST_F(RingTest, GotoBookmarkCentresTheRecordAndResyncNearTheEndRefillsFromBefore) {
-    TRecordingLink grid(Log, "", 5);
-    grid.SetDataSource(&Source);
-    Source.SetDataSet(&DataSet);
+    TRecordingLink grid(Log, "", 5, &Source);
     DataSet.MoveBy(9);
     TBookmark tenth = DataSet.GetBookmark();
     DataSet.Last();
@@ -137,9 +129,7 @@ TEST_F(RingTest, GotoBookmarkCentresTheRecordAndResyncNearTheEndRefillsFromBefor
 }
 
 TEST_F(RingTest, EnableControlsSendsOneStateUpdateAndOneChange) {
-    TRecordingLink link(Log, "", 1);
-    link.SetDataSource(&Source);
-    Source.SetDataSet(&DataSet);
+    TRecordingLink link(Log, "", 1, &Source);
     Log.clear();
     DataSet.DisableControls();
     DataSet.DisableControls();

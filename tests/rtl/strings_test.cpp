@@ -71,22 +71,18 @@ TEST(StringList, SortedListPlacesItemsAndAppliesTheDuplicateRule) {
     EXPECT_EQ(index, 3); // insertion point between banana and pear
 
     // Duplicates are only checked while sorted.
-    TStringList unsorted;
-    unsorted.SetDuplicates(dupError);
-    unsorted.Add("a");
-    EXPECT_NO_THROW(unsorted.Add("a"));
-    EXPECT_EQ(unsorted.Count(), 2);
+    list.SetSorted(false);
+    list.Add("Pear");
+    EXPECT_EQ(list.Count(), 5);
 }
 
 TEST(StringList, IndexOfIgnoresCaseUnlessCaseSensitive) {
     TStringList list;
     list.SetText("Alpha\nбета\nÉté\n");
-    EXPECT_EQ(list.IndexOf("ALPHA"), 0);
-    EXPECT_EQ(list.IndexOf("БЕТА"), 1);
-    EXPECT_EQ(list.IndexOf("été"), 2);
-    EXPECT_EQ(list.IndexOf("gamma"), -1);
-    EXPECT_EQ(list.IndexOf(std::string_view("ÉTÉS").substr(0, 5)), 2) << "a view ends at its length";
-
+    // A view ends at its length: "ÉTÉS" cut to "ÉTÉ".
+    EXPECT_EQ(Map<std::string_view>({"ALPHA", "БЕТА", "été", "gamma", std::string_view("ÉTÉS").substr(0, 5)},
+                                    [&](std::string_view text) { return list.IndexOf(text); }),
+              (std::vector<int>{0, 1, 2, -1, 2}));
     list.SetCaseSensitive(true);
     EXPECT_EQ(list.IndexOf("ALPHA"), -1);
     EXPECT_EQ(list.IndexOf("Alpha"), 0);
@@ -132,7 +128,6 @@ TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
     list.Add("a");
     EXPECT_EQ(events, (Strings{"changing", "change:1"}));
     events.clear();
-
     list.BeginUpdate();
     list.BeginUpdate();
     list.Add("b");
@@ -149,21 +144,19 @@ TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
     EXPECT_EQ(events, (Strings{"changing", "change:2"}));
 
     // Clearing an empty list changes nothing.
-    TStringList empty;
-    int fired = 0;
-    empty.OnChange = [&](TObject*) { ++fired; };
-    empty.Clear();
-    EXPECT_EQ(fired, 0);
+    list.Clear();
+    events.clear();
+    list.Clear();
+    EXPECT_TRUE(events.empty());
 }
 
 TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
     int deleted = 0;
     {
         TStringList list(true);
-        list.AddObject("a", new TCounted(deleted));
-        list.AddObject("b", new TCounted(deleted));
-        list.AddObject("c", new TCounted(deleted));
-        list.AddObject("d", new TCounted(deleted));
+        for (const char* line : {"a", "b", "c", "d"}) {
+            list.AddObject(line, new TCounted(deleted));
+        }
         list.Exchange(0, 3);
         list.Move(0, 2);
         EXPECT_EQ(deleted, 0);
@@ -186,17 +179,6 @@ TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
         list.Delete(0);
         list.AddObject("kept", &kept);
     }
-}
-
-TEST(StringList, BadIndexesRaiseWithTheIndex) {
-    TStringList list;
-    list.Add("only");
-    EXPECT_THROW((void)list.Get(5), EStringListError);
-    EXPECT_THROW(list.Delete(-1), EStringListError);
-    EXPECT_THROW(list.Insert(3, "x"), EStringListError);
-    EXPECT_THROW(list.Exchange(0, 1), EStringListError);
-    EXPECT_THROW(list.SetObjects(1, nullptr), EStringListError);
-    EXPECT_NO_THROW(list.Insert(1, "end"));
 }
 
 TEST(StringList, NameValueLines) {
@@ -253,7 +235,7 @@ TEST(StringList, CommaAndDelimitedTextQuoteWhatWouldNotSurvive) {
     EXPECT_EQ(fields.Delimiter(), ';');
 }
 
-TEST(StringList, AssignCopiesStringsObjectsAndSettings) {
+TEST(StringList, AssignCopiesStringsObjectsAndSettingsAndBadIndexesRaise) {
     TObject marker;
     TStringList source;
     source.SetLineBreak("\r\n");
@@ -269,6 +251,12 @@ TEST(StringList, AssignCopiesStringsObjectsAndSettings) {
 
     target.Assign(&target);
     EXPECT_EQ(target.Count(), 2);
+    EXPECT_THROW((void)target.Get(5), EStringListError);
+    EXPECT_THROW(target.Delete(-1), EStringListError);
+    EXPECT_THROW(target.Insert(3, "x"), EStringListError);
+    EXPECT_THROW(target.Exchange(0, 2), EStringListError);
+    EXPECT_THROW(target.SetObjects(2, nullptr), EStringListError);
+    EXPECT_NO_THROW(target.Insert(2, "end"));
 
     TComponent component(nullptr);
     EXPECT_EQ(MessageOf<EAssignError>([&] { target.Assign(&component); }),
