@@ -7,8 +7,8 @@
 #include <csignal>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -24,9 +24,7 @@ using testing_support::TTemporaryConfigHome;
 
 std::string FileText(const fs::path& Path) {
     std::ifstream File(Path, std::ios::binary);
-    std::stringstream Text;
-    Text << File.rdbuf();
-    return Text.str();
+    return {std::istreambuf_iterator<char>(File), {}};
 }
 
 void WriteFile(const fs::path& Path, const std::string& Text) {

@@ -14,8 +14,7 @@ using testing_support::MessageOf;
 std::string TempPath(const std::string& name) {
     return ::testing::TempDir() + "quorda_stream_" + name;
 }
-
-TEST(MemoryStream, WritingPastTheEndFillsTheGapWithZeros) {
+TEST(MemoryStream, GapsFillWithZerosAndCopiesTakeAPartOrTheWholeSource) {
     TMemoryStream stream;
     stream.WriteBuffer("abcdef", 6);
     EXPECT_EQ(stream.Seek(-100, soCurrent), 0); // clamped at the start
@@ -28,9 +27,8 @@ TEST(MemoryStream, WritingPastTheEndFillsTheGapWithZeros) {
     stream.Truncate();
     EXPECT_EQ(stream.DataString(), "abc");
     EXPECT_THROW(stream.SetSize(-1), EStreamError);
-}
 
-TEST(MemoryStream, CopyFromAndLoadTakeAPartOrTheWholeSource) {
+    // CopyFrom and LoadFromStream take a part or the whole source.
     TStringStream source("0123456789");
     TMemoryStream target;
     source.SetPosition(7);
@@ -55,7 +53,7 @@ TEST(MemoryStream, CopyFromAndLoadTakeAPartOrTheWholeSource) {
     EXPECT_EQ(part.Position(), 0);
 }
 
-TEST(FileStream, CreateWriteReopenAndResize) {
+TEST(FileStream, CreateWriteReopenResizeAndFailures) {
     const std::string path = TempPath("file.bin");
     {
         TFileStream file(path, fmCreate);
@@ -86,9 +84,8 @@ TEST(FileStream, CreateWriteReopenAndResize) {
     // fmCreate truncates an existing file.
     EXPECT_EQ(TFileStream(path, fmCreate).Size(), 0);
     std::remove(path.c_str());
-}
 
-TEST(FileStream, OpenFailuresCarryTheFileNameAndTheSystemReason) {
+    // Open failures carry the file name and the system's reason.
     const std::string missing = TempPath("does_not_exist.bin");
     std::remove(missing.c_str());
     EXPECT_EQ(MessageOf<EFOpenError>([&] { TFileStream file(missing, fmOpenRead); }),
