@@ -34,29 +34,6 @@ protected:
     TMemDataSet DataSet{nullptr};
 };
 
-TEST_F(FieldsTest, NullReadsAsEmptyAndZeroAndEverySetterCanClear) {
-    for (TField* field : DataSet.Fields()) {
-        SCOPED_TRACE(field->FieldName());
-        EXPECT_TRUE(field->IsNull());
-        EXPECT_TRUE(VarIsNull(field->Value()));
-        EXPECT_EQ(field->AsString(), "");
-    }
-    EXPECT_EQ(F("I")->AsInteger(), 0);
-    EXPECT_EQ(F("F")->AsFloat(), 0.0);
-    EXPECT_FALSE(F("B")->AsBoolean());
-
-    F("I")->SetAsInteger(5);
-    F("I")->SetValue(Variant::Null());
-    EXPECT_TRUE(F("I")->IsNull());
-    F("F")->SetAsFloat(1.5);
-    F("F")->SetAsString("");
-    EXPECT_TRUE(F("F")->IsNull());
-    F("S")->SetAsString("");
-    EXPECT_FALSE(F("S")->IsNull()) << "an empty string is a value";
-    F("S")->Clear();
-    EXPECT_TRUE(F("S")->IsNull());
-}
-
 // Row 1 holds a value in every column, row 2 is all NULL: As<std::optional<T>> tells them apart where
 // the classic accessors read NULL as the type's zero, and a plain As<T> refuses the NULL.
 template <typename T>
@@ -71,7 +48,27 @@ void ExpectTypedReads(TDataSet& DataSet, const char* Column, const T& Expected) 
     EXPECT_EQ(MessageOf([&] { (void)field->As<T>(); }), FormatMessage(SFieldIsNull, Column));
 }
 
-TEST_F(FieldsTest, TypedReadsTellNullFromTheValueOfEveryType) {
+TEST_F(FieldsTest, NullReadsAsEmptyAndZeroAndTypedReadsTellNullFromTheValueOfEveryType) {
+    for (TField* field : DataSet.Fields()) {
+        SCOPED_TRACE(field->FieldName());
+        EXPECT_TRUE(field->IsNull());
+        EXPECT_TRUE(VarIsNull(field->Value()));
+        EXPECT_EQ(field->AsString(), "");
+    }
+    EXPECT_EQ(F("I")->AsInteger(), 0);
+    EXPECT_EQ(F("F")->AsFloat(), 0.0);
+    EXPECT_FALSE(F("B")->AsBoolean());
+    F("I")->SetAsInteger(5);
+    F("I")->SetValue(Variant::Null());
+    EXPECT_TRUE(F("I")->IsNull());
+    F("F")->SetAsFloat(1.5);
+    F("F")->SetAsString("");
+    EXPECT_TRUE(F("F")->IsNull());
+    F("S")->SetAsString("");
+    EXPECT_FALSE(F("S")->IsNull()) << "an empty string is a value";
+    F("S")->Clear();
+    EXPECT_TRUE(F("S")->IsNull());
+
     // The values are the ones a NULL would read as classically where a type has such a zero.
     const TBytes bytes{1, 0, 255};
     const TDateTime leapNoon = EncodeDate(2024, 2, 29) + 0.5;
@@ -134,6 +131,13 @@ TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
     EXPECT_EQ(F("S")->AsInteger(), 12);
     F("S")->SetAsBoolean(true);
     EXPECT_EQ(F("S")->AsString(), "T");
+    // Conversions a type does not have name the target and the field.
+    EXPECT_EQ(MessageOf([&] { F("B")->AsDateTime(); }), "Invalid type conversion to TDateTime in field B");
+    EXPECT_EQ(MessageOf([&] { F("BY")->SetAsFloat(1); }), "Invalid type conversion to Float in field BY");
+    EXPECT_EQ(MessageOf([&] {
+                  F("I")->SetValue(VarArrayOf({1, 2}));
+              }),
+              "Field \"I\" error: Invalid variant value");
 }
 
 TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
@@ -151,22 +155,6 @@ TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
     F("I")->SetAsInteger(10);
     F("C")->SetAsFloat(0.1);
     EXPECT_EQ(F("C")->AsString(), "0.1");
-}
-
-TEST_F(FieldsTest, DisplayFormatsAndBooleanTexts) {
-    F("F")->SetAsFloat(1.25);
-    static_cast<TFloatField*>(F("F"))->SetDisplayFormat("0.000");
-    EXPECT_EQ(F("F")->DisplayText(), "1.250");
-    EXPECT_EQ(F("F")->Text(), "1.250");
-
-    auto* flag = static_cast<TBooleanField*>(F("B"));
-    flag->SetDisplayValues("Yes;No");
-    F("B")->SetAsString("n");
-    EXPECT_EQ(F("B")->AsString(), "No");
-    F("B")->SetText("YE");
-    EXPECT_EQ(F("B")->AsInteger(), 1);
-    EXPECT_EQ(MessageOf([&] { flag->SetDisplayValues("Yes"); }),
-              "Field \"B\" error: \"Yes\" are not valid boolean displayvalues");
 }
 
 TEST_F(FieldsTest, BinaryFieldsKeepTheirBytes) {
@@ -231,16 +219,20 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
     EXPECT_THROW(DateTimeRecToDateTime(ftDateTime, invalid), EConvertError);
 }
 
-TEST_F(FieldsTest, UnsupportedConversionsNameTheTargetAndTheField) {
-    EXPECT_EQ(MessageOf([&] { F("B")->AsDateTime(); }), "Invalid type conversion to TDateTime in field B");
-    EXPECT_EQ(MessageOf([&] { F("BY")->SetAsFloat(1); }), "Invalid type conversion to Float in field BY");
-    EXPECT_EQ(MessageOf([&] {
-                  F("I")->SetValue(VarArrayOf({1, 2}));
-              }),
-              "Field \"I\" error: Invalid variant value");
-}
-
-TEST_F(FieldsTest, TextEventsReplaceTheConversionAndValidateCanRefuseTheNewValue) {
+TEST_F(FieldsTest, DisplayFormatsAndTextEventsAndValidateCanRefuseTheNewValue) {
+    F("F")->SetAsFloat(1.25);
+    static_cast<TFloatField*>(F("F"))->SetDisplayFormat("0.000");
+    EXPECT_EQ(F("F")->DisplayText(), "1.250");
+    EXPECT_EQ(F("F")->Text(), "1.250");
+    auto* flag = static_cast<TBooleanField*>(F("B"));
+    flag->SetDisplayValues("Yes;No");
+    F("B")->SetAsString("n");
+    EXPECT_EQ(F("B")->AsString(), "No");
+    F("B")->SetText("YE");
+    EXPECT_EQ(F("B")->AsInteger(), 1);
+    EXPECT_EQ(MessageOf([&] { flag->SetDisplayValues("Yes"); }),
+              "Field \"B\" error: \"Yes\" are not valid boolean displayvalues");
+    // Text events replace the conversion; OnValidate can refuse the new value.
     TField* field = F("I");
     field->OnGetText = [](TField* Sender, std::string& Text, bool Display) {
         Text = (Display ? "#" : "") + std::to_string(Sender->AsInteger());
@@ -252,7 +244,6 @@ TEST_F(FieldsTest, TextEventsReplaceTheConversionAndValidateCanRefuseTheNewValue
     EXPECT_EQ(field->AsInteger(), 42);
     EXPECT_EQ(field->Text(), "42");
     EXPECT_EQ(field->DisplayText(), "#42");
-
     std::vector<int> seen;
     field->OnValidate = [&](TField* Sender) {
         seen.push_back(Sender->AsInteger());

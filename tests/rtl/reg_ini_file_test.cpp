@@ -171,7 +171,7 @@ TEST(RegIniFile, TypedReadsFallBackToTheirDefaults) {
     EXPECT_EQ(TRegIniFile("Elsewhere").ReadString("n", "dec", "no file"), "no file");
 }
 
-TEST(RegIniFile, WritesSectionsAndErasesThem) {
+TEST(RegIniFile, WritesSectionsErasesThemAndBatchesUpdates) {
     TTemporaryConfigHome Home;
     TRegIniFile Ini("App");
     Ini.WriteString("orders", "id-find", "12");
@@ -198,12 +198,9 @@ TEST(RegIniFile, WritesSectionsAndErasesThem) {
     EXPECT_EQ(FileText(Ini.Path()), "[customers]\nname-filter=A\n");
     // Only the settings file and its lock file are left: no temporary files.
     EXPECT_EQ(FolderEntries(Ini.Path().parent_path()), (std::vector<std::string>{"App.ini", "App.ini.lock"}));
-}
 
-// A batch holds the lock and replaces the file once; abandoned, it changes nothing.
-TEST(RegIniFile, UpdateBatchesWritesIntoOneReplacement) {
-    TTemporaryConfigHome Home;
-    TRegIniFile Ini("App");
+    // A batch holds the lock and replaces the file once; abandoned, it changes nothing.
+    Ini.EraseSection("customers");
     Ini.WriteString("s", "old", "1");
     {
         TRegIniFile Batch("App");
