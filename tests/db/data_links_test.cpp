@@ -165,7 +165,6 @@ TEST(DataSource, RelaysStateToLinksAndEventsAndLetsLinksEditUnderAutoEdit) {
     dataSet.Close();
     EXPECT_EQ(log, (Names{"link:ActiveChanged(off)", "StateChange"}));
     EXPECT_EQ(source.State(), dsInactive);
-
     // A disabled source shows its links an inactive dataset and tells nobody of moves.
     dataSet.Open();
     source.SetEnabled(false);
@@ -176,7 +175,6 @@ TEST(DataSource, RelaysStateToLinksAndEventsAndLetsLinksEditUnderAutoEdit) {
     source.SetEnabled(true);
     EXPECT_TRUE(link.Active());
     EXPECT_EQ(CurrentId(*link.DataSet()), 2);
-
     // AutoEdit lets a link start an edit; a read-only link never edits.
     source.SetAutoEdit(false);
     EXPECT_FALSE(link.Edit());

@@ -39,7 +39,6 @@ public:
         SetBufferCount(Buffers);
         SetDataSource(Source);
     }
-
     // The value of Field in each record of the link's window, in order.
     std::vector<std::string> Window(const std::string& FieldName) {
         std::vector<std::string> values;
@@ -51,12 +50,10 @@ public:
         SetActiveRecord(saved);
         return values;
     }
-
     // The value of Field in the link's active record.
     std::string ActiveValue(const std::string& FieldName) {
         return Window(FieldName)[static_cast<std::size_t>(ActiveRecord())];
     }
-
     // Text that UpdateData writes into the NAME field when the dataset asks for pending values.
     std::string PendingName;
 

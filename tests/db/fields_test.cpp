@@ -68,7 +68,6 @@ TEST_F(FieldsTest, NullReadsAsEmptyAndZeroAndTypedReadsTellNullFromTheValueOfEve
     EXPECT_FALSE(F("S")->IsNull()) << "an empty string is a value";
     F("S")->Clear();
     EXPECT_TRUE(F("S")->IsNull());
-
     // The values are the ones a NULL would read as classically where a type has such a zero.
     const TBytes bytes{1, 0, 255};
     const TDateTime leapNoon = EncodeDate(2024, 2, 29) + 0.5;
@@ -200,7 +199,6 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
     EXPECT_EQ(F("DT")->Value().VarType(), varDate);
     F("D")->SetAsString("");
     EXPECT_TRUE(F("D")->IsNull());
-
     // A stored time stamp converts in integers where it can; from before the calendar, around day 0
     // of TDateTime, to past 9999-12-31 it must come out as the calendar's own split and composition.
     constexpr double day = MSecsPerDay;
@@ -288,7 +286,6 @@ TEST(FieldClasses, NamesAreUniqueWithoutRegardToCase) {
     EXPECT_EQ(dataSet.Fields()[0], second);
     delete first;
     EXPECT_EQ(dataSet.FieldCount(), 1);
-
     // Field definitions, and lookups through views that are not zero-terminated.
     TFieldDefs& defs = dataSet.FieldDefs();
     defs.Add("ID", ftInteger);

@@ -49,7 +49,6 @@ TEST(Navigation, ClosedDatasetsRefuseToMoveOpenOnesRefuseStructureChangesAndLoad
     TIntegerField extra(nullptr);
     extra.SetFieldName("EXTRA");
     EXPECT_THROW(extra.SetDataSet(&dataSet), EDatabaseError);
-
     // Opening while loading waits for the end of loading.
     dataSet.Close();
     dataSet.BeginLoading();
@@ -57,7 +56,6 @@ TEST(Navigation, ClosedDatasetsRefuseToMoveOpenOnesRefuseStructureChangesAndLoad
     EXPECT_FALSE(dataSet.Active());
     dataSet.EndLoading();
     EXPECT_TRUE(dataSet.Active());
-
     // In the designer a failing deferred open is reported instead of raised.
     Names reported;
     TExceptionHandler previous =

@@ -96,7 +96,6 @@ TEST(ReadOnlyDataSet, RefusesEveryEditAndLocatesWithoutBookmarks) {
     }
     EXPECT_EQ(dataSet.State(), dsBrowse);
     EXPECT_THROW(dataSet.FieldByName("N")->SetAsInteger(1), EDatabaseError);
-
     // Without bookmarks Locate still finds rows.
     EXPECT_TRUE(dataSet.GetBookmark().IsNil());
     EXPECT_TRUE(dataSet.Locate("N", 7, {}));

@@ -42,7 +42,6 @@ TEST(Application, CursorGuardsNestAndTheHookHearsOnlyChanges) {
     }
     EXPECT_EQ(Screen::Cursor(), crDefault);
     EXPECT_EQ(seen, (std::vector<TCursor>{crHourGlass, crSQLWait, crHourGlass, crDefault}));
-
     // A hook that throws while a guard restores does not escape the destructor.
     Screen::SetCursorHook([](TCursor c) {
         if (c == crDefault) {
@@ -96,7 +95,6 @@ TEST(MessageTable, IdsWithoutMessageAreEmptyAndCannotBeTranslated) {
         EXPECT_FALSE(SetMessageText(id, "x")) << id;
     }
     EXPECT_TRUE(LoadStr(1).empty());
-
     // A reset brings the built-in text back.
     ASSERT_TRUE(SetMessageText(SODBCTextTrue, "Wahr"));
     ResetMessageTexts();

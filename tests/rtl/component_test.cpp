@@ -61,7 +61,6 @@ TEST(Component, ADeletedComponentIsDetachedAndItsPartnersAreTold) {
     // Siblings hear the removal through the owner; the component is already gone when they do.
     EXPECT_EQ(log, (std::vector<std::string>{"~a", "b:remove:A", "owner:remove:A"}));
     EXPECT_THROW(owner.Components(1), EComponentError);
-
     // Partners inside one owner, and one outside, are safe when the owner goes.
     auto* form = new TProbe(nullptr, "form", log);
     auto* link = new TProbe(form, "link", log);
@@ -111,13 +110,11 @@ TEST(Component, NamesOrderAndDesigningFollowTheOwner) {
     owner.RemoveComponent(c);
     EXPECT_EQ(c->Owner(), nullptr);
     delete c;
-
     // Moving a component within its owner; an index past the end moves it last.
     b->SetComponentIndex(0);
     EXPECT_EQ(owner.Components(0), b);
     b->SetComponentIndex(99);
     EXPECT_EQ(owner.Components(1), b);
-
     // Designing spreads to owned components, also to those that join later, unless asked not to.
     owner.SetDesigning(true);
     EXPECT_TRUE(a->IsDesigning());

@@ -146,7 +146,6 @@ TEST(DateTimeText, FormatTokens) {
     // A format that names itself stops instead of recursing forever.
     settings.ShortDateFormat = "ddddd";
     EXPECT_EQ(FormatDateTime("ddddd", value, settings), "");
-
     // Nested formats that switch to the 12-hour clock, short years, milliseconds and the edges of
     // the year: where the stack-buffer text could part from the field-by-field route.
     TFormatSettings clock;
@@ -196,7 +195,6 @@ TEST(DateTimeText, ParseDatesAndTimes) {
     EXPECT_THROW(StrToDate("2000-02-30"), EConvertError);
     EXPECT_THROW(StrToTime("25:00"), EConvertError);
     EXPECT_THROW(StrToDateTime("2000-01-01 25:00"), EConvertError);
-
     // The short forms follow the global settings both ways.
     SettingsGuard guard;
     FormatSettings().ShortDateFormat = "mm/dd/yyyy";

@@ -153,7 +153,6 @@ TEST(Filer, AnAncestorWithTheSameValueSuppressesTheProperty) {
     // Different from the ancestor: an empty caption is stored so that reading overrides "Same".
     EXPECT_EQ(Hex(Properties(&instance, &ancestor).substr(0, 10)), "07 43 61 70 74 69 6F 6E 06 00");
     EXPECT_EQ(Properties(&instance), "\0"s);
-
     // A binary property round trips with its zero bytes; names match ignoring case.
     instance.Blob = std::string("\xFF\0binary", 8);
     TStringStream stream("\x07"
@@ -179,7 +178,6 @@ TEST(Filer, StringListsPersistTheirLinesAsTheStringsProperty) {
     reader.ReadProperties(&back);
     EXPECT_TRUE(back.Equals(sql));
     EXPECT_EQ(changes, 1);
-
     // Equal to the ancestor: nothing but the end marker.
     EXPECT_EQ(Properties(&sql, &back), "\0"s);
 }

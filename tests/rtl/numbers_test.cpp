@@ -52,7 +52,6 @@ TEST(FloatText, FormatsWithPrecisionAndDigits) {
     EXPECT_EQ(FloatToStrF(1234.5, ffExponent, 4, 2), "1.235E+03");
     EXPECT_EQ(FloatToStrF(-0.00012, ffExponent, 3, 0), "-1.20E-4");
     EXPECT_EQ(FloatToStrF(1.0, ffExponent, 15, 9), "1.00000000000000E+0000");
-
     // The layout code picks the positive form for positive and the negative form for negative amounts.
     TFormatSettings settings;
     settings.CurrencyString = "$";

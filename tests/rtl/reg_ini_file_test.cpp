@@ -148,7 +148,6 @@ TEST(RegIniFile, KeyPathsMapToFoldersUnderTheConfigurationFolder) {
     TRegIniFile Ini("Software\\Acme\\Orders");
     Ini.WriteString("s", "k", "v");
     EXPECT_EQ(FileText(Home.Folder() / "quorda/Software/Acme/Orders.ini"), "[s]\nk=v\n");
-
     // A relative XDG_CONFIG_HOME is not a configuration folder: ~/.config is used instead.
     ::setenv("XDG_CONFIG_HOME", "relative", 1);
     ::setenv("HOME", Home.Folder().c_str(), 1);
@@ -198,7 +197,6 @@ TEST(RegIniFile, WritesSectionsErasesThemAndBatchesUpdates) {
     EXPECT_EQ(FileText(Ini.Path()), "[customers]\nname-filter=A\n");
     // Only the settings file and its lock file are left: no temporary files.
     EXPECT_EQ(FolderEntries(Ini.Path().parent_path()), (std::vector<std::string>{"App.ini", "App.ini.lock"}));
-
     // A batch holds the lock and replaces the file once; abandoned, it changes nothing.
     Ini.EraseSection("customers");
     Ini.WriteString("s", "old", "1");

@@ -27,7 +27,6 @@ TEST(MemoryStream, GapsFillWithZerosAndCopiesTakeAPartOrTheWholeSource) {
     stream.Truncate();
     EXPECT_EQ(stream.DataString(), "abc");
     EXPECT_THROW(stream.SetSize(-1), EStreamError);
-
     // CopyFrom and LoadFromStream take a part or the whole source.
     TStringStream source("0123456789");
     TMemoryStream target;
@@ -44,7 +43,6 @@ TEST(MemoryStream, GapsFillWithZerosAndCopiesTakeAPartOrTheWholeSource) {
 
     source.SetPosition(5);
     EXPECT_EQ(source.ReadString(10), "56789");
-
     // Loading replaces the whole content, from the start of the source, and rewinds.
     TStringStream shorter("xy");
     shorter.SetPosition(1);
@@ -84,7 +82,6 @@ TEST(FileStream, CreateWriteReopenResizeAndFailures) {
     // fmCreate truncates an existing file.
     EXPECT_EQ(TFileStream(path, fmCreate).Size(), 0);
     std::remove(path.c_str());
-
     // Open failures carry the file name and the system's reason.
     const std::string missing = TempPath("does_not_exist.bin");
     std::remove(missing.c_str());

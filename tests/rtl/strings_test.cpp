@@ -44,7 +44,6 @@ TEST(StringList, SortedListPlacesItemsAndAppliesTheDuplicateRule) {
     list.Add("Apple");
     list.Add("banana");
     EXPECT_EQ(Lines(list), (Strings{"Apple", "banana", "pear"}));
-
     // dupIgnore returns the existing (case-insensitively equal) entry and adds nothing.
     EXPECT_EQ(list.Add("APPLE"), 0);
     EXPECT_EQ(list.Count(), 3);
@@ -69,7 +68,6 @@ TEST(StringList, SortedListPlacesItemsAndAppliesTheDuplicateRule) {
 
     ASSERT_FALSE(list.Find("cherry", index));
     EXPECT_EQ(index, 3); // insertion point between banana and pear
-
     // Duplicates are only checked while sorted.
     list.SetSorted(false);
     list.Add("Pear");
@@ -86,7 +84,6 @@ TEST(StringList, IndexOfIgnoresCaseUnlessCaseSensitive) {
     list.SetCaseSensitive(true);
     EXPECT_EQ(list.IndexOf("ALPHA"), -1);
     EXPECT_EQ(list.IndexOf("Alpha"), 0);
-
     // A sorted list re-sorts when the case rule changes, and searches with the new rule.
     TStringList sorted;
     sorted.SetText("b\nB\na\nA\n");
@@ -137,12 +134,10 @@ TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
     list.Add("c");
     list.EndUpdate();
     EXPECT_EQ(events, (Strings{"changing", "change:2"}));
-
     // Compound operations notify once.
     events.clear();
     list.SetCommaText("1,2");
     EXPECT_EQ(events, (Strings{"changing", "change:2"}));
-
     // Clearing an empty list changes nothing.
     list.Clear();
     events.clear();
@@ -170,7 +165,6 @@ TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
         list.AddObject("e", new TCounted(deleted));
     }
     EXPECT_EQ(deleted, 5);
-
     // A list that does not own its objects leaves them alone (ASan reports a delete of this one).
     TCounted kept(deleted);
     {
@@ -216,7 +210,6 @@ TEST(StringList, CommaAndDelimitedTextQuoteWhatWouldNotSurvive) {
     TStringList back;
     back.SetCommaText(list.CommaText());
     EXPECT_EQ(Lines(back), Lines(list));
-
     // Outside quotes blanks separate items too; empty items between delimiters are kept.
     back.SetCommaText(" a b , \"c d\",,e ");
     EXPECT_EQ(Lines(back), (Strings{"a", "b", "c d", "", "e"}));

@@ -96,7 +96,6 @@ TEST(VariantConversion, EveryTargetOverTheSourcesThatMatterToIt) {
                     &Variant::AsDateTime),
               (Strings{"0", "cast", "36585.5", "36526", "cast", "cast"}));
     EXPECT_EQ(VarToStr(Variant::Null()), "");
-
     // The messages name both types.
     EXPECT_EQ(MessageOf<EVariantTypeCastError>([] { Variant::Null().AsInteger(); }),
               "Could not convert variant of type (Null) into type (Integer)");
@@ -161,7 +160,6 @@ TEST(VariantArray, CopiesAreDeepAndSelfReferenceIsSafe) {
     EXPECT_EQ(a[0].AsInteger(), 1);
     EXPECT_EQ(a[1][0].AsInteger(), 2);
     EXPECT_EQ(b[1][0].AsInteger(), 20);
-
     // An array stored into itself, and an element assigned over its array.
     a.SetArrayElement(0, a);
     EXPECT_EQ(a[0][0].AsInteger(), 1);
