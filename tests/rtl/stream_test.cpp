@@ -14,6 +14,7 @@ using testing_support::MessageOf;
 std::string TempPath(const std::string& name) {
     return ::testing::TempDir() + "quorda_stream_" + name;
 }
+
 TEST(MemoryStream, GapsFillWithZerosAndCopiesTakeAPartOrTheWholeSource) {
     TMemoryStream stream;
     stream.WriteBuffer("abcdef", 6);

@@ -37,7 +37,7 @@ private:
     int& FDeleted;
 };
 
-TEST(StringList, SortedListPlacesItemsAndAppliesTheDuplicateRule) {
+TEST(StringList, SortedListsPlaceItemsAndApplyTheDuplicateAndCaseRules) {
     TStringList list;
     list.SetSorted(true);
     list.Add("pear");
@@ -72,10 +72,7 @@ TEST(StringList, SortedListPlacesItemsAndAppliesTheDuplicateRule) {
     list.SetSorted(false);
     list.Add("Pear");
     EXPECT_EQ(list.Count(), 5);
-}
-
-TEST(StringList, IndexOfIgnoresCaseUnlessCaseSensitive) {
-    TStringList list;
+    // IndexOf ignores case unless the list is case-sensitive.
     list.SetText("Alpha\nбета\nÉté\n");
     // A view ends at its length: "ÉTÉS" cut to "ÉTÉ".
     EXPECT_EQ(Map<std::string_view>({"ALPHA", "БЕТА", "été", "gamma", std::string_view("ÉTÉS").substr(0, 5)},
@@ -96,7 +93,7 @@ TEST(StringList, IndexOfIgnoresCaseUnlessCaseSensitive) {
     EXPECT_EQ(sorted.IndexOf(std::string_view("Ab").substr(0, 1)), 0);
 }
 
-TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLine) {
+TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLineAlsoInStreams) {
     TStringList list;
     const auto split = [&](const char* Text) {
         list.SetText(Text);
@@ -111,6 +108,15 @@ TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLine) {
     list.SetText("x\ny");
     list.SetLineBreak("\r\n");
     EXPECT_EQ(list.Text(), "x\r\ny\r\n");
+    // Saved text ends every line; loading drops the byte order mark.
+    list.SetText("één\ntwee\n\ndrie");
+    list.SetLineBreak("\n");
+    TMemoryStream stream;
+    list.SaveToStream(stream);
+    EXPECT_EQ(stream.DataString(), "één\ntwee\n\ndrie\n");
+    TStringStream withBom("\xEF\xBB\xBFone\r\ntwo");
+    list.LoadFromStream(withBom);
+    EXPECT_EQ(Lines(list), (Strings{"one", "two"}));
 }
 
 TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
@@ -255,19 +261,6 @@ TEST(StringList, AssignCopiesStringsObjectsAndSettingsAndBadIndexesRaise) {
     EXPECT_EQ(MessageOf<EAssignError>([&] { target.Assign(&component); }),
               "Cannot assign a TComponent to a TStringList");
     EXPECT_THROW(target.Assign(nullptr), EAssignError);
-}
-
-TEST(StringList, SavedTextEndsEveryLineAndLoadingDropsTheByteOrderMark) {
-    TStringList list;
-    list.SetText("één\ntwee\n\ndrie");
-    TMemoryStream stream;
-    list.SaveToStream(stream);
-    EXPECT_EQ(stream.DataString(), "één\ntwee\n\ndrie\n");
-
-    TStringStream withBom("\xEF\xBB\xBFone\r\ntwo");
-    TStringList loaded;
-    loaded.LoadFromStream(withBom);
-    EXPECT_EQ(Lines(loaded), (Strings{"one", "two"}));
 }
 
 } // namespace
