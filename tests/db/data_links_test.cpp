@@ -21,6 +21,12 @@ protected:
         Source.SetDataSet(&DataSet);
     }
 
+    // The ring's size, the link's record count and the ID of its active record: "5 5 id5".
+    std::string Ring(TRecordingLink& Link) {
+        return std::to_string(DataSet.BufferCount()) + " " + std::to_string(Link.RecordCount()) + " id" +
+               Link.ActiveValue("ID");
+    }
+
     TProbeDataSet DataSet{nullptr};
     TDataSource Source{nullptr};
     std::vector<std::string> Log;
@@ -31,23 +37,16 @@ TEST_F(RingTest, GrowsToTheLargestLinkAndShrinksBackKeepingTheActiveRecord) {
     DataSet.MoveBy(4);
     {
         TRecordingLink small(Log, "small", 3, &Source);
-        EXPECT_EQ(DataSet.BufferCount(), 3);
+        EXPECT_EQ(Ring(small), "3 3 id5");
         {
             TRecordingLink large(Log, "large", 5, &Source);
-            EXPECT_EQ(DataSet.BufferCount(), 5);
-            EXPECT_EQ(CurrentId(DataSet), 5);
-            EXPECT_EQ(large.RecordCount(), 5);
-            EXPECT_EQ(large.ActiveValue("ID"), "5");
+            EXPECT_EQ(Ring(large), "5 5 id5");
             DataSet.MoveBy(3);
         }
-        EXPECT_EQ(DataSet.BufferCount(), 3);
-        EXPECT_EQ(CurrentId(DataSet), 8);
-        EXPECT_EQ(small.ActiveValue("ID"), "8");
+        EXPECT_EQ(Ring(small), "3 3 id8");
         // A control that grows while attached (a grid made taller) grows the ring at once.
         small.SetBufferCount(6);
-        EXPECT_EQ(DataSet.BufferCount(), 6);
-        EXPECT_EQ(small.RecordCount(), 6);
-        EXPECT_EQ(small.ActiveValue("ID"), "8");
+        EXPECT_EQ(Ring(small), "6 6 id8");
     }
     EXPECT_EQ(DataSet.BufferCount(), 1);
     EXPECT_EQ(CurrentId(DataSet), 8);
@@ -201,28 +200,25 @@ public:
     TDataSource* GetDataSource() const override { return Master; }
 };
 
-TEST(DataSource, ACircularChainOfSourcesIsRefused) {
+TEST(DataSource, ACircularChainIsRefusedAndEitherEndMayBeDestroyedFirst) {
     TDetailDataSet detail(nullptr);
     TDataSource source(nullptr);
     detail.Master = &source;
     EXPECT_EQ(MessageOf([&] { source.SetDataSet(&detail); }), SCircularDataLink);
     EXPECT_EQ(source.DataSet(), nullptr);
-}
-
-// A link outlives its dataset and then its source. (Every fixture tears down in the other order.)
-TEST(DataSource, EitherEndMayBeDestroyedFirst) {
+    // A link outlives its dataset and then its source. (Every fixture tears down in the other order.)
     auto dataSet = std::make_unique<TMemDataSet>(nullptr);
     FillNumbers(*dataSet, 3);
-    auto source = std::make_unique<TDataSource>(nullptr);
-    source->SetDataSet(dataSet.get());
+    auto owned = std::make_unique<TDataSource>(nullptr);
+    owned->SetDataSet(dataSet.get());
     std::vector<std::string> log;
-    TRecordingLink link(log, "", 1, source.get());
+    TRecordingLink link(log, "", 1, owned.get());
     EXPECT_TRUE(link.Active());
     dataSet.reset();
     EXPECT_FALSE(link.Active());
-    EXPECT_EQ(source->DataSet(), nullptr);
+    EXPECT_EQ(owned->DataSet(), nullptr);
     EXPECT_EQ(link.DataSet(), nullptr);
-    source.reset();
+    owned.reset();
     EXPECT_EQ(link.DataSource(), nullptr);
 }
 
