@@ -16,7 +16,6 @@ protected:
     void SetUp() override {
         FillNumbers(DataSet, 5);
         Source.SetDataSet(&DataSet);
-        Link.SetDataSource(&Source);
         LogDataSetEvents(DataSet, Log);
         DataSet.FieldByName("NAME")->OnChange = [this](TField* Field) {
             Log.push_back("OnChange(" + Field->FieldName() + ")");
@@ -39,7 +38,7 @@ protected:
     TMemDataSet DataSet{nullptr};
     TDataSource Source{nullptr};
     std::vector<std::string> Log;
-    TRecordingLink Link{Log, "link", 3};
+    TRecordingLink Link{Log, "link", 3, &Source};
 };
 
 TEST_F(EditingTest, EditAndPostRunTheirEventsInOrder) {

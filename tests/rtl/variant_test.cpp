@@ -44,26 +44,20 @@ const TDateTime LeapNoon = EncodeDateTime(2000, 2, 29, 12, 0, 0, 0);
 } // namespace
 
 TEST(VariantConversion, ConstructorsPickTheClassicTypeCodes) {
-    std::vector<TVarType> types;
-    for (const Variant& value :
-         {Variant(), Variant::Null(), Variant(true), Variant(std::int16_t(1)), Variant(1),
-          Variant(std::int64_t(1)), Variant(1LL), Variant(std::uint8_t(1)), Variant(std::uint16_t(1)),
-          Variant(1u), Variant(std::uint64_t(1)), Variant(1.0f), Variant(1.0), Variant(Currency(1)),
-          Variant::FromDateTime(1.0), Variant("x"), Variant(std::string("x"))}) {
-        types.push_back(value.VarType());
-    }
-    EXPECT_EQ(types, (std::vector<TVarType>{varEmpty, varNull, varBoolean, varSmallint, varInteger, varInt64,
-                                            varInt64, varByte, varWord, varLongWord, varQWord, varSingle,
-                                            varDouble, varCurrency, varDate, varString, varString}));
-
-    EXPECT_TRUE(VarIsOrdinal(Variant(true)));
-    EXPECT_TRUE(VarIsFloat(Variant(Currency(1))));
-    EXPECT_FALSE(VarIsFloat(Variant::FromDateTime(1)));
-    EXPECT_TRUE(VarIsNumeric(Variant(std::uint64_t(1))));
-    EXPECT_FALSE(VarIsNumeric(Variant("1")));
-    EXPECT_TRUE(VarIsStr(Variant("")));
-    EXPECT_TRUE(VarIsClear(Variant()));
-    EXPECT_FALSE(VarIsClear(Variant::Null()));
+    EXPECT_EQ(Map<Variant>({Variant(), Variant::Null(), Variant(true), Variant(std::int16_t(1)), Variant(1),
+                            Variant(std::int64_t(1)), Variant(1LL), Variant(std::uint8_t(1)),
+                            Variant(std::uint16_t(1)), Variant(1u), Variant(std::uint64_t(1)), Variant(1.0f),
+                            Variant(1.0), Variant(Currency(1)), Variant::FromDateTime(1.0), Variant("x"),
+                            Variant(std::string("x"))},
+                           [](const Variant& value) { return value.VarType(); }),
+              (std::vector<TVarType>{varEmpty, varNull, varBoolean, varSmallint, varInteger, varInt64,
+                                     varInt64, varByte, varWord, varLongWord, varQWord, varSingle, varDouble,
+                                     varCurrency, varDate, varString, varString}));
+    EXPECT_EQ((std::vector<bool>{VarIsOrdinal(Variant(true)), VarIsFloat(Variant(Currency(1))),
+                                 VarIsFloat(Variant::FromDateTime(1)),
+                                 VarIsNumeric(Variant(std::uint64_t(1))), VarIsNumeric(Variant("1")),
+                                 VarIsStr(Variant("")), VarIsClear(Variant()), VarIsClear(Variant::Null())}),
+              (std::vector<bool>{true, true, false, true, false, true, true, false}));
 }
 
 // Empty reads as zero, Null refuses every target except text; strings convert only when they are
