@@ -129,32 +129,26 @@ protected:
     TMemDataSet DataSet{nullptr};
 };
 
-TEST_F(LocateTest, SeveralKeysNullsAndNumbers) {
-    EXPECT_TRUE(DataSet.Locate("NAME", "åNUND", {loCaseInsensitive}));
-    EXPECT_EQ(CurrentId(DataSet), 2);
-    EXPECT_FALSE(DataSet.Locate("NAME", "And", {loPartialKey}));
-    EXPECT_EQ(CurrentId(DataSet), 2);
-    EXPECT_TRUE(DataSet.Locate("CITY;ID", VarArrayOf({"Oslo", 4}), {}));
-    EXPECT_EQ(CurrentId(DataSet), 4);
-    EXPECT_TRUE(DataSet.Locate("city", Variant::Null(), {}));
-    EXPECT_EQ(CurrentId(DataSet), 3);
-    EXPECT_TRUE(DataSet.Locate("ID", 2.0, {}));
-    EXPECT_EQ(CurrentId(DataSet), 2);
-    EXPECT_THROW(DataSet.Locate("NOPE", 1, {}), EDatabaseError);
-}
-
-TEST_F(LocateTest, LinksHearOnlyTheOutcome) {
+// Several keys, nulls and numbers; links hear only the outcome; Lookup reads without moving.
+TEST_F(LocateTest, LocateMovesToTheMatchAndLookupReadsIt) {
     TDataSource source(nullptr);
     source.SetDataSet(&DataSet);
     std::vector<std::string> log;
     TRecordingLink link(log, "", 2, &source);
-    log.clear();
-    EXPECT_TRUE(DataSet.Locate("NAME", "Berit", {}));
+    const auto locate = [&](const char* Fields, const Variant& Values, TLocateOptions Options) {
+        log.clear();
+        const bool found = DataSet.Locate(Fields, Values, Options);
+        return std::to_string(found) + "@" + std::to_string(CurrentId(DataSet));
+    };
+    EXPECT_EQ((Names{locate("NAME", "åNUND", {loCaseInsensitive}), locate("NAME", "And", {loPartialKey}),
+                     locate("CITY;ID", VarArrayOf({"Oslo", 4}), {}), locate("city", Variant::Null(), {}),
+                     locate("ID", 2.0, {}), locate("NAME", "Berit", {})}),
+              (Names{"1@2", "0@2", "1@4", "1@3", "1@2", "1@4"}));
     EXPECT_EQ(log, (Names{"CheckBrowseMode", "DataSetChanged"}));
     EXPECT_EQ(link.ActiveValue("ID"), "4");
-}
+    EXPECT_THROW(DataSet.Locate("NOPE", 1, {}), EDatabaseError);
 
-TEST_F(LocateTest, LookupReadsWithoutMoving) {
+    DataSet.First();
     DataSet.Next();
     EXPECT_EQ(DataSet.Lookup("ID", 4, "NAME").AsString(), "Berit");
     Variant both = DataSet.Lookup("NAME", "Anna", "ID;CITY");
