@@ -41,7 +41,7 @@ protected:
     TRecordingLink Link{Log, "link", 3, &Source};
 };
 
-TEST_F(EditingTest, EditAndPostRunTheirEventsInOrder) {
+TEST_F(EditingTest, EditPostInsertAndCancelRunTheirEventsInOrder) {
     DataSet.Next();
     Log.clear();
     DataSet.Edit();
@@ -57,6 +57,19 @@ TEST_F(EditingTest, EditAndPostRunTheirEventsInOrder) {
     EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "from the control");
     EXPECT_EQ(CurrentId(DataSet), 2);
     EXPECT_FALSE(DataSet.Modified());
+    // Cancelling an insert returns to the record it was inserted before.
+    DataSet.MoveBy(2);
+    Log.clear();
+    DataSet.Insert();
+    EXPECT_EQ(Log, (Names{"link:CheckBrowseMode", "BeforeInsert", "BeforeScroll", "link:EditingChanged(on)",
+                          "link:DataSetChanged", "AfterInsert", "AfterScroll"}));
+    DataSet.FieldByName("NAME")->SetAsString("never stored");
+    Log.clear();
+    DataSet.Cancel();
+    EXPECT_EQ(Log, (Names{"link:CheckBrowseMode", "BeforeCancel", "BeforeScroll", "link:EditingChanged(off)",
+                          "link:DataSetChanged", "AfterCancel", "AfterScroll"}));
+    EXPECT_EQ(CurrentId(DataSet), 4);
+    EXPECT_EQ(DataSet.RecordCount(), 5);
 }
 
 TEST_F(EditingTest, InsertGoesBeforeTheActiveRecordAppendAfterTheLast) {
@@ -84,21 +97,6 @@ TEST_F(EditingTest, InsertGoesBeforeTheActiveRecordAppendAfterTheLast) {
     DataSet.Post();
     EXPECT_EQ(DataSet.FieldValues("ID;NAME")[1].AsString(), "seven");
     EXPECT_EQ(Ids(), (std::vector<int>{7, 1, 2, 30, 3, 4, 5, 60}));
-}
-
-TEST_F(EditingTest, InsertEventsAndCancelReturnToThePreviousRecord) {
-    DataSet.MoveBy(3);
-    Log.clear();
-    DataSet.Insert();
-    EXPECT_EQ(Log, (Names{"link:CheckBrowseMode", "BeforeInsert", "BeforeScroll", "link:EditingChanged(on)",
-                          "link:DataSetChanged", "AfterInsert", "AfterScroll"}));
-    DataSet.FieldByName("NAME")->SetAsString("never stored");
-    Log.clear();
-    DataSet.Cancel();
-    EXPECT_EQ(Log, (Names{"link:CheckBrowseMode", "BeforeCancel", "BeforeScroll", "link:EditingChanged(off)",
-                          "link:DataSetChanged", "AfterCancel", "AfterScroll"}));
-    EXPECT_EQ(CurrentId(DataSet), 4);
-    EXPECT_EQ(DataSet.RecordCount(), 5);
 }
 
 TEST_F(EditingTest, CancelAndCloseDiscardAnEditMovingAwayPostsIt) {
@@ -164,14 +162,7 @@ TEST_F(EditingTest, RuleViolationsRaiseTheFrameworkMessages) {
     EXPECT_EQ(MessageOf([&] { DataSet.Post(); }), "Field ID is required, but not supplied.");
     EXPECT_EQ(DataSet.State(), dsInsert);
     DataSet.Cancel();
-
-    DataSet.SetReadOnly(true);
-    EXPECT_THROW(DataSet.Edit(), EDatabaseError);
-    EXPECT_THROW(DataSet.Append(), EDatabaseError);
-    EXPECT_EQ(DataSet.State(), dsBrowse);
-}
-
-TEST_F(EditingTest, NewRecordDefaultsAreNotModificationsAndAFailingHandlerLeavesBrowseMode) {
+    // New record defaults are no modification; a failing handler leaves browse mode.
     DataSet.OnNewRecord = [](TDataSet* ds) { ds->FieldByName("NAME")->SetAsString("default"); };
     DataSet.Append();
     EXPECT_FALSE(DataSet.Modified());
@@ -183,6 +174,10 @@ TEST_F(EditingTest, NewRecordDefaultsAreNotModificationsAndAFailingHandlerLeaves
     EXPECT_THROW(DataSet.Insert(), EDatabaseError);
     EXPECT_EQ(DataSet.State(), dsBrowse);
     EXPECT_EQ(CurrentId(DataSet), 2);
+    DataSet.SetReadOnly(true);
+    EXPECT_THROW(DataSet.Edit(), EDatabaseError);
+    EXPECT_THROW(DataSet.Append(), EDatabaseError);
+    EXPECT_EQ(DataSet.State(), dsBrowse);
 }
 
 } // namespace

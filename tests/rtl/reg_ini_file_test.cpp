@@ -61,6 +61,13 @@ int InChild(
     return WIFEXITED(Status) ? WEXITSTATUS(Status) : 128 + WTERMSIG(Status);
 }
 
+// The value Document holds for Section and Ident, if any.
+std::optional<std::string> ValueIn(const TIniDocument& Document, const std::string& Section,
+                                   const std::string& Ident) {
+    const std::string* Value = Document.Find(Section, Ident);
+    return Value != nullptr ? std::optional<std::string>(*Value) : std::nullopt;
+}
+
 constexpr char kGarbage[] = "\0\xff[\x01]\n\x80=\x02\n[s]\nk=\0v\n";
 
 struct TReadCase {
@@ -90,12 +97,7 @@ TEST(IniDocument, ReadsWhatItCanOfAnyText) {
         {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)}};
     for (const TReadCase& Case : Cases) {
         SCOPED_TRACE(Case.Name);
-        const TIniDocument Document = TIniDocument::Parse(Case.Text);
-        const std::string* Value = Document.Find(Case.Section, Case.Ident);
-        ASSERT_EQ(Value != nullptr, Case.Expected.has_value());
-        if (Value != nullptr) {
-            EXPECT_EQ(*Value, *Case.Expected);
-        }
+        EXPECT_EQ(ValueIn(TIniDocument::Parse(Case.Text), Case.Section, Case.Ident), Case.Expected);
     }
 }
 
@@ -117,13 +119,9 @@ TEST(IniDocument, WrittenTextReadsBackExactlyAndKeepsForeignLines) {
     for (const std::string& Name : Awkward) {
         SCOPED_TRACE(Name);
         if (!Name.empty()) {
-            const std::string* Value = Again.Find("sec " + Name, Name);
-            ASSERT_NE(Value, nullptr);
-            EXPECT_EQ(*Value, Name);
+            EXPECT_EQ(ValueIn(Again, "sec " + Name, Name), Name);
         }
-        const std::string* Value = Again.Find("values", "k" + std::to_string(&Name - Awkward));
-        ASSERT_NE(Value, nullptr);
-        EXPECT_EQ(*Value, Name);
+        EXPECT_EQ(ValueIn(Again, "values", "k" + std::to_string(&Name - Awkward)), Name);
     }
     EXPECT_EQ(Text.rfind("; kept comment\n[keep]\ngarbage line\nk=v\n", 0), 0u);
 }
