@@ -79,10 +79,7 @@ const TPropertyList& SampleProperties() {
     return list;
 }
 
-const bool kRegistered = [] {
-    RegisterClass<TSampleItem>("TSampleItem", SampleProperties());
-    return true;
-}();
+const bool kRegistered = (RegisterClass<TSampleItem>("TSampleItem", SampleProperties()), true);
 
 std::string Saved(TDataModule& Module, TStreamFormat Format = TStreamFormat::Binary) {
     TStringStream stream;
