@@ -23,6 +23,7 @@ std::vector<int> Parts(TDateTime value) {
     return {y, m, d, h, n, s, z};
 }
 
+using testing_support::Map;
 using testing_support::MessageOf;
 using testing_support::SettingsGuard;
 
@@ -107,7 +108,7 @@ TEST(DateTimeCalendar, NonFiniteValuesHaveNoTimeStampAndTheClockReadsToday) {
     EXPECT_THROW(MSecsToTimeStamp(NAN), EConvertError);
     // Before 0001-01-01 there is no calendar date.
     EXPECT_EQ(Parts(MinDateTime - 1), (std::vector<int>{0, 0, 0, 0, 0, 0, 0}));
-
+    // The clock reads today.
     const TDateTime today = Date();
     const TDateTime now = Now();
     EXPECT_EQ(std::trunc(today), today);
@@ -164,26 +165,23 @@ TEST(DateTimeText, FormatTokens) {
 TEST(DateTimeText, ParseDatesAndTimes) {
     EXPECT_EQ(StrToDate("2000-02-29"), EncodeDate(2000, 2, 29));
     EXPECT_EQ(StrToDate(" 0001-01-01 "), MinDateTime);
-    EXPECT_EQ(StrToTime("13:05:07.008"), EncodeTime(13, 5, 7, 8));
-    EXPECT_EQ(StrToTime("13:05"), EncodeTime(13, 5, 0, 0));
-    EXPECT_EQ(StrToTime("1:05 PM"), EncodeTime(13, 5, 0, 0));
-    EXPECT_EQ(StrToTime("12:00 am"), 0.0);
-    EXPECT_EQ(StrToTime("10:00:00.5"), EncodeTime(10, 0, 0, 500));
+    EXPECT_EQ(Map<const char*>({"13:05:07.008", "13:05", "1:05 PM", "12:00 am", "10:00:00.5"},
+                               [](const char* text) { return StrToTime(text); }),
+              (std::vector<TDateTime>{EncodeTime(13, 5, 7, 8), EncodeTime(13, 5, 0, 0),
+                                      EncodeTime(13, 5, 0, 0), 0.0, EncodeTime(10, 0, 0, 500)}));
     EXPECT_EQ(StrToDateTime("2000-02-29 13:05:07"), EncodeDateTime(2000, 2, 29, 13, 5, 7, 0));
     EXPECT_EQ(StrToDateTime("2000-02-29T13:05:07.250"), EncodeDateTime(2000, 2, 29, 13, 5, 7, 250));
     EXPECT_EQ(StrToDateTime("1899-12-29 06:00"), -1.25);
     EXPECT_EQ(StrToDateTime("2000-02-29"), EncodeDate(2000, 2, 29));
     EXPECT_EQ(StrToDateTime("06:30"), EncodeTime(6, 30, 0, 0));
-
+    // Day first; two-digit years fall within 50 years of today.
     TFormatSettings dmy;
     dmy.ShortDateFormat = "dd/mm/yyyy";
     dmy.DateSeparator = '/';
-    EXPECT_EQ(StrToDate("29/02/2000", dmy), EncodeDate(2000, 2, 29));
-    EXPECT_EQ(StrToDate("1.3.1900", dmy), EncodeDate(1900, 3, 1));
-    // Two-digit years fall within 50 years of today.
-    EXPECT_EQ(StrToDate("28/02/99", dmy), EncodeDate(1999, 2, 28));
-    EXPECT_EQ(StrToDate("01/01/24", dmy), EncodeDate(2024, 1, 1));
-
+    EXPECT_EQ(Map<const char*>({"29/02/2000", "1.3.1900", "28/02/99", "01/01/24"},
+                               [&](const char* text) { return StrToDate(text, dmy); }),
+              (std::vector<TDateTime>{EncodeDate(2000, 2, 29), EncodeDate(1900, 3, 1),
+                                      EncodeDate(1999, 2, 28), EncodeDate(2024, 1, 1)}));
     TDateTime value = 0;
     for (const char* bad :
          {"", "2000-02-30", "2000-02", "2000--02-01", "x2000-01-01", "2000-01-01-", "12345-1-1"}) {
