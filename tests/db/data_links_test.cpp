@@ -12,8 +12,6 @@ using namespace quorda::dbtest;
 
 namespace {
 
-using Names = std::vector<std::string>;
-
 class RingTest : public ::testing::Test {
 protected:
     void SetUp() override {

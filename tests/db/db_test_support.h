@@ -127,5 +127,6 @@ inline std::string Position(TDataSet& DataSet) {
 }
 
 using testing_support::MessageOf;
+using Names = std::vector<std::string>;
 
 } // namespace quorda::dbtest

@@ -9,8 +9,6 @@ using namespace quorda::dbtest;
 
 namespace {
 
-using Names = std::vector<std::string>;
-
 class EditingTest : public ::testing::Test {
 protected:
     void SetUp() override {

@@ -10,8 +10,6 @@ using namespace quorda::dbtest;
 
 namespace {
 
-using Names = std::vector<std::string>;
-
 class CalcFieldsTest : public ::testing::Test {
 protected:
     void SetUp() override {

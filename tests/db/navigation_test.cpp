@@ -11,8 +11,6 @@ using namespace quorda::dbtest;
 
 namespace {
 
-using Names = std::vector<std::string>;
-
 TEST(Navigation, ScrollEventsAnnounceOnlyMovesThatCanHappen) {
     TMemDataSet dataSet(nullptr);
     Names log;

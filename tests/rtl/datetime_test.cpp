@@ -23,9 +23,7 @@ std::vector<int> Parts(TDateTime value) {
     return {y, m, d, h, n, s, z};
 }
 
-using testing_support::Map;
-using testing_support::MessageOf;
-using testing_support::SettingsGuard;
+using namespace testing_support;
 
 } // namespace
 

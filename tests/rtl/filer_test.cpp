@@ -18,9 +18,7 @@ namespace quorda {
 namespace {
 
 using namespace std::string_literals;
-using testing_support::Map;
-using testing_support::MessageOf;
-using testing_support::Strings;
+using namespace testing_support;
 
 // The bytes as upper-case hex pairs separated by blanks.
 template <typename Bytes>

@@ -11,9 +11,7 @@ using namespace quorda;
 
 namespace {
 
-using testing_support::Map;
-using testing_support::MessageOf;
-using testing_support::Strings;
+using namespace testing_support;
 
 constexpr double Inf = std::numeric_limits<double>::infinity();
 

@@ -19,8 +19,7 @@ namespace quorda {
 namespace {
 
 namespace fs = std::filesystem;
-using testing_support::Map;
-using testing_support::TTemporaryConfigHome;
+using namespace testing_support;
 
 std::string FileText(const fs::path& Path) {
     std::ifstream File(Path, std::ios::binary);

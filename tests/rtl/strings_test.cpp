@@ -13,9 +13,7 @@
 namespace quorda {
 namespace {
 
-using testing_support::Map;
-using testing_support::MessageOf;
-using testing_support::Strings;
+using namespace testing_support;
 
 // Through range-for, so that every test reading lines walks the range as well.
 Strings Lines(const TStrings& List) {

@@ -12,10 +12,7 @@ using namespace quorda;
 
 namespace {
 
-using testing_support::Map;
-using testing_support::MessageOf;
-using testing_support::SettingsGuard;
-using testing_support::Strings;
+using namespace testing_support;
 
 // What Target reads from each source: the value as text, or "cast" / "overflow" for the error raised.
 template <typename T>
