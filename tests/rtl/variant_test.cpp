@@ -98,9 +98,7 @@ TEST(VariantConversion, EveryTargetOverTheSourcesThatMatterToIt) {
               "Overflow while converting variant of type (Integer) into type (Byte)");
     EXPECT_EQ(VarAsType(Variant(" 7 "), varSmallint).VarType(), varSmallint);
     EXPECT_EQ(VarAsType(Variant(2.0), varString).AsString(), "2");
-}
-
-TEST(VariantConversion, TextFollowsTheGlobalDecimalSeparator) {
+    // Text follows the global decimal separator.
     SettingsGuard guard;
     FormatSettings().DecimalSeparator = ',';
     EXPECT_EQ(Reads({"1,5", "1.5"}, &Variant::AsDouble), (Strings{"1.5", "cast"}));
@@ -111,9 +109,8 @@ TEST(VariantArray, BoundsElementsAndErrors) {
     Variant a = VarArrayCreate(2, 4);
     EXPECT_EQ(a.VarType(), varArray | varVariant);
     EXPECT_TRUE(VarIsArray(a));
-    EXPECT_EQ(VarArrayDimCount(a), 1);
-    EXPECT_EQ(VarArrayLowBound(a), 2);
-    EXPECT_EQ(VarArrayHighBound(a), 4);
+    EXPECT_EQ((std::vector<int>{VarArrayDimCount(a), VarArrayLowBound(a), VarArrayHighBound(a)}),
+              (std::vector<int>{1, 2, 4}));
     EXPECT_TRUE(VarIsEmpty(a[3]));
     a.SetArrayElement(2, "two");
     a[4] = 4.5;
@@ -127,19 +124,15 @@ TEST(VariantArray, BoundsElementsAndErrors) {
     EXPECT_EQ(MessageOf<EVariantTypeCastError>([&] { a.AsInteger(); }),
               "Could not convert variant of type (Array of Variant) into type (Integer)");
     EXPECT_THROW(a.AsString(), EVariantTypeCastError);
-
     const Variant scalar = 1;
     EXPECT_EQ(VarArrayDimCount(scalar), 0);
     EXPECT_THROW(VarArrayLowBound(scalar), EVariantInvalidArgError);
     EXPECT_THROW(scalar[0], EVariantInvalidArgError);
-
     const Variant none = VarArrayCreate(0, -1);
     EXPECT_EQ(VarArrayHighBound(none), -1);
     EXPECT_THROW(VarArrayCreate(0, -2), EVariantInvalidArgError);
-
     const Variant list = VarArrayOf({1, "x", Variant::Null()});
-    EXPECT_EQ(VarArrayLowBound(list), 0);
-    EXPECT_EQ(VarArrayHighBound(list), 2);
+    EXPECT_EQ((std::vector<int>{VarArrayLowBound(list), VarArrayHighBound(list)}), (std::vector<int>{0, 2}));
     EXPECT_TRUE(VarIsNull(list[2]));
 }
 
@@ -160,7 +153,6 @@ TEST(VariantArray, CopiesAreDeepAndSelfReferenceIsSafe) {
     EXPECT_EQ(a[0].AsInteger(), 2);
     a = std::move(a[1]);
     EXPECT_EQ(a.AsInteger(), 3);
-
     Variant moved = VarArrayOf({1});
     Variant target = std::move(moved);
     EXPECT_TRUE(VarIsEmpty(moved)); // NOLINT(bugprone-use-after-move): a moved-from variant is Empty
