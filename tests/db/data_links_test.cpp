@@ -55,7 +55,6 @@ TEST_F(RingTest, LinkWindowsFollowTheRecordsAcrossTheRingEdges) {
     TRecordingLink large(Log, "large", 5, &Source);
     EXPECT_EQ(large.Window("ID"), (Names{"1", "2", "3", "4", "5"}));
     EXPECT_EQ(small.Window("ID"), (Names{"1", "2", "3"}));
-
     struct Step {
         int Distance;
         Names Small;
@@ -114,7 +113,6 @@ TEST_F(RingTest, GotoBookmarkCentresTheRecordAndResyncNearTheEndRefillsFromBefor
     DataSet.GotoBookmark(tenth);
     EXPECT_EQ(grid.Window("ID"), (Names{"8", "9", "10", "11", "12"}));
     EXPECT_EQ(grid.ActiveRecord(), 2);
-
     DataSet.Last();
     DataSet.Prior();
     DataSet.Delete();

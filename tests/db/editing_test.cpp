@@ -107,14 +107,12 @@ TEST_F(EditingTest, CancelAndCloseDiscardAnEditMovingAwayPostsIt) {
     DataSet.Cancel();
     EXPECT_EQ(name->AsString(), "name1");
     EXPECT_FALSE(DataSet.Modified());
-
     DataSet.Edit();
     name->SetAsString("lost");
     DataSet.Close();
     DataSet.Open();
     name = DataSet.FieldByName("NAME");
     EXPECT_EQ(name->AsString(), "name1");
-
     DataSet.Edit();
     name->SetAsString("kept");
     DataSet.Next();
@@ -154,7 +152,6 @@ TEST_F(EditingTest, RuleViolationsRaiseTheFrameworkMessages) {
     EXPECT_EQ(MessageOf([&] { DataSet.FieldByName("MISSING"); }), "Field not found: \"MISSING\"");
     EXPECT_THROW(DataSet.InsertRecord({1, "a", 3}), EDatabaseError);
     EXPECT_EQ(DataSet.State(), dsBrowse);
-
     DataSet.FieldByName("ID")->SetRequired(true);
     DataSet.Append();
     EXPECT_EQ(MessageOf([&] { DataSet.Post(); }), "Field ID is required, but not supplied.");

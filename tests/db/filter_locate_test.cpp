@@ -77,7 +77,6 @@ TEST_F(CalcFieldsTest, FollowTheRecordBeingEditedAndCannotWriteDataFields) {
     EXPECT_EQ(Label->AsString(), "?");
     EXPECT_EQ(Twice->AsInteger(), 42);
     DataSet.Cancel();
-
     DataSet.OnCalcFields = [](TDataSet* ds) { ds->FieldByName("NAME")->SetAsString("no"); };
     EXPECT_THROW(DataSet.Refresh(), EDatabaseError);
 }
@@ -104,7 +103,6 @@ TEST(Filter, HidesRejectedRowsFromNavigationCountsAndRecordNumbers) {
     dataSet.Post();
     EXPECT_EQ(CurrentId(dataSet), 9);
     EXPECT_EQ(dataSet.RecordCount(), 2);
-
     dataSet.SetFiltered(false);
     EXPECT_EQ(CurrentId(dataSet), 1);
     EXPECT_EQ(dataSet.RecordCount(), 10);
@@ -145,7 +143,6 @@ TEST_F(LocateTest, LocateMovesToTheMatchAndLookupReadsIt) {
     EXPECT_EQ(log, (Names{"CheckBrowseMode", "DataSetChanged"}));
     EXPECT_EQ(link.ActiveValue("ID"), "4");
     EXPECT_THROW(DataSet.Locate("NOPE", 1, {}), EDatabaseError);
-
     DataSet.First();
     DataSet.Next();
     EXPECT_EQ(DataSet.Lookup("ID", 4, "NAME").AsString(), "Berit");

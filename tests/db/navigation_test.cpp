@@ -23,7 +23,6 @@ TEST(Navigation, ScrollEventsAnnounceOnlyMovesThatCanHappen) {
     dataSet.Close();
     dataSet.Open();
     EXPECT_EQ(log, (Names{"BeforeClose", "AfterClose", "BeforeOpen", "AfterOpen"}));
-
     dataSet.AppendRecord({1, "one"});
     dataSet.First();
     log.clear();
@@ -83,7 +82,6 @@ TEST(Bookmarks, SurviveChangesToOtherRowsAndDieWithTheirOwn) {
     dataSet.InsertRecord({100});
     dataSet.Last();
     dataSet.Delete();
-
     dataSet.GotoBookmark(seventh);
     EXPECT_EQ(CurrentId(dataSet), 7);
     EXPECT_EQ(dataSet.RecNo(), 7);
@@ -113,7 +111,6 @@ TEST(Bookmarks, CompareFollowRowOrderAndStringsRoundTrip) {
     EXPECT_EQ(dataSet.CompareBookmarks(TBookmark(), TBookmark()), 0);
     EXPECT_GT(dataSet.CompareBookmarks(TBookmark(), first), 0);
     EXPECT_LT(dataSet.CompareBookmarks(first, TBookmark()), 0);
-
     dataSet.MoveBy(3);
     TBookmarkStr third = dataSet.Bookmark();
     dataSet.First();

@@ -126,7 +126,6 @@ TEST(ComponentStream, ModuleRoundTripsThroughBinaryAndText) {
     const std::string saved = SampleModule();
     // References are set before any Loaded runs; Loaded follows the reading order.
     EXPECT_EQ(LoadedLog, (std::vector<std::string>{"A->B", "B->A"}));
-
     TDataModule loaded;
     TStringStream input(saved);
     loaded.LoadFromStream(input);

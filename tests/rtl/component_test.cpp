@@ -54,7 +54,6 @@ TEST(Component, ADeletedComponentIsDetachedAndItsPartnersAreTold) {
     // The owner hears the insert and forwards it to the components it already owns.
     EXPECT_EQ(log, (std::vector<std::string>{"owner:insert:", "a:insert:", "owner:insert:"}));
     log.clear();
-
     delete a;
     ASSERT_EQ(owner.ComponentCount(), 1);
     EXPECT_EQ(owner.Components(0), b);
@@ -71,7 +70,6 @@ TEST(Component, ADeletedComponentIsDetachedAndItsPartnersAreTold) {
     TProbe outside(nullptr, "outside", log);
     outside.SetPartner(link);
     link->SetName("Link");
-
     log.clear();
     delete form;
     EXPECT_EQ(outside.Partner(), nullptr);
@@ -95,7 +93,6 @@ TEST(Component, NamesOrderAndDesigningFollowTheOwner) {
     EXPECT_EQ(owner.FindComponent("QUERY1"), a);
     EXPECT_EQ(owner.FindComponent("_query2"), b);
     EXPECT_EQ(owner.FindComponent(""), nullptr);
-
     TComponent other(nullptr);
     auto* c = new TComponent(&other);
     EXPECT_NO_THROW(c->SetName("Query1"));
@@ -106,7 +103,6 @@ TEST(Component, NamesOrderAndDesigningFollowTheOwner) {
     EXPECT_EQ(c->Owner(), &owner);
     EXPECT_EQ(other.ComponentCount(), 0);
     EXPECT_EQ(owner.ComponentCount(), 3);
-
     owner.RemoveComponent(c);
     EXPECT_EQ(c->Owner(), nullptr);
     delete c;

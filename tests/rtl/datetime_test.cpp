@@ -136,7 +136,6 @@ TEST(DateTimeText, FormatTokens) {
     for (const auto& [format, offset, text] : cases) {
         EXPECT_EQ(FormatDateTime(format, value + offset, settings), text) << format;
     }
-
     settings.DateSeparator = '.';
     settings.TimeSeparator = 'h';
     settings.ShortDateFormat = "dd/mm/yyyy";

@@ -141,7 +141,6 @@ TEST(Reader, ValuesReadBackInTheirWiderAndWideFormsAndCanBeSkipped) {
     EXPECT_EQ(reader.ReadString(), "aé😀");
     EXPECT_EQ(reader.ReadString(), "\xEF\xBF\xBD");
     EXPECT_EQ(stream.Position(), stream.Size());
-
     // SkipValue steps over all of them in a list with an empty list nested, and over a collection of
     // two items, the second with an order index.
     const std::string collection = Written([](TWriter& writer) {

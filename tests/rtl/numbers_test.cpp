@@ -139,7 +139,6 @@ TEST(IntText, DecimalHexRangeAndBooleans) {
     EXPECT_FALSE(TryStrToInt64("99999999999999999999", wide));
     EXPECT_EQ(MessageOf<EConvertError>([] { StrToInt("2147483648"); }),
               "\"2147483648\" is an invalid integer");
-
     EXPECT_EQ(
         Map<const char*>({"TRUE", "false", "-1", "0"}, [](const char* text) { return StrToBool(text); }),
         (std::vector<bool>{true, false, true, false}));

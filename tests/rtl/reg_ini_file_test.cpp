@@ -141,7 +141,6 @@ TEST(RegIniFile, KeyPathsMapToFoldersUnderTheConfigurationFolder) {
         SCOPED_TRACE(Case.KeyPath);
         EXPECT_EQ(TRegIniFile::PathOfKey(Case.KeyPath), Home.Folder() / Case.File);
     }
-
     TRegIniFile Ini("Software\\Acme\\Orders");
     Ini.WriteString("s", "k", "v");
     EXPECT_EQ(FileText(Home.Folder() / "quorda/Software/Acme/Orders.ini"), "[s]\nk=v\n");
@@ -176,7 +175,6 @@ TEST(RegIniFile, WritesSectionsErasesThemAndBatchesUpdates) {
     Ini.WriteString("customers", "name-filter", "A");
     EXPECT_EQ(FileText(Ini.Path()), "[orders]\nid-find=12\nFindOption=2\nFindSensitive=1\n"
                                     "[customers]\nname-filter=A\n");
-
     TStringList List;
     Ini.ReadSections(List);
     EXPECT_EQ(List.ToVector(), (std::vector<std::string>{"orders", "customers"}));
@@ -186,7 +184,6 @@ TEST(RegIniFile, WritesSectionsErasesThemAndBatchesUpdates) {
     EXPECT_EQ(List.Values("FindOption"), "2");
     EXPECT_TRUE(Ini.ValueExists("Orders", "ID-FIND"));
     EXPECT_FALSE(Ini.ValueExists("orders", "name-filter"));
-
     Ini.DeleteKey("orders", "id-find");
     EXPECT_FALSE(Ini.ValueExists("orders", "id-find"));
     Ini.EraseSection("orders");
@@ -207,7 +204,6 @@ TEST(RegIniFile, WritesSectionsErasesThemAndBatchesUpdates) {
         // Abandoned without EndUpdate.
     }
     EXPECT_EQ(FileText(Ini.Path()), "[s]\nold=1\n");
-
     Ini.BeginUpdate();
     Ini.EraseSection("s");
     Ini.WriteString("s", "new", "2");

@@ -34,14 +34,12 @@ TEST(MemoryStream, GapsFillWithZerosAndCopiesTakeAPartOrTheWholeSource) {
     source.SetPosition(7);
     EXPECT_EQ(target.CopyFrom(source, 0), 10); // 0 means all of it, from the start
     EXPECT_EQ(target.DataString(), "0123456789");
-
     source.SetPosition(2);
     TMemoryStream part;
     EXPECT_EQ(part.CopyFrom(source, 3), 3);
     EXPECT_EQ(part.DataString(), "234");
     EXPECT_EQ(source.Position(), 5);
     EXPECT_THROW(part.CopyFrom(source, 6), EReadError);
-
     source.SetPosition(5);
     EXPECT_EQ(source.ReadString(10), "56789");
     // Loading replaces the whole content, from the start of the source, and rewinds.

@@ -92,7 +92,6 @@ TEST(StringUtils, ExtractFieldNameWalksASemicolonList) {
     EXPECT_EQ(names, (std::vector<std::string>{"ID", "Name", "", "Last"}));
     EXPECT_EQ(pos, fields.size());
     EXPECT_EQ(ExtractFieldName(fields, pos), "");
-
     const std::string trailing = "A;";
     pos = 0;
     EXPECT_EQ(ExtractFieldName(trailing, pos), "A");
