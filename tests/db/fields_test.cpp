@@ -133,10 +133,8 @@ TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
     // Conversions a type does not have name the target and the field.
     EXPECT_EQ(MessageOf([&] { F("B")->AsDateTime(); }), "Invalid type conversion to TDateTime in field B");
     EXPECT_EQ(MessageOf([&] { F("BY")->SetAsFloat(1); }), "Invalid type conversion to Float in field BY");
-    EXPECT_EQ(MessageOf([&] {
-                  F("I")->SetValue(VarArrayOf({1, 2}));
-              }),
-              "Field \"I\" error: Invalid variant value");
+    const Variant array = VarArrayOf({1, 2});
+    EXPECT_EQ(MessageOf([&] { F("I")->SetValue(array); }), "Field \"I\" error: Invalid variant value");
 }
 
 TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
