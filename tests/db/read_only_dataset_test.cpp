@@ -63,17 +63,13 @@ protected:
         ++Opens;
         FCursor = -1;
         InternalInitFieldDefs();
-        if (DefaultFields()) {
-            CreateFields();
-        }
+        CreateFields(); // no persistent fields here
         BindFields(true);
         FOpen = true;
     }
     void InternalClose() override {
         BindFields(false);
-        if (DefaultFields()) {
-            DestroyFields();
-        }
+        DestroyFields();
         FOpen = false;
     }
     bool IsCursorOpen() override { return FOpen; }
