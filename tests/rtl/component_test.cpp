@@ -17,31 +17,28 @@ public:
         : TComponent(AOwner), FLabel(std::move(Label)), FLog(Log) {}
     ~TProbe() override { FLog.push_back("~" + FLabel); }
 
-    void SetPartner(TComponent* Partner) {
-        FPartner = Partner;
-        if (Partner != nullptr) {
-            Partner->FreeNotification(this);
-        }
+    void SetPartner(TComponent* APartner) {
+        Partner = APartner;
+        APartner->FreeNotification(this);
     }
-    TComponent* Partner() const { return FPartner; }
 
     void Notification(TComponent* AComponent, TOperation Operation) override {
         TComponent::Notification(AComponent, Operation);
         FLog.push_back(FLabel + (Operation == opInsert ? ":insert:" : ":remove:") + AComponent->Name());
         if (Operation == opRemove) {
             SawDestroying = AComponent->ComponentState().Contains(csDestroying);
-            if (AComponent == FPartner) {
-                FPartner = nullptr;
+            if (AComponent == Partner) {
+                Partner = nullptr;
             }
         }
     }
 
+    TComponent* Partner = nullptr;
     bool SawDestroying = false; // the removed component was already destroying
 
 private:
     std::string FLabel;
     std::vector<std::string>& FLog;
-    TComponent* FPartner = nullptr;
 };
 
 TEST(Component, ADeletedComponentIsDetachedAndItsPartnersAreTold) {
@@ -72,7 +69,7 @@ TEST(Component, ADeletedComponentIsDetachedAndItsPartnersAreTold) {
     link->SetName("Link");
     log.clear();
     delete form;
-    EXPECT_EQ(outside.Partner(), nullptr);
+    EXPECT_EQ(outside.Partner, nullptr);
     EXPECT_TRUE(outside.SawDestroying);
     // data is deleted first (last owned), link hears it, then link goes and outside hears it.
     EXPECT_EQ(log, (std::vector<std::string>{"~form", "~data", "link:remove:Data", "~link",
