@@ -147,9 +147,7 @@ std::string Replaced(std::string Bytes, const std::string& From, const std::stri
 TEST(ComponentStream, DamagedInputRaisesAndLeavesNothingBehind) {
     const std::string saved = SampleModule();
     const std::string text = kSampleText;
-    const std::string count = std::string("\x05"
-                                          "Count",
-                                          6);
+    const std::string count = "\5Count";
     struct Case {
         const char* What;
         std::string Input;

@@ -154,9 +154,7 @@ TEST(Reader, ValuesReadBackInTheirWiderAndWideFormsAndCanBeSkipped) {
         writer.WriteListEnd();
         writer.WriteListEnd();
     });
-    TStringStream skipped("\x01" + bytes + "\x01\x00\x00"s + collection +
-                          "\x06\x05"
-                          "after");
+    TStringStream skipped("\x01" + bytes + "\x01\x00\x00"s + collection + "\6\5after");
     TReader skipper(skipped);
     skipper.SkipValue();
     skipper.SkipValue();
@@ -220,19 +218,11 @@ TEST(Reader, DamagedInputRaisesAReadError) {
                  {text, &TReader::ReadIdent, "Invalid property value"},
                  {"\x63", &TReader::ReadValue, "Invalid property value"},
                  {"TPF1", &TReader::ReadSignature, "Invalid stream format"},
-                 {"\x0C\xFF\xFF\xFF\xFF"
-                  "abc",
-                  &TReader::ReadString, "Stream read error"},
+                 {"\x0C\xFF\xFF\xFF\xFFxyz", &TReader::ReadString, "Stream read error"},
                  {"\x0A\xF0\xFF\xFF\x7F", &TReader::SkipValue, "Stream read error"},
                  {std::string(100000, '\x01'), &TReader::SkipValue, "Invalid property value"},
-                 {"\x04"
-                  "Blob" +
-                      text + '\0',
-                  readProperties, "Invalid property value"},
-                 {"\x05"
-                  "Bogus" +
-                      text + '\0',
-                  readProperties, "Property Bogus does not exist"}};
+                 {"\4Blob" + text + '\0', readProperties, "Invalid property value"},
+                 {"\5Bogus" + text + '\0', readProperties, "Property Bogus does not exist"}};
     for (const auto& c : cases) {
         TStringStream stream(c.Bytes);
         TReader reader(stream);
