@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 #include <numeric>
+#include <tuple>
 
 using namespace quorda;
 using namespace quorda::dbtest;
@@ -55,34 +56,27 @@ TEST_F(RingTest, LinkWindowsFollowTheRecordsAcrossTheRingEdges) {
     TRecordingLink large(Log, "large", 5, &Source);
     EXPECT_EQ(large.Window("ID"), (Names{"1", "2", "3", "4", "5"}));
     EXPECT_EQ(small.Window("ID"), (Names{"1", "2", "3"}));
-    struct Step {
-        int Distance;
-        Names Small;
-        int SmallActive;
-        Names Large;
-        int LargeActive;
-        std::string SmallScroll;
-        std::string LargeScroll;
-    };
-    const Step steps[] = {
+    // Distance, then the small and the large link's window, active record and scroll distance.
+    const std::tuple<int, Names, int, Names, int, std::string, std::string> steps[] = {
         {4, {"3", "4", "5"}, 2, {"1", "2", "3", "4", "5"}, 4, "2", "0"},
         {1, {"4", "5", "6"}, 2, {"2", "3", "4", "5", "6"}, 4, "1", "1"},
         {-3, {"3", "4", "5"}, 0, {"2", "3", "4", "5", "6"}, 1, "-1", "0"},
         {-1, {"2", "3", "4"}, 0, {"2", "3", "4", "5", "6"}, 0, "-1", "0"},
         {-1, {"1", "2", "3"}, 0, {"1", "2", "3", "4", "5"}, 0, "-1", "-1"},
     };
-    for (const Step& step : steps) {
+    for (const auto& [distance, smallWindow, smallActive, largeWindow, largeActive, smallScroll,
+                      largeScroll] : steps) {
         Log.clear();
-        DataSet.MoveBy(step.Distance);
-        SCOPED_TRACE("after MoveBy(" + std::to_string(step.Distance) + ") to ID " +
+        DataSet.MoveBy(distance);
+        SCOPED_TRACE("after MoveBy(" + std::to_string(distance) + ") to ID " +
                      std::to_string(CurrentId(DataSet)));
-        EXPECT_EQ(small.Window("ID"), step.Small);
-        EXPECT_EQ(small.ActiveRecord(), step.SmallActive);
-        EXPECT_EQ(large.Window("ID"), step.Large);
-        EXPECT_EQ(large.ActiveRecord(), step.LargeActive);
+        EXPECT_EQ(small.Window("ID"), smallWindow);
+        EXPECT_EQ(small.ActiveRecord(), smallActive);
+        EXPECT_EQ(large.Window("ID"), largeWindow);
+        EXPECT_EQ(large.ActiveRecord(), largeActive);
         EXPECT_EQ(Log, (Names{"small:CheckBrowseMode", "large:CheckBrowseMode",
-                              "small:DataSetScrolled(" + step.SmallScroll + ")",
-                              "large:DataSetScrolled(" + step.LargeScroll + ")"}));
+                              "small:DataSetScrolled(" + smallScroll + ")",
+                              "large:DataSetScrolled(" + largeScroll + ")"}));
     }
 }
 

@@ -8,6 +8,7 @@
 #include <limits>
 #include <optional>
 #include <string_view>
+#include <tuple>
 
 using namespace quorda;
 using dbtest::MessageOf;
@@ -94,34 +95,31 @@ TEST_F(FieldsTest, NullReadsAsEmptyAndZeroAndTypedReadsTellNullFromTheValueOfEve
 
 // What a field keeps of a text: the text it reads back, or the error the field raises.
 TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
-    const struct {
-        const char* Field;
-        const char* Text;
-        const char* Read;
-    } cases[] = {{"I", " 42 ", "42"},
-                 {"I", "4x", "Field \"I\" error: \"4x\" is not a valid integer"},
-                 {"SI", "40000", "Field \"SI\" error: 40000 is not between -32768 and 32767."},
-                 {"SI", "-32768", "-32768"},
-                 {"W", "-1", "Field \"W\" error: -1 is not between 0 and 65535."},
-                 {"W", "65535", "65535"},
-                 {"L", "9000000000", "9000000000"},
-                 {"F", "1.25", "1.25"},
-                 {"F", "1,2.3", "Field \"F\" error: \"1,2.3\" is not a valid float"},
-                 {"C", "12.3456", "12.3456"},
-                 {"B", "maybe", "\"maybe\" is not a valid boolean"},
-                 {"S", "abcdefgh", "abcde"},
-                 {"S", "ééé", "éé"}, // not a split character
-                 {"D", "1999-12-31", "1999-12-31"},
-                 {"D", "not a date", "\"not a date\" is not a valid date"}};
-    for (const auto& c : cases) {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"I", " 42 ", "42"},
+        {"I", "4x", "Field \"I\" error: \"4x\" is not a valid integer"},
+        {"SI", "40000", "Field \"SI\" error: 40000 is not between -32768 and 32767."},
+        {"SI", "-32768", "-32768"},
+        {"W", "-1", "Field \"W\" error: -1 is not between 0 and 65535."},
+        {"W", "65535", "65535"},
+        {"L", "9000000000", "9000000000"},
+        {"F", "1.25", "1.25"},
+        {"F", "1,2.3", "Field \"F\" error: \"1,2.3\" is not a valid float"},
+        {"C", "12.3456", "12.3456"},
+        {"B", "maybe", "\"maybe\" is not a valid boolean"},
+        {"S", "abcdefgh", "abcde"},
+        {"S", "ééé", "éé"}, // not a split character
+        {"D", "1999-12-31", "1999-12-31"},
+        {"D", "not a date", "\"not a date\" is not a valid date"}};
+    for (const auto& [name, text, expected] : cases) {
         std::string read;
         try {
-            F(c.Field)->SetAsString(c.Text);
-            read = F(c.Field)->AsString();
+            F(name)->SetAsString(text);
+            read = F(name)->AsString();
         } catch (const Exception& e) {
             read = e.what();
         }
-        EXPECT_EQ(read, c.Read) << c.Field << " = " << c.Text;
+        EXPECT_EQ(read, expected) << name << " = " << text;
     }
     EXPECT_EQ(F("I")->Value().VarType(), varInteger);
     EXPECT_EQ(F("C")->AsCurrency(), Currency::FromRaw(123456));
@@ -169,12 +167,7 @@ TEST_F(FieldsTest, BinaryFieldsKeepTheirBytes) {
 // The record buffer keeps dates as day numbers from 0001-01-01 (day 1), times as milliseconds since
 // midnight and date-times as milliseconds since day 1; the field shows them as TDateTime again.
 TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
-    const struct {
-        const char* Field;
-        TDateTime Value;
-        double Native;
-        const char* Read;
-    } cases[] = {
+    const std::tuple<const char*, TDateTime, double, const char*> cases[] = {
         {"D", EncodeDateTime(1850, 3, 1, 18, 0, 0, 0), 675393, "1850-03-01 00:00:00.000"}, // no time of day
         {"D", EncodeDate(1, 1, 1), 1, "0001-01-01 00:00:00.000"},
         {"T", EncodeTime(13, 45, 30, 123), 49530123, "1899-12-30 13:45:30.123"},
@@ -182,17 +175,17 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
         {"DT", EncodeDateTime(1899, 12, 29, 6, 0, 0, 7), 59926456800007.0, "1899-12-29 06:00:00.007"},
         {"DT", EncodeDateTime(2024, 2, 29, 23, 59, 59, 999), 63844934399999.0, "2024-02-29 23:59:59.999"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.Read);
-        TField* field = F(c.Field);
-        field->SetAsDateTime(c.Value);
+    for (const auto& [name, value, native, read] : cases) {
+        SCOPED_TRACE(read);
+        TField* field = F(name);
+        field->SetAsDateTime(value);
         TDateTimeRec rec;
         ASSERT_EQ(field->DataSize(), static_cast<int>(sizeof(rec)));
         ASSERT_TRUE(field->GetData(&rec));
         const TFieldType type = field->DataType();
-        EXPECT_EQ(type == ftDate ? rec.Date : type == ftTime ? rec.Time : rec.DateTime, c.Native);
-        EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", field->AsDateTime()), c.Read);
-        EXPECT_EQ(DateTimeRecToDateTime(type, DateTimeToDateTimeRec(type, c.Value)), field->AsDateTime());
+        EXPECT_EQ(type == ftDate ? rec.Date : type == ftTime ? rec.Time : rec.DateTime, native);
+        EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", field->AsDateTime()), read);
+        EXPECT_EQ(DateTimeRecToDateTime(type, DateTimeToDateTimeRec(type, value)), field->AsDateTime());
     }
     EXPECT_EQ(F("DT")->Value().VarType(), varDate);
     F("D")->SetAsString("");

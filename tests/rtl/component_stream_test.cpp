@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace quorda {
@@ -148,12 +149,7 @@ TEST(ComponentStream, DamagedInputRaisesAndLeavesNothingBehind) {
     const std::string saved = SampleModule();
     const std::string text = kSampleText;
     const std::string count = "\5Count";
-    struct Case {
-        const char* What;
-        std::string Input;
-        std::string Message;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<const char*, std::string, const char*> cases[] = {
         {"neither form", "TPF1" + saved.substr(4), "Syntax error on line 1: expected object"},
         {"wrong tag", Replaced(saved, count + "\x03", count + "\x07"),
          "Invalid property value at offset 47: expected the value of property Count"},
@@ -175,13 +171,13 @@ TEST(ComponentStream, DamagedInputRaisesAndLeavesNothingBehind) {
         {"text with a bad value", Replaced(text, "Flag = True", "Flag = ;"),
          "Syntax error on line 5: expected a value"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [what, bytes, message] : cases) {
         TDataModule module;
         module.SetName("Keep");
-        TStringStream input(c.Input);
-        EXPECT_EQ(MessageOf<EReadError>([&] { module.LoadFromStream(input); }), c.Message) << c.What;
-        EXPECT_EQ(module.ComponentCount(), 0) << c.What;
-        EXPECT_EQ(module.Name(), "Keep") << c.What;
+        TStringStream input(bytes);
+        EXPECT_EQ(MessageOf<EReadError>([&] { module.LoadFromStream(input); }), message) << what;
+        EXPECT_EQ(module.ComponentCount(), 0) << what;
+        EXPECT_EQ(module.Name(), "Keep") << what;
     }
     // Cut anywhere, the stream fails cleanly.
     for (std::size_t cut = 0; cut < saved.size(); ++cut) {

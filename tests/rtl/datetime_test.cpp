@@ -30,15 +30,12 @@ using namespace testing_support;
 TEST(DateTimeCalendar, LandmarkDatesSerialNumbersWeekdaysAndTimeStamps) {
     // The classic day numbering: 1899-12-30 is day 0, there is no 1900-02-29, and the calendar is
     // proleptic Gregorian (1582-10-04 is 11 days before 1582-10-15). Weekdays count from Sunday = 1.
-    const struct {
-        Ymd Date;
-        int Serial;
-        int Weekday;
-    } cases[] = {{{1899, 12, 30}, 0, 7},       {{1899, 12, 31}, 1, 1},       {{1899, 12, 29}, -1, 6},
-                 {{1900, 1, 1}, 2, 2},         {{1900, 2, 28}, 60, 4},       {{1900, 3, 1}, 61, 5},
-                 {{2000, 1, 1}, 36526, 7},     {{2000, 2, 29}, 36585, 3},    {{1, 1, 1}, -693593, 2},
-                 {{9999, 12, 31}, 2958465, 6}, {{1582, 10, 15}, -115858, 6}, {{1582, 10, 4}, -115869, 2},
-                 {{2024, 6, 2}, 45445, 1}};
+    const std::tuple<Ymd, int, int> cases[] = {
+        {{1899, 12, 30}, 0, 7},       {{1899, 12, 31}, 1, 1},       {{1899, 12, 29}, -1, 6},
+        {{1900, 1, 1}, 2, 2},         {{1900, 2, 28}, 60, 4},       {{1900, 3, 1}, 61, 5},
+        {{2000, 1, 1}, 36526, 7},     {{2000, 2, 29}, 36585, 3},    {{1, 1, 1}, -693593, 2},
+        {{9999, 12, 31}, 2958465, 6}, {{1582, 10, 15}, -115858, 6}, {{1582, 10, 4}, -115869, 2},
+        {{2024, 6, 2}, 45445, 1}};
     for (const auto& [date, serial, weekday] : cases) {
         SCOPED_TRACE(testing::Message() << date.Year << "-" << date.Month << "-" << date.Day);
         EXPECT_EQ(EncodeDate(date.Year, date.Month, date.Day), serial);

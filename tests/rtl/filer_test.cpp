@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace quorda {
@@ -208,25 +209,22 @@ TEST(Reader, DamagedInputRaisesAReadError) {
         TSample target;
         r.ReadProperties(&target);
     };
-    const struct {
-        std::string Bytes;
-        std::function<void(TReader&)> Read;
-        const char* Message;
-    } cases[] = {{text, &TReader::ReadInteger, "Invalid property value"},
-                 {text, &TReader::ReadBoolean, "Invalid property value"},
-                 {text, &TReader::ReadListBegin, "Invalid property value"},
-                 {text, &TReader::ReadIdent, "Invalid property value"},
-                 {"\x63", &TReader::ReadValue, "Invalid property value"},
-                 {"TPF1", &TReader::ReadSignature, "Invalid stream format"},
-                 {"\x0C\xFF\xFF\xFF\xFFxyz", &TReader::ReadString, "Stream read error"},
-                 {"\x0A\xF0\xFF\xFF\x7F", &TReader::SkipValue, "Stream read error"},
-                 {std::string(100000, '\x01'), &TReader::SkipValue, "Invalid property value"},
-                 {"\4Blob" + text + '\0', readProperties, "Invalid property value"},
-                 {"\5Bogus" + text + '\0', readProperties, "Property Bogus does not exist"}};
-    for (const auto& c : cases) {
-        TStringStream stream(c.Bytes);
+    const std::tuple<std::string, std::function<void(TReader&)>, const char*> cases[] = {
+        {text, &TReader::ReadInteger, "Invalid property value"},
+        {text, &TReader::ReadBoolean, "Invalid property value"},
+        {text, &TReader::ReadListBegin, "Invalid property value"},
+        {text, &TReader::ReadIdent, "Invalid property value"},
+        {"\x63", &TReader::ReadValue, "Invalid property value"},
+        {"TPF1", &TReader::ReadSignature, "Invalid stream format"},
+        {"\x0C\xFF\xFF\xFF\xFFxyz", &TReader::ReadString, "Stream read error"},
+        {"\x0A\xF0\xFF\xFF\x7F", &TReader::SkipValue, "Stream read error"},
+        {std::string(100000, '\x01'), &TReader::SkipValue, "Invalid property value"},
+        {"\4Blob" + text + '\0', readProperties, "Invalid property value"},
+        {"\5Bogus" + text + '\0', readProperties, "Property Bogus does not exist"}};
+    for (const auto& [bytes, read, message] : cases) {
+        TStringStream stream(bytes);
         TReader reader(stream);
-        EXPECT_EQ(MessageOf<EReadError>([&] { c.Read(reader); }), c.Message) << Hex(c.Bytes.substr(0, 8));
+        EXPECT_EQ(MessageOf<EReadError>([&] { read(reader); }), message) << Hex(bytes.substr(0, 8));
     }
     // A value of the wrong kind stays unread.
     TStringStream stream(text);

@@ -12,6 +12,7 @@
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -69,34 +70,27 @@ std::optional<std::string> ValueIn(const TIniDocument& Document, const std::stri
 
 constexpr char kGarbage[] = "\0\xff[\x01]\n\x80=\x02\n[s]\nk=\0v\n";
 
-struct TReadCase {
-    const char* Name;
-    std::string Text;
-    const char* Section;
-    const char* Ident;
-    std::optional<std::string> Expected;
-};
-
 // Hand-written, damaged and garbage files: reading never fails, values it cannot find are absent.
 TEST(IniDocument, ReadsWhatItCanOfAnyText) {
-    const TReadCase Cases[] = {
-        {"plain", "[s]\nk=v\n", "s", "k", "v"},
-        {"blanks trimmed, names ignore case", "  [ Sec ]  \r\n  Key  =  a b  \r\n", "SEC", "key", "a b"},
-        {"first of two keys counts", "[s]\nk=1\nk=2\n", "s", "k", "1"},
-        {"a section named twice is one", "[s]\na=1\n[t]\n[S]\nb=2\n", "s", "b", "2"},
-        {"comments are not entries", "[s]\n;k=1\n#k=2\n", "s", "k", std::nullopt},
-        {"entries before any section are ignored", "k=1\n[s]\n", "s", "k", std::nullopt},
-        {"truncated last line", "[s]\nk=val", "s", "k", "val"},
-        {"truncated header", "[s]\nk=1\n[t", "s", "k", "1"},
-        {"header cut before its bracket is no section", "[t\nk=1\n", "t", "k", std::nullopt},
-        {"empty key", "[s]\n=v\n", "s", "", std::nullopt},
-        {"escapes", "[s]\nk=\\x20a\\\\b\\x0Ac\\x20\n", "s", "k", " a\\b\nc "},
-        {"unknown escapes read literally", "[s]\nk=C:\\dir\\x4\n", "s", "k", "C:\\dir\\x4"},
-        {"value with '='", "[s]\nk=a=b\n", "s", "k", "a=b"},
-        {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)}};
-    for (const TReadCase& Case : Cases) {
-        SCOPED_TRACE(Case.Name);
-        EXPECT_EQ(ValueIn(TIniDocument::Parse(Case.Text), Case.Section, Case.Ident), Case.Expected);
+    // What, the text, and where to look for which value.
+    const std::tuple<const char*, std::string, const char*, const char*, std::optional<std::string>> Cases[] =
+        {{"plain", "[s]\nk=v\n", "s", "k", "v"},
+         {"blanks trimmed, names ignore case", "  [ Sec ]  \r\n  Key  =  a b  \r\n", "SEC", "key", "a b"},
+         {"first of two keys counts", "[s]\nk=1\nk=2\n", "s", "k", "1"},
+         {"a section named twice is one", "[s]\na=1\n[t]\n[S]\nb=2\n", "s", "b", "2"},
+         {"comments are not entries", "[s]\n;k=1\n#k=2\n", "s", "k", std::nullopt},
+         {"entries before any section are ignored", "k=1\n[s]\n", "s", "k", std::nullopt},
+         {"truncated last line", "[s]\nk=val", "s", "k", "val"},
+         {"truncated header", "[s]\nk=1\n[t", "s", "k", "1"},
+         {"header cut before its bracket is no section", "[t\nk=1\n", "t", "k", std::nullopt},
+         {"empty key", "[s]\n=v\n", "s", "", std::nullopt},
+         {"escapes", "[s]\nk=\\x20a\\\\b\\x0Ac\\x20\n", "s", "k", " a\\b\nc "},
+         {"unknown escapes read literally", "[s]\nk=C:\\dir\\x4\n", "s", "k", "C:\\dir\\x4"},
+         {"value with '='", "[s]\nk=a=b\n", "s", "k", "a=b"},
+         {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)}};
+    for (const auto& [What, Text, Section, Ident, Expected] : Cases) {
+        SCOPED_TRACE(What);
+        EXPECT_EQ(ValueIn(TIniDocument::Parse(Text), Section, Ident), Expected);
     }
 }
 
@@ -127,19 +121,17 @@ TEST(IniDocument, WrittenTextReadsBackExactlyAndKeepsForeignLines) {
 
 TEST(RegIniFile, KeyPathsMapToFoldersUnderTheConfigurationFolder) {
     TTemporaryConfigHome Home;
-    const struct {
-        const char* KeyPath;
-        const char* File;
-    } Cases[] = {{"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
-                 {"Software/Acme", "quorda/Software/Acme.ini"},
-                 {"\\\\a\\/b\\", "quorda/a/b.ini"},
-                 {"", "quorda/.ini"},
-                 {"..\\..\\etc", "quorda/%2E%2E/%2E%2E/etc.ini"},
-                 {"x.ini\\y", "quorda/x%2Eini/y.ini"},
-                 {"50%", "quorda/50%25.ini"}};
-    for (const auto& Case : Cases) {
-        SCOPED_TRACE(Case.KeyPath);
-        EXPECT_EQ(TRegIniFile::PathOfKey(Case.KeyPath), Home.Folder() / Case.File);
+    const std::pair<const char*, const char*> Cases[] = {
+        {"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
+        {"Software/Acme", "quorda/Software/Acme.ini"},
+        {"\\\\a\\/b\\", "quorda/a/b.ini"},
+        {"", "quorda/.ini"},
+        {"..\\..\\etc", "quorda/%2E%2E/%2E%2E/etc.ini"},
+        {"x.ini\\y", "quorda/x%2Eini/y.ini"},
+        {"50%", "quorda/50%25.ini"}};
+    for (const auto& [KeyPath, File] : Cases) {
+        SCOPED_TRACE(KeyPath);
+        EXPECT_EQ(TRegIniFile::PathOfKey(KeyPath), Home.Folder() / File);
     }
     TRegIniFile Ini("Software\\Acme\\Orders");
     Ini.WriteString("s", "k", "v");
