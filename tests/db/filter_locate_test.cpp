@@ -10,75 +10,60 @@ using namespace quorda::dbtest;
 
 namespace {
 
-class CalcFieldsTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        DataSet.FieldDefs().Add("ID", ftInteger);
-        DataSet.FieldDefs().Add("NAME", ftString, 20);
-        for (int i = 0; i < DataSet.FieldDefs().Count(); ++i) {
-            DataSet.FieldDefs()[i]->CreateField(&DataSet);
-        }
-        Label->SetSize(30);
-        for (TField* field : {static_cast<TField*>(Label), static_cast<TField*>(Twice)}) {
-            field->SetFieldKind(fkCalculated);
-            field->SetDataSet(&DataSet);
-        }
-        DataSet.OnCalcFields = [this](TDataSet* ds) {
-            States.push_back(ds->State());
-            TField* name = ds->FieldByName("NAME");
-            Label->SetAsString(name->IsNull() ? "?" : name->AsString() + "!");
-            Twice->SetAsInteger(ds->FieldByName("ID")->AsInteger() * 2);
-        };
-        DataSet.CreateDataSet();
-        DataSet.AppendRecord({1, "one"});
-        DataSet.AppendRecord({2, "two"});
-        DataSet.First();
+// Calculated fields are computed for every fetched record in their own state, follow the record
+// being edited, can be tested by a filter and cannot write data fields.
+TEST(CalcFields, ComputedPerRecordInTheirOwnState) {
+    TMemDataSet dataSet(nullptr);
+    dataSet.FieldDefs().Add("ID", ftInteger);
+    dataSet.FieldDefs().Add("NAME", ftString, 20);
+    for (int i = 0; i < dataSet.FieldDefs().Count(); ++i) {
+        dataSet.FieldDefs()[i]->CreateField(&dataSet);
     }
-
-    template <typename T>
-    T* Named(const char* Name) {
-        auto* field = new T(&DataSet);
-        field->SetFieldName(Name);
-        return field;
+    auto* label = new TStringField(&dataSet);
+    auto* twice = new TIntegerField(&dataSet);
+    label->SetSize(30);
+    for (auto [field, name] : {std::pair<TField*, const char*>{label, "LABEL"}, {twice, "TWICE"}}) {
+        field->SetFieldName(name);
+        field->SetFieldKind(fkCalculated);
+        field->SetDataSet(&dataSet);
     }
-
-    TMemDataSet DataSet{nullptr};
-    TStringField* Label = Named<TStringField>("LABEL");
-    TIntegerField* Twice = Named<TIntegerField>("TWICE");
-    std::vector<TDataSetState> States;
-};
-
-TEST_F(CalcFieldsTest, ComputedForEveryFetchedRecordInTheirOwnState) {
-    EXPECT_EQ(Label->FieldNo(), -1);
-    EXPECT_EQ(Label->AsString(), "one!");
-    DataSet.Next();
-    EXPECT_EQ(Label->AsString(), "two!");
-    EXPECT_EQ(Twice->AsInteger(), 4);
-    EXPECT_EQ(States, std::vector<TDataSetState>(States.size(), dsCalcFields));
-    EXPECT_FALSE(States.empty());
-    EXPECT_EQ(DataSet.State(), dsBrowse);
-    // A filter can test a calculated value.
-    DataSet.OnFilterRecord = [this](TDataSet*, bool& Accept) { Accept = Label->AsString() == "two!"; };
-    DataSet.SetFiltered(true);
-    EXPECT_EQ(CurrentId(DataSet), 2);
-    EXPECT_EQ(DataSet.RecordCount(), 1);
-}
-
-TEST_F(CalcFieldsTest, FollowTheRecordBeingEditedAndCannotWriteDataFields) {
-    DataSet.Edit();
-    DataSet.FieldByName("NAME")->SetAsString("uno");
-    EXPECT_EQ(Label->AsString(), "uno!");
-    DataSet.Cancel();
-    EXPECT_EQ(Label->AsString(), "one!");
+    std::vector<TDataSetState> states;
+    dataSet.OnCalcFields = [&](TDataSet* ds) {
+        states.push_back(ds->State());
+        TField* name = ds->FieldByName("NAME");
+        label->SetAsString(name->IsNull() ? "?" : name->AsString() + "!");
+        twice->SetAsInteger(ds->FieldByName("ID")->AsInteger() * 2);
+    };
+    dataSet.CreateDataSet();
+    dataSet.AppendRecord({1, "one"});
+    dataSet.AppendRecord({2, "two"});
+    dataSet.First();
+    EXPECT_EQ(label->FieldNo(), -1);
+    EXPECT_EQ(label->AsString(), "one!");
+    dataSet.Next();
+    EXPECT_EQ(label->AsString(), "two!");
+    EXPECT_EQ(twice->AsInteger(), 4);
+    EXPECT_EQ(states, std::vector<TDataSetState>(states.size(), dsCalcFields));
+    EXPECT_FALSE(states.empty());
+    EXPECT_EQ(dataSet.State(), dsBrowse);
+    dataSet.Edit();
+    dataSet.FieldByName("NAME")->SetAsString("deux");
+    EXPECT_EQ(label->AsString(), "deux!");
+    dataSet.Cancel();
+    EXPECT_EQ(label->AsString(), "two!");
     // A new record has no calculated values until one of its fields changes.
-    DataSet.Append();
-    EXPECT_TRUE(Label->IsNull());
-    DataSet.FieldByName("ID")->SetAsInteger(21);
-    EXPECT_EQ(Label->AsString(), "?");
-    EXPECT_EQ(Twice->AsInteger(), 42);
-    DataSet.Cancel();
-    DataSet.OnCalcFields = [](TDataSet* ds) { ds->FieldByName("NAME")->SetAsString("no"); };
-    EXPECT_THROW(DataSet.Refresh(), EDatabaseError);
+    dataSet.Append();
+    EXPECT_TRUE(label->IsNull());
+    dataSet.FieldByName("ID")->SetAsInteger(21);
+    EXPECT_EQ(label->AsString(), "?");
+    EXPECT_EQ(twice->AsInteger(), 42);
+    dataSet.Cancel();
+    dataSet.OnFilterRecord = [&](TDataSet*, bool& Accept) { Accept = label->AsString() == "two!"; };
+    dataSet.SetFiltered(true);
+    EXPECT_EQ(CurrentId(dataSet), 2);
+    EXPECT_EQ(dataSet.RecordCount(), 1);
+    dataSet.OnCalcFields = [](TDataSet* ds) { ds->FieldByName("NAME")->SetAsString("no"); };
+    EXPECT_THROW(dataSet.Refresh(), EDatabaseError);
 }
 
 TEST(Filter, HidesRejectedRowsFromNavigationCountsAndRecordNumbers) {
