@@ -93,33 +93,26 @@ TEST(Filter, HidesRejectedRowsFromNavigationCountsAndRecordNumbers) {
     EXPECT_EQ(dataSet.RecordCount(), 10);
 }
 
-class LocateTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        DataSet.FieldDefs().Add("ID", ftInteger);
-        DataSet.FieldDefs().Add("NAME", ftString, 20);
-        DataSet.FieldDefs().Add("CITY", ftString, 20);
-        DataSet.CreateDataSet();
-        DataSet.AppendRecord({1, "Anna", "Oslo"});
-        DataSet.AppendRecord({2, "Ånund", "Bergen"});
-        DataSet.AppendRecord({3, "anders", Variant::Null()});
-        DataSet.AppendRecord({4, "Berit", "Oslo"});
-        DataSet.First();
-    }
-
-    TMemDataSet DataSet{nullptr};
-};
-
 // Several keys, nulls and numbers; links hear only the outcome; Lookup reads without moving.
-TEST_F(LocateTest, LocateMovesToTheMatchAndLookupReadsIt) {
+TEST(LocateTest, MovesToTheMatchAndLookupReadsIt) {
+    TMemDataSet dataSet(nullptr);
+    dataSet.FieldDefs().Add("ID", ftInteger);
+    dataSet.FieldDefs().Add("NAME", ftString, 20);
+    dataSet.FieldDefs().Add("CITY", ftString, 20);
+    dataSet.CreateDataSet();
+    dataSet.AppendRecord({1, "Anna", "Oslo"});
+    dataSet.AppendRecord({2, "Ånund", "Bergen"});
+    dataSet.AppendRecord({3, "anders", Variant::Null()});
+    dataSet.AppendRecord({4, "Berit", "Oslo"});
+    dataSet.First();
     TDataSource source(nullptr);
-    source.SetDataSet(&DataSet);
+    source.SetDataSet(&dataSet);
     std::vector<std::string> log;
     TRecordingLink link(log, "", 2, &source);
     const auto locate = [&](const char* Fields, const Variant& Values, TLocateOptions Options) {
         log.clear();
-        const bool found = DataSet.Locate(Fields, Values, Options);
-        return std::to_string(found) + "@" + std::to_string(CurrentId(DataSet));
+        const bool found = dataSet.Locate(Fields, Values, Options);
+        return std::to_string(found) + "@" + std::to_string(CurrentId(dataSet));
     };
     EXPECT_EQ((Names{locate("NAME", "åNUND", {loCaseInsensitive}), locate("NAME", "And", {loPartialKey}),
                      locate("CITY;ID", VarArrayOf({"Oslo", 4}), {}), locate("city", Variant::Null(), {}),
@@ -127,15 +120,15 @@ TEST_F(LocateTest, LocateMovesToTheMatchAndLookupReadsIt) {
               (Names{"1@2", "0@2", "1@4", "1@3", "1@2", "1@4"}));
     EXPECT_EQ(log, (Names{"CheckBrowseMode", "DataSetChanged"}));
     EXPECT_EQ(link.ActiveValue("ID"), "4");
-    EXPECT_THROW(DataSet.Locate("NOPE", 1, {}), EDatabaseError);
-    DataSet.First();
-    DataSet.Next();
-    EXPECT_EQ(DataSet.Lookup("ID", 4, "NAME").AsString(), "Berit");
-    Variant both = DataSet.Lookup("NAME", "Anna", "ID;CITY");
+    EXPECT_THROW(dataSet.Locate("NOPE", 1, {}), EDatabaseError);
+    dataSet.First();
+    dataSet.Next();
+    EXPECT_EQ(dataSet.Lookup("ID", 4, "NAME").AsString(), "Berit");
+    Variant both = dataSet.Lookup("NAME", "Anna", "ID;CITY");
     EXPECT_EQ(both[0].AsInteger(), 1);
     EXPECT_EQ(both[1].AsString(), "Oslo");
-    EXPECT_TRUE(VarIsNull(DataSet.Lookup("ID", 99, "NAME")));
-    EXPECT_EQ(CurrentId(DataSet), 2);
+    EXPECT_TRUE(VarIsNull(dataSet.Lookup("ID", 99, "NAME")));
+    EXPECT_EQ(CurrentId(dataSet), 2);
 }
 
 } // namespace
