@@ -1,7 +1,6 @@
 #include "quorda/rtl/variant.h"
 #include "rtl_test_support.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 #include <sstream>
