@@ -20,10 +20,11 @@ protected:
         Source.SetDataSet(&DataSet);
     }
 
-    // The ring's size, the link's record count and the ID of its active record: "5 5 id5".
+    // The ring's size, the link's record count, the ID of its active record and the dataset's current
+    // ID: "5 5 id5 at5".
     std::string Ring(TRecordingLink& Link) {
         return std::to_string(DataSet.BufferCount()) + " " + std::to_string(Link.RecordCount()) + " id" +
-               Link.ActiveValue("ID");
+               Link.ActiveValue("ID") + " at" + std::to_string(CurrentId(DataSet));
     }
 
     TProbeDataSet DataSet{nullptr};
@@ -36,16 +37,16 @@ TEST_F(RingTest, GrowsToTheLargestLinkAndShrinksBackKeepingTheActiveRecord) {
     DataSet.MoveBy(4);
     {
         TRecordingLink small(Log, "small", 3, &Source);
-        EXPECT_EQ(Ring(small), "3 3 id5");
+        EXPECT_EQ(Ring(small), "3 3 id5 at5");
         {
             TRecordingLink large(Log, "large", 5, &Source);
-            EXPECT_EQ(Ring(large), "5 5 id5");
+            EXPECT_EQ(Ring(large), "5 5 id5 at5");
             DataSet.MoveBy(3);
         }
-        EXPECT_EQ(Ring(small), "3 3 id8");
+        EXPECT_EQ(Ring(small), "3 3 id8 at8");
         // A control that grows while attached (a grid made taller) grows the ring at once.
         small.SetBufferCount(6);
-        EXPECT_EQ(Ring(small), "6 6 id8");
+        EXPECT_EQ(Ring(small), "6 6 id8 at8");
     }
     EXPECT_EQ(DataSet.BufferCount(), 1);
     EXPECT_EQ(CurrentId(DataSet), 8);
