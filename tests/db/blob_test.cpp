@@ -39,7 +39,6 @@ TEST_F(BlobTest, ValuesArePerRowPostKeepsThemAndCancelDiscardsThem) {
     EXPECT_EQ(Note()->OldValue().AsString(), "first note");
     DataSet.Cancel();
     EXPECT_EQ(Note()->AsString(), "first note");
-
     DataSet.Edit();
     Note()->SetAsString("second");
     Note()->SetAsString("third");

@@ -33,11 +33,12 @@ protected:
 // A data link that writes every notification it receives into a shared log.
 class TRecordingLink : public TDataLink {
 public:
-    TRecordingLink(std::vector<std::string>& Log, std::string Name, int Buffers = 1)
+    TRecordingLink(std::vector<std::string>& Log, std::string Name, int Buffers = 1,
+                   TDataSource* Source = nullptr)
         : FLog(Log), FName(std::move(Name)) {
         SetBufferCount(Buffers);
+        SetDataSource(Source);
     }
-
     // The value of Field in each record of the link's window, in order.
     std::vector<std::string> Window(const std::string& FieldName) {
         std::vector<std::string> values;
@@ -49,12 +50,10 @@ public:
         SetActiveRecord(saved);
         return values;
     }
-
     // The value of Field in the link's active record.
     std::string ActiveValue(const std::string& FieldName) {
         return Window(FieldName)[static_cast<std::size_t>(ActiveRecord())];
     }
-
     // Text that UpdateData writes into the NAME field when the dataset asks for pending values.
     std::string PendingName;
 
@@ -128,5 +127,6 @@ inline std::string Position(TDataSet& DataSet) {
 }
 
 using testing_support::MessageOf;
+using Names = std::vector<std::string>;
 
 } // namespace quorda::dbtest

@@ -9,14 +9,11 @@ using namespace quorda::dbtest;
 
 namespace {
 
-using Names = std::vector<std::string>;
-
 class EditingTest : public ::testing::Test {
 protected:
     void SetUp() override {
         FillNumbers(DataSet, 5);
         Source.SetDataSet(&DataSet);
-        Link.SetDataSource(&Source);
         LogDataSetEvents(DataSet, Log);
         DataSet.FieldByName("NAME")->OnChange = [this](TField* Field) {
             Log.push_back("OnChange(" + Field->FieldName() + ")");
@@ -39,10 +36,10 @@ protected:
     TMemDataSet DataSet{nullptr};
     TDataSource Source{nullptr};
     std::vector<std::string> Log;
-    TRecordingLink Link{Log, "link", 3};
+    TRecordingLink Link{Log, "link", 3, &Source};
 };
 
-TEST_F(EditingTest, EditAndPostRunTheirEventsInOrder) {
+TEST_F(EditingTest, EditPostInsertAndCancelRunTheirEventsInOrder) {
     DataSet.Next();
     Log.clear();
     DataSet.Edit();
@@ -58,6 +55,19 @@ TEST_F(EditingTest, EditAndPostRunTheirEventsInOrder) {
     EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "from the control");
     EXPECT_EQ(CurrentId(DataSet), 2);
     EXPECT_FALSE(DataSet.Modified());
+    // Cancelling an insert returns to the record it was inserted before.
+    DataSet.MoveBy(2);
+    Log.clear();
+    DataSet.Insert();
+    EXPECT_EQ(Log, (Names{"link:CheckBrowseMode", "BeforeInsert", "BeforeScroll", "link:EditingChanged(on)",
+                          "link:DataSetChanged", "AfterInsert", "AfterScroll"}));
+    DataSet.FieldByName("NAME")->SetAsString("never stored");
+    Log.clear();
+    DataSet.Cancel();
+    EXPECT_EQ(Log, (Names{"link:CheckBrowseMode", "BeforeCancel", "BeforeScroll", "link:EditingChanged(off)",
+                          "link:DataSetChanged", "AfterCancel", "AfterScroll"}));
+    EXPECT_EQ(CurrentId(DataSet), 4);
+    EXPECT_EQ(DataSet.RecordCount(), 5);
 }
 
 TEST_F(EditingTest, InsertGoesBeforeTheActiveRecordAppendAfterTheLast) {
@@ -87,21 +97,6 @@ TEST_F(EditingTest, InsertGoesBeforeTheActiveRecordAppendAfterTheLast) {
     EXPECT_EQ(Ids(), (std::vector<int>{7, 1, 2, 30, 3, 4, 5, 60}));
 }
 
-TEST_F(EditingTest, InsertEventsAndCancelReturnToThePreviousRecord) {
-    DataSet.MoveBy(3);
-    Log.clear();
-    DataSet.Insert();
-    EXPECT_EQ(Log, (Names{"link:CheckBrowseMode", "BeforeInsert", "BeforeScroll", "link:EditingChanged(on)",
-                          "link:DataSetChanged", "AfterInsert", "AfterScroll"}));
-    DataSet.FieldByName("NAME")->SetAsString("never stored");
-    Log.clear();
-    DataSet.Cancel();
-    EXPECT_EQ(Log, (Names{"link:CheckBrowseMode", "BeforeCancel", "BeforeScroll", "link:EditingChanged(off)",
-                          "link:DataSetChanged", "AfterCancel", "AfterScroll"}));
-    EXPECT_EQ(CurrentId(DataSet), 4);
-    EXPECT_EQ(DataSet.RecordCount(), 5);
-}
-
 TEST_F(EditingTest, CancelAndCloseDiscardAnEditMovingAwayPostsIt) {
     DataSet.Edit();
     TField* name = DataSet.FieldByName("NAME");
@@ -112,14 +107,12 @@ TEST_F(EditingTest, CancelAndCloseDiscardAnEditMovingAwayPostsIt) {
     DataSet.Cancel();
     EXPECT_EQ(name->AsString(), "name1");
     EXPECT_FALSE(DataSet.Modified());
-
     DataSet.Edit();
     name->SetAsString("lost");
     DataSet.Close();
     DataSet.Open();
     name = DataSet.FieldByName("NAME");
     EXPECT_EQ(name->AsString(), "name1");
-
     DataSet.Edit();
     name->SetAsString("kept");
     DataSet.Next();
@@ -159,20 +152,12 @@ TEST_F(EditingTest, RuleViolationsRaiseTheFrameworkMessages) {
     EXPECT_EQ(MessageOf([&] { DataSet.FieldByName("MISSING"); }), "Field not found: \"MISSING\"");
     EXPECT_THROW(DataSet.InsertRecord({1, "a", 3}), EDatabaseError);
     EXPECT_EQ(DataSet.State(), dsBrowse);
-
     DataSet.FieldByName("ID")->SetRequired(true);
     DataSet.Append();
     EXPECT_EQ(MessageOf([&] { DataSet.Post(); }), "Field ID is required, but not supplied.");
     EXPECT_EQ(DataSet.State(), dsInsert);
     DataSet.Cancel();
-
-    DataSet.SetReadOnly(true);
-    EXPECT_THROW(DataSet.Edit(), EDatabaseError);
-    EXPECT_THROW(DataSet.Append(), EDatabaseError);
-    EXPECT_EQ(DataSet.State(), dsBrowse);
-}
-
-TEST_F(EditingTest, NewRecordDefaultsAreNotModificationsAndAFailingHandlerLeavesBrowseMode) {
+    // New record defaults are no modification; a failing handler leaves browse mode.
     DataSet.OnNewRecord = [](TDataSet* ds) { ds->FieldByName("NAME")->SetAsString("default"); };
     DataSet.Append();
     EXPECT_FALSE(DataSet.Modified());
@@ -184,6 +169,10 @@ TEST_F(EditingTest, NewRecordDefaultsAreNotModificationsAndAFailingHandlerLeaves
     EXPECT_THROW(DataSet.Insert(), EDatabaseError);
     EXPECT_EQ(DataSet.State(), dsBrowse);
     EXPECT_EQ(CurrentId(DataSet), 2);
+    DataSet.SetReadOnly(true);
+    EXPECT_THROW(DataSet.Edit(), EDatabaseError);
+    EXPECT_THROW(DataSet.Append(), EDatabaseError);
+    EXPECT_EQ(DataSet.State(), dsBrowse);
 }
 
 } // namespace

@@ -3,9 +3,12 @@
 
 #include "db_test_support.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 #include <optional>
 #include <string_view>
+#include <tuple>
 
 using namespace quorda;
 using dbtest::MessageOf;
@@ -32,29 +35,6 @@ protected:
     TMemDataSet DataSet{nullptr};
 };
 
-TEST_F(FieldsTest, NullReadsAsEmptyAndZeroAndEverySetterCanClear) {
-    for (TField* field : DataSet.Fields()) {
-        SCOPED_TRACE(field->FieldName());
-        EXPECT_TRUE(field->IsNull());
-        EXPECT_TRUE(VarIsNull(field->Value()));
-        EXPECT_EQ(field->AsString(), "");
-    }
-    EXPECT_EQ(F("I")->AsInteger(), 0);
-    EXPECT_EQ(F("F")->AsFloat(), 0.0);
-    EXPECT_FALSE(F("B")->AsBoolean());
-
-    F("I")->SetAsInteger(5);
-    F("I")->SetValue(Variant::Null());
-    EXPECT_TRUE(F("I")->IsNull());
-    F("F")->SetAsFloat(1.5);
-    F("F")->SetAsString("");
-    EXPECT_TRUE(F("F")->IsNull());
-    F("S")->SetAsString("");
-    EXPECT_FALSE(F("S")->IsNull()) << "an empty string is a value";
-    F("S")->Clear();
-    EXPECT_TRUE(F("S")->IsNull());
-}
-
 // Row 1 holds a value in every column, row 2 is all NULL: As<std::optional<T>> tells them apart where
 // the classic accessors read NULL as the type's zero, and a plain As<T> refuses the NULL.
 template <typename T>
@@ -69,7 +49,26 @@ void ExpectTypedReads(TDataSet& DataSet, const char* Column, const T& Expected) 
     EXPECT_EQ(MessageOf([&] { (void)field->As<T>(); }), FormatMessage(SFieldIsNull, Column));
 }
 
-TEST_F(FieldsTest, TypedReadsTellNullFromTheValueOfEveryType) {
+TEST_F(FieldsTest, NullReadsAsEmptyAndZeroAndTypedReadsTellNullFromTheValueOfEveryType) {
+    for (TField* field : DataSet.Fields()) {
+        SCOPED_TRACE(field->FieldName());
+        EXPECT_TRUE(field->IsNull());
+        EXPECT_TRUE(VarIsNull(field->Value()));
+        EXPECT_EQ(field->AsString(), "");
+    }
+    EXPECT_EQ(F("I")->AsInteger(), 0);
+    EXPECT_EQ(F("F")->AsFloat(), 0.0);
+    EXPECT_FALSE(F("B")->AsBoolean());
+    F("I")->SetAsInteger(5);
+    F("I")->SetValue(Variant::Null());
+    EXPECT_TRUE(F("I")->IsNull());
+    F("F")->SetAsFloat(1.5);
+    F("F")->SetAsString("");
+    EXPECT_TRUE(F("F")->IsNull());
+    F("S")->SetAsString("");
+    EXPECT_FALSE(F("S")->IsNull()) << "an empty string is a value";
+    F("S")->Clear();
+    EXPECT_TRUE(F("S")->IsNull());
     // The values are the ones a NULL would read as classically where a type has such a zero.
     const TBytes bytes{1, 0, 255};
     const TDateTime leapNoon = EncodeDate(2024, 2, 29) + 0.5;
@@ -96,34 +95,31 @@ TEST_F(FieldsTest, TypedReadsTellNullFromTheValueOfEveryType) {
 
 // What a field keeps of a text: the text it reads back, or the error the field raises.
 TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
-    const struct {
-        const char* Field;
-        const char* Text;
-        const char* Read;
-    } cases[] = {{"I", " 42 ", "42"},
-                 {"I", "4x", "Field \"I\" error: \"4x\" is not a valid integer"},
-                 {"SI", "40000", "Field \"SI\" error: 40000 is not between -32768 and 32767."},
-                 {"SI", "-32768", "-32768"},
-                 {"W", "-1", "Field \"W\" error: -1 is not between 0 and 65535."},
-                 {"W", "65535", "65535"},
-                 {"L", "9000000000", "9000000000"},
-                 {"F", "1.25", "1.25"},
-                 {"F", "1,2.3", "Field \"F\" error: \"1,2.3\" is not a valid float"},
-                 {"C", "12.3456", "12.3456"},
-                 {"B", "maybe", "\"maybe\" is not a valid boolean"},
-                 {"S", "abcdefgh", "abcde"},
-                 {"S", "ééé", "éé"}, // not a split character
-                 {"D", "1999-12-31", "1999-12-31"},
-                 {"D", "not a date", "\"not a date\" is not a valid date"}};
-    for (const auto& c : cases) {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"I", " 42 ", "42"},
+        {"I", "4x", "Field \"I\" error: \"4x\" is not a valid integer"},
+        {"SI", "40000", "Field \"SI\" error: 40000 is not between -32768 and 32767."},
+        {"SI", "-32768", "-32768"},
+        {"W", "-1", "Field \"W\" error: -1 is not between 0 and 65535."},
+        {"W", "65535", "65535"},
+        {"L", "9000000000", "9000000000"},
+        {"F", "1.25", "1.25"},
+        {"F", "1,2.3", "Field \"F\" error: \"1,2.3\" is not a valid float"},
+        {"C", "12.3456", "12.3456"},
+        {"B", "maybe", "\"maybe\" is not a valid boolean"},
+        {"S", "abcdefgh", "abcde"},
+        {"S", "ééé", "éé"}, // not a split character
+        {"D", "1999-12-31", "1999-12-31"},
+        {"D", "not a date", "\"not a date\" is not a valid date"}};
+    for (const auto& [name, text, expected] : cases) {
         std::string read;
         try {
-            F(c.Field)->SetAsString(c.Text);
-            read = F(c.Field)->AsString();
+            F(name)->SetAsString(text);
+            read = F(name)->AsString();
         } catch (const Exception& e) {
             read = e.what();
         }
-        EXPECT_EQ(read, c.Read) << c.Field << " = " << c.Text;
+        EXPECT_EQ(read, expected) << name << " = " << text;
     }
     EXPECT_EQ(F("I")->Value().VarType(), varInteger);
     EXPECT_EQ(F("C")->AsCurrency(), Currency::FromRaw(123456));
@@ -132,6 +128,11 @@ TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
     EXPECT_EQ(F("S")->AsInteger(), 12);
     F("S")->SetAsBoolean(true);
     EXPECT_EQ(F("S")->AsString(), "T");
+    // Conversions a type does not have name the target and the field.
+    EXPECT_EQ(MessageOf([&] { F("B")->AsDateTime(); }), "Invalid type conversion to TDateTime in field B");
+    EXPECT_EQ(MessageOf([&] { F("BY")->SetAsFloat(1); }), "Invalid type conversion to Float in field BY");
+    const Variant array = VarArrayOf({1, 2});
+    EXPECT_EQ(MessageOf([&] { F("I")->SetValue(array); }), "Field \"I\" error: Invalid variant value");
 }
 
 TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
@@ -151,22 +152,6 @@ TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
     EXPECT_EQ(F("C")->AsString(), "0.1");
 }
 
-TEST_F(FieldsTest, DisplayFormatsAndBooleanTexts) {
-    F("F")->SetAsFloat(1.25);
-    static_cast<TFloatField*>(F("F"))->SetDisplayFormat("0.000");
-    EXPECT_EQ(F("F")->DisplayText(), "1.250");
-    EXPECT_EQ(F("F")->Text(), "1.250");
-
-    auto* flag = static_cast<TBooleanField*>(F("B"));
-    flag->SetDisplayValues("Yes;No");
-    F("B")->SetAsString("n");
-    EXPECT_EQ(F("B")->AsString(), "No");
-    F("B")->SetText("YE");
-    EXPECT_EQ(F("B")->AsInteger(), 1);
-    EXPECT_EQ(MessageOf([&] { flag->SetDisplayValues("Yes"); }),
-              "Field \"B\" error: \"Yes\" are not valid boolean displayvalues");
-}
-
 TEST_F(FieldsTest, BinaryFieldsKeepTheirBytes) {
     F("BY")->SetAsBytes({1, 2});
     EXPECT_EQ(F("BY")->AsBytes(), (TBytes{1, 2, 0, 0}));
@@ -182,12 +167,7 @@ TEST_F(FieldsTest, BinaryFieldsKeepTheirBytes) {
 // The record buffer keeps dates as day numbers from 0001-01-01 (day 1), times as milliseconds since
 // midnight and date-times as milliseconds since day 1; the field shows them as TDateTime again.
 TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
-    const struct {
-        const char* Field;
-        TDateTime Value;
-        double Native;
-        const char* Read;
-    } cases[] = {
+    const std::tuple<const char*, TDateTime, double, const char*> cases[] = {
         {"D", EncodeDateTime(1850, 3, 1, 18, 0, 0, 0), 675393, "1850-03-01 00:00:00.000"}, // no time of day
         {"D", EncodeDate(1, 1, 1), 1, "0001-01-01 00:00:00.000"},
         {"T", EncodeTime(13, 45, 30, 123), 49530123, "1899-12-30 13:45:30.123"},
@@ -195,33 +175,53 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
         {"DT", EncodeDateTime(1899, 12, 29, 6, 0, 0, 7), 59926456800007.0, "1899-12-29 06:00:00.007"},
         {"DT", EncodeDateTime(2024, 2, 29, 23, 59, 59, 999), 63844934399999.0, "2024-02-29 23:59:59.999"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.Read);
-        TField* field = F(c.Field);
-        field->SetAsDateTime(c.Value);
+    for (const auto& [name, value, native, read] : cases) {
+        SCOPED_TRACE(read);
+        TField* field = F(name);
+        field->SetAsDateTime(value);
         TDateTimeRec rec;
         ASSERT_EQ(field->DataSize(), static_cast<int>(sizeof(rec)));
         ASSERT_TRUE(field->GetData(&rec));
         const TFieldType type = field->DataType();
-        EXPECT_EQ(type == ftDate ? rec.Date : type == ftTime ? rec.Time : rec.DateTime, c.Native);
-        EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", field->AsDateTime()), c.Read);
-        EXPECT_EQ(DateTimeRecToDateTime(type, DateTimeToDateTimeRec(type, c.Value)), field->AsDateTime());
+        EXPECT_EQ(type == ftDate ? rec.Date : type == ftTime ? rec.Time : rec.DateTime, native);
+        EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", field->AsDateTime()), read);
+        EXPECT_EQ(DateTimeRecToDateTime(type, DateTimeToDateTimeRec(type, value)), field->AsDateTime());
     }
     EXPECT_EQ(F("DT")->Value().VarType(), varDate);
     F("D")->SetAsString("");
     EXPECT_TRUE(F("D")->IsNull());
+    // A stored time stamp converts in integers where it can; from before the calendar, around day 0
+    // of TDateTime, to past 9999-12-31 it must come out as the calendar's own split and composition.
+    constexpr double day = MSecsPerDay;
+    for (const double stored :
+         {0.0, 1.0, day, 2 * day - 1, (DateDelta - 1) * day + 43'200'000, DateDelta * day - 1,
+          DateDelta * day, DateDelta * day + 1.75, (DateDelta + 46'000) * day + 45'296'789,
+          3'652'060 * day - 1, 3'652'060 * day, -day - 1}) {
+        TDateTimeRec rec{};
+        rec.DateTime = stored;
+        EXPECT_EQ(DateTimeRecToDateTime(ftDateTime, rec),
+                  TimeStampToDateTime(MSecsToTimeStamp(std::trunc(stored))))
+            << stored;
+    }
+    TDateTimeRec invalid{};
+    invalid.DateTime = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_THROW(DateTimeRecToDateTime(ftDateTime, invalid), EConvertError);
 }
 
-TEST_F(FieldsTest, UnsupportedConversionsNameTheTargetAndTheField) {
-    EXPECT_EQ(MessageOf([&] { F("B")->AsDateTime(); }), "Invalid type conversion to TDateTime in field B");
-    EXPECT_EQ(MessageOf([&] { F("BY")->SetAsFloat(1); }), "Invalid type conversion to Float in field BY");
-    EXPECT_EQ(MessageOf([&] {
-                  F("I")->SetValue(VarArrayOf({1, 2}));
-              }),
-              "Field \"I\" error: Invalid variant value");
-}
-
-TEST_F(FieldsTest, TextEventsReplaceTheConversionAndValidateCanRefuseTheNewValue) {
+TEST_F(FieldsTest, DisplayFormatsAndTextEventsAndValidateCanRefuseTheNewValue) {
+    F("F")->SetAsFloat(1.25);
+    static_cast<TFloatField*>(F("F"))->SetDisplayFormat("0.000");
+    EXPECT_EQ(F("F")->DisplayText(), "1.250");
+    EXPECT_EQ(F("F")->Text(), "1.250");
+    auto* flag = static_cast<TBooleanField*>(F("B"));
+    flag->SetDisplayValues("Yes;No");
+    F("B")->SetAsString("n");
+    EXPECT_EQ(F("B")->AsString(), "No");
+    F("B")->SetText("YE");
+    EXPECT_EQ(F("B")->AsInteger(), 1);
+    EXPECT_EQ(MessageOf([&] { flag->SetDisplayValues("Yes"); }),
+              "Field \"B\" error: \"Yes\" are not valid boolean displayvalues");
+    // Text events replace the conversion; OnValidate can refuse the new value.
     TField* field = F("I");
     field->OnGetText = [](TField* Sender, std::string& Text, bool Display) {
         Text = (Display ? "#" : "") + std::to_string(Sender->AsInteger());
@@ -233,7 +233,6 @@ TEST_F(FieldsTest, TextEventsReplaceTheConversionAndValidateCanRefuseTheNewValue
     EXPECT_EQ(field->AsInteger(), 42);
     EXPECT_EQ(field->Text(), "42");
     EXPECT_EQ(field->DisplayText(), "#42");
-
     std::vector<int> seen;
     field->OnValidate = [&](TField* Sender) {
         seen.push_back(Sender->AsInteger());
@@ -247,7 +246,7 @@ TEST_F(FieldsTest, TextEventsReplaceTheConversionAndValidateCanRefuseTheNewValue
     EXPECT_EQ(field->AsInteger(), 7);
 }
 
-TEST(FieldClasses, EveryTypeWithAClassCreatesAFieldOfThatType) {
+TEST(FieldClasses, EveryTypeHasItsClassAndNamesAreUniqueWithoutRegardToCase) {
     TMemDataSet dataSet(nullptr);
     for (int type = ftUnknown; type <= ftWideMemo; ++type) {
         auto fieldType = static_cast<TFieldType>(type);
@@ -261,10 +260,7 @@ TEST(FieldClasses, EveryTypeWithAClassCreatesAFieldOfThatType) {
     TFieldDef* cursor = dataSet.FieldDefs().Add("CUR", ftCursor);
     EXPECT_EQ(MessageOf([&] { cursor->CreateField(&dataSet); }), "Unknown field type : CUR");
     EXPECT_EQ(dataSet.FieldCount(), 0);
-}
-
-TEST(FieldClasses, NamesAreUniqueWithoutRegardToCase) {
-    TMemDataSet dataSet(nullptr);
+    // Names are unique without regard to case.
     auto* first = new TIntegerField(&dataSet);
     first->SetFieldName("A");
     first->SetDataSet(&dataSet);
@@ -278,15 +274,14 @@ TEST(FieldClasses, NamesAreUniqueWithoutRegardToCase) {
     EXPECT_EQ(dataSet.Fields()[0], second);
     delete first;
     EXPECT_EQ(dataSet.FieldCount(), 1);
-
     // Field definitions, and lookups through views that are not zero-terminated.
     TFieldDefs& defs = dataSet.FieldDefs();
     defs.Add("ID", ftInteger);
-    EXPECT_EQ(defs.Find("iD")->FieldNo(), 1);
+    EXPECT_EQ(defs.Find("iD")->FieldNo(), 2); // after CUR
     EXPECT_THROW(defs.Find("missing"), EDatabaseError);
     EXPECT_THROW(defs.Add("", ftString, 10), EDatabaseError);
     const std::string_view text = "ID_1;B;x";
-    EXPECT_EQ(defs.IndexOf(text.substr(0, 2)), 0);
+    EXPECT_EQ(defs.IndexOf(text.substr(0, 2)), 1);
     EXPECT_EQ(dataSet.FieldByName(text.substr(5, 1)), second);
     EXPECT_EQ(dataSet.FindField(text.substr(5, 3)), nullptr);
 }

@@ -1,4 +1,5 @@
-// Filtering through OnFilterRecord, and the sequential Locate and Lookup.
+// What is worked out per record: calculated fields (in dsCalcFields, refreshed on field changes),
+// filtering through OnFilterRecord, and the sequential Locate and Lookup.
 
 #include "db_test_support.h"
 
@@ -9,7 +10,61 @@ using namespace quorda::dbtest;
 
 namespace {
 
-using Names = std::vector<std::string>;
+// Calculated fields are computed for every fetched record in their own state, follow the record
+// being edited, can be tested by a filter and cannot write data fields.
+TEST(CalcFields, ComputedPerRecordInTheirOwnState) {
+    TMemDataSet dataSet(nullptr);
+    dataSet.FieldDefs().Add("ID", ftInteger);
+    dataSet.FieldDefs().Add("NAME", ftString, 20);
+    for (int i = 0; i < dataSet.FieldDefs().Count(); ++i) {
+        dataSet.FieldDefs()[i]->CreateField(&dataSet);
+    }
+    auto* label = new TStringField(&dataSet);
+    auto* twice = new TIntegerField(&dataSet);
+    label->SetSize(30);
+    for (auto [field, name] : {std::pair<TField*, const char*>{label, "LABEL"}, {twice, "TWICE"}}) {
+        field->SetFieldName(name);
+        field->SetFieldKind(fkCalculated);
+        field->SetDataSet(&dataSet);
+    }
+    std::vector<TDataSetState> states;
+    dataSet.OnCalcFields = [&](TDataSet* ds) {
+        states.push_back(ds->State());
+        TField* name = ds->FieldByName("NAME");
+        label->SetAsString(name->IsNull() ? "?" : name->AsString() + "!");
+        twice->SetAsInteger(ds->FieldByName("ID")->AsInteger() * 2);
+    };
+    dataSet.CreateDataSet();
+    dataSet.AppendRecord({1, "one"});
+    dataSet.AppendRecord({2, "two"});
+    dataSet.First();
+    EXPECT_EQ(label->FieldNo(), -1);
+    EXPECT_EQ(label->AsString(), "one!");
+    dataSet.Next();
+    EXPECT_EQ(label->AsString(), "two!");
+    EXPECT_EQ(twice->AsInteger(), 4);
+    EXPECT_EQ(states, std::vector<TDataSetState>(states.size(), dsCalcFields));
+    EXPECT_FALSE(states.empty());
+    EXPECT_EQ(dataSet.State(), dsBrowse);
+    dataSet.Edit();
+    dataSet.FieldByName("NAME")->SetAsString("deux");
+    EXPECT_EQ(label->AsString(), "deux!");
+    dataSet.Cancel();
+    EXPECT_EQ(label->AsString(), "two!");
+    // A new record has no calculated values until one of its fields changes.
+    dataSet.Append();
+    EXPECT_TRUE(label->IsNull());
+    dataSet.FieldByName("ID")->SetAsInteger(21);
+    EXPECT_EQ(label->AsString(), "?");
+    EXPECT_EQ(twice->AsInteger(), 42);
+    dataSet.Cancel();
+    dataSet.OnFilterRecord = [&](TDataSet*, bool& Accept) { Accept = label->AsString() == "two!"; };
+    dataSet.SetFiltered(true);
+    EXPECT_EQ(CurrentId(dataSet), 2);
+    EXPECT_EQ(dataSet.RecordCount(), 1);
+    dataSet.OnCalcFields = [](TDataSet* ds) { ds->FieldByName("NAME")->SetAsString("no"); };
+    EXPECT_THROW(dataSet.Refresh(), EDatabaseError);
+}
 
 TEST(Filter, HidesRejectedRowsFromNavigationCountsAndRecordNumbers) {
     TMemDataSet dataSet(nullptr);
@@ -33,63 +88,47 @@ TEST(Filter, HidesRejectedRowsFromNavigationCountsAndRecordNumbers) {
     dataSet.Post();
     EXPECT_EQ(CurrentId(dataSet), 9);
     EXPECT_EQ(dataSet.RecordCount(), 2);
-
     dataSet.SetFiltered(false);
     EXPECT_EQ(CurrentId(dataSet), 1);
     EXPECT_EQ(dataSet.RecordCount(), 10);
 }
 
-class LocateTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        DataSet.FieldDefs().Add("ID", ftInteger);
-        DataSet.FieldDefs().Add("NAME", ftString, 20);
-        DataSet.FieldDefs().Add("CITY", ftString, 20);
-        DataSet.CreateDataSet();
-        DataSet.AppendRecord({1, "Anna", "Oslo"});
-        DataSet.AppendRecord({2, "Ånund", "Bergen"});
-        DataSet.AppendRecord({3, "anders", Variant::Null()});
-        DataSet.AppendRecord({4, "Berit", "Oslo"});
-        DataSet.First();
-    }
-
-    TMemDataSet DataSet{nullptr};
-};
-
-TEST_F(LocateTest, SeveralKeysNullsAndNumbers) {
-    EXPECT_TRUE(DataSet.Locate("NAME", "åNUND", {loCaseInsensitive}));
-    EXPECT_EQ(CurrentId(DataSet), 2);
-    EXPECT_FALSE(DataSet.Locate("NAME", "And", {loPartialKey}));
-    EXPECT_EQ(CurrentId(DataSet), 2);
-    EXPECT_TRUE(DataSet.Locate("CITY;ID", VarArrayOf({"Oslo", 4}), {}));
-    EXPECT_EQ(CurrentId(DataSet), 4);
-    EXPECT_TRUE(DataSet.Locate("city", Variant::Null(), {}));
-    EXPECT_EQ(CurrentId(DataSet), 3);
-    EXPECT_TRUE(DataSet.Locate("ID", 2.0, {}));
-    EXPECT_EQ(CurrentId(DataSet), 2);
-    EXPECT_THROW(DataSet.Locate("NOPE", 1, {}), EDatabaseError);
-}
-
-TEST_F(LocateTest, LinksHearOnlyTheOutcome) {
+// Several keys, nulls and numbers; links hear only the outcome; Lookup reads without moving.
+TEST(LocateTest, MovesToTheMatchAndLookupReadsIt) {
+    TMemDataSet dataSet(nullptr);
+    dataSet.FieldDefs().Add("ID", ftInteger);
+    dataSet.FieldDefs().Add("NAME", ftString, 20);
+    dataSet.FieldDefs().Add("CITY", ftString, 20);
+    dataSet.CreateDataSet();
+    dataSet.AppendRecord({1, "Anna", "Oslo"});
+    dataSet.AppendRecord({2, "Ånund", "Bergen"});
+    dataSet.AppendRecord({3, "anders", Variant::Null()});
+    dataSet.AppendRecord({4, "Berit", "Oslo"});
+    dataSet.First();
     TDataSource source(nullptr);
+    source.SetDataSet(&dataSet);
     std::vector<std::string> log;
-    TRecordingLink link(log, "", 2);
-    link.SetDataSource(&source);
-    source.SetDataSet(&DataSet);
-    log.clear();
-    EXPECT_TRUE(DataSet.Locate("NAME", "Berit", {}));
+    TRecordingLink link(log, "", 2, &source);
+    const auto locate = [&](const char* Fields, const Variant& Values, TLocateOptions Options) {
+        log.clear();
+        const bool found = dataSet.Locate(Fields, Values, Options);
+        return std::to_string(found) + "@" + std::to_string(CurrentId(dataSet));
+    };
+    EXPECT_EQ((Names{locate("NAME", "åNUND", {loCaseInsensitive}), locate("NAME", "And", {loPartialKey}),
+                     locate("CITY;ID", VarArrayOf({"Oslo", 4}), {}), locate("city", Variant::Null(), {}),
+                     locate("ID", 2.0, {}), locate("NAME", "Berit", {})}),
+              (Names{"1@2", "0@2", "1@4", "1@3", "1@2", "1@4"}));
     EXPECT_EQ(log, (Names{"CheckBrowseMode", "DataSetChanged"}));
     EXPECT_EQ(link.ActiveValue("ID"), "4");
-}
-
-TEST_F(LocateTest, LookupReadsWithoutMoving) {
-    DataSet.Next();
-    EXPECT_EQ(DataSet.Lookup("ID", 4, "NAME").AsString(), "Berit");
-    Variant both = DataSet.Lookup("NAME", "Anna", "ID;CITY");
+    EXPECT_THROW(dataSet.Locate("NOPE", 1, {}), EDatabaseError);
+    dataSet.First();
+    dataSet.Next();
+    EXPECT_EQ(dataSet.Lookup("ID", 4, "NAME").AsString(), "Berit");
+    Variant both = dataSet.Lookup("NAME", "Anna", "ID;CITY");
     EXPECT_EQ(both[0].AsInteger(), 1);
     EXPECT_EQ(both[1].AsString(), "Oslo");
-    EXPECT_TRUE(VarIsNull(DataSet.Lookup("ID", 99, "NAME")));
-    EXPECT_EQ(CurrentId(DataSet), 2);
+    EXPECT_TRUE(VarIsNull(dataSet.Lookup("ID", 99, "NAME")));
+    EXPECT_EQ(CurrentId(dataSet), 2);
 }
 
 } // namespace

@@ -11,8 +11,6 @@ using namespace quorda::dbtest;
 
 namespace {
 
-using Names = std::vector<std::string>;
-
 TEST(Navigation, ScrollEventsAnnounceOnlyMovesThatCanHappen) {
     TMemDataSet dataSet(nullptr);
     Names log;
@@ -25,7 +23,6 @@ TEST(Navigation, ScrollEventsAnnounceOnlyMovesThatCanHappen) {
     dataSet.Close();
     dataSet.Open();
     EXPECT_EQ(log, (Names{"BeforeClose", "AfterClose", "BeforeOpen", "AfterOpen"}));
-
     dataSet.AppendRecord({1, "one"});
     dataSet.First();
     log.clear();
@@ -37,7 +34,7 @@ TEST(Navigation, ScrollEventsAnnounceOnlyMovesThatCanHappen) {
     EXPECT_EQ(log, (Names{"BeforeScroll"}));
 }
 
-TEST(Navigation, ClosedDatasetsRefuseToMoveAndOpenOnesRefuseStructureChanges) {
+TEST(Navigation, ClosedDatasetsRefuseToMoveOpenOnesRefuseStructureChangesAndLoadingDefersOpening) {
     TMemDataSet dataSet(nullptr);
     FillNumbers(dataSet, 2);
     dataSet.Close();
@@ -49,18 +46,13 @@ TEST(Navigation, ClosedDatasetsRefuseToMoveAndOpenOnesRefuseStructureChanges) {
     TIntegerField extra(nullptr);
     extra.SetFieldName("EXTRA");
     EXPECT_THROW(extra.SetDataSet(&dataSet), EDatabaseError);
-}
-
-TEST(Navigation, OpeningWhileLoadingWaitsForTheEndOfLoading) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 2);
+    // Opening while loading waits for the end of loading.
     dataSet.Close();
     dataSet.BeginLoading();
     dataSet.Open();
     EXPECT_FALSE(dataSet.Active());
     dataSet.EndLoading();
     EXPECT_TRUE(dataSet.Active());
-
     // In the designer a failing deferred open is reported instead of raised.
     Names reported;
     TExceptionHandler previous =
@@ -90,7 +82,6 @@ TEST(Bookmarks, SurviveChangesToOtherRowsAndDieWithTheirOwn) {
     dataSet.InsertRecord({100});
     dataSet.Last();
     dataSet.Delete();
-
     dataSet.GotoBookmark(seventh);
     EXPECT_EQ(CurrentId(dataSet), 7);
     EXPECT_EQ(dataSet.RecNo(), 7);
@@ -104,9 +95,10 @@ TEST(Bookmarks, SurviveChangesToOtherRowsAndDieWithTheirOwn) {
     EXPECT_EQ(CurrentId(dataSet), 9);
 }
 
-TEST(Bookmarks, CompareFollowsTheRowOrderNotTheOrderOfCreation) {
+// Comparing follows the row order, not the order of creation; the string form round trips.
+TEST(Bookmarks, CompareFollowRowOrderAndStringsRoundTrip) {
     TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 3);
+    FillNumbers(dataSet, 4);
     TBookmark first = dataSet.GetBookmark();
     dataSet.Last();
     TBookmark last = dataSet.GetBookmark();
@@ -119,17 +111,13 @@ TEST(Bookmarks, CompareFollowsTheRowOrderNotTheOrderOfCreation) {
     EXPECT_EQ(dataSet.CompareBookmarks(TBookmark(), TBookmark()), 0);
     EXPECT_GT(dataSet.CompareBookmarks(TBookmark(), first), 0);
     EXPECT_LT(dataSet.CompareBookmarks(first, TBookmark()), 0);
-}
-
-TEST(Bookmarks, StringsOfTheBytesRoundTripAndANewRecordHasNone) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 4);
-    dataSet.MoveBy(2);
+    dataSet.MoveBy(3);
     TBookmarkStr third = dataSet.Bookmark();
     dataSet.First();
     dataSet.SetBookmark(third);
     EXPECT_EQ(CurrentId(dataSet), 3);
     EXPECT_EQ(TBookmark(third), dataSet.GetBookmark());
+    // A new record has none.
     dataSet.Append();
     EXPECT_TRUE(dataSet.GetBookmark().IsNil());
     EXPECT_EQ(dataSet.Bookmark(), "");

@@ -63,17 +63,13 @@ protected:
         ++Opens;
         FCursor = -1;
         InternalInitFieldDefs();
-        if (DefaultFields()) {
-            CreateFields();
-        }
+        CreateFields(); // no persistent fields here
         BindFields(true);
         FOpen = true;
     }
     void InternalClose() override {
         BindFields(false);
-        if (DefaultFields()) {
-            DestroyFields();
-        }
+        DestroyFields();
         FOpen = false;
     }
     bool IsCursorOpen() override { return FOpen; }
@@ -96,7 +92,6 @@ TEST(ReadOnlyDataSet, RefusesEveryEditAndLocatesWithoutBookmarks) {
     }
     EXPECT_EQ(dataSet.State(), dsBrowse);
     EXPECT_THROW(dataSet.FieldByName("N")->SetAsInteger(1), EDatabaseError);
-
     // Without bookmarks Locate still finds rows.
     EXPECT_TRUE(dataSet.GetBookmark().IsNil());
     EXPECT_TRUE(dataSet.Locate("N", 7, {}));
@@ -109,10 +104,9 @@ TEST(ReadOnlyDataSet, RefusesEveryEditAndLocatesWithoutBookmarks) {
 TEST(ReadOnlyDataSet, ForwardOnlyReadsOnceAndStartsOverByReopening) {
     TNumbersDataSet dataSet(4, true);
     TDataSource source(nullptr);
-    std::vector<std::string> log;
-    TRecordingLink grid(log, "", 5);
-    grid.SetDataSource(&source);
     source.SetDataSet(&dataSet);
+    std::vector<std::string> log;
+    TRecordingLink grid(log, "", 5, &source);
     dataSet.Open();
     EXPECT_EQ(grid.RecordCount(), 1) << "a forward-only ring holds one record";
     std::vector<int> seen;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace quorda {
@@ -79,38 +80,12 @@ const TPropertyList& SampleProperties() {
     return list;
 }
 
-const bool kRegistered = [] {
-    RegisterClass<TSampleItem>("TSampleItem", SampleProperties());
-    return true;
-}();
+const bool kRegistered = (RegisterClass<TSampleItem>("TSampleItem", SampleProperties()), true);
 
 std::string Saved(TDataModule& Module, TStreamFormat Format = TStreamFormat::Binary) {
     TStringStream stream;
     Module.SaveToStream(stream, Format);
     return stream.DataString();
-}
-
-// A module with two items that point at each other; A has a value in every property.
-std::string SampleModule() {
-    TDataModule module;
-    module.SetName("Set");
-    auto* a = new TSampleItem(&module);
-    auto* b = new TSampleItem(&module);
-    a->SetName("A");
-    b->SetName("B");
-    a->Count = 300;
-    a->Flag = true;
-    a->Ratio = 2.5;
-    a->Caption = "it's\nhere";
-    a->Colour = clBlue;
-    a->Big = std::int64_t{1} << 40;
-    a->SetTag(7);
-    a->Partner = b;
-    a->Lines.Add("first");
-    a->Lines.Add("second");
-    a->Blob = std::string("\x00\xFF", 2);
-    b->Partner = a;
-    return Saved(module);
 }
 
 const char kSampleText[] = R"(object Set: TDataModule
@@ -137,32 +112,32 @@ const char kSampleText[] = R"(object Set: TDataModule
 end
 )";
 
-TEST(ComponentStream, ModuleRoundTripsThroughBinaryAndText) {
-    const std::string saved = SampleModule();
+// Loaded from its text form and saved in binary.
+std::string SampleModule() {
+    TDataModule module;
+    TStringStream text(kSampleText);
+    module.LoadFromStream(text);
+    return Saved(module);
+}
 
-    TDataModule loaded;
+// Two items that point at each other; A has a value in every property. Declaration order, defaults
+// and not-stored properties skipped, events never written.
+TEST(ComponentStream, ModuleRoundTripsThroughBinaryAndText) {
     LoadedLog.clear();
-    TStringStream input(saved);
-    loaded.LoadFromStream(input);
+    const std::string saved = SampleModule();
     // References are set before any Loaded runs; Loaded follows the reading order.
     EXPECT_EQ(LoadedLog, (std::vector<std::string>{"A->B", "B->A"}));
+    TDataModule loaded;
+    TStringStream input(saved);
+    loaded.LoadFromStream(input);
     EXPECT_EQ(loaded.Name(), "Set");
     EXPECT_FALSE(loaded.IsLoading());
     EXPECT_EQ(Saved(loaded), saved);
-
-    // Declaration order, defaults and not-stored properties skipped, events never written.
-    const std::string text = Saved(loaded, TStreamFormat::Text);
-    EXPECT_EQ(text, kSampleText);
-    TStringStream textInput(text);
+    EXPECT_EQ(Saved(loaded, TStreamFormat::Text), kSampleText);
+    TStringStream textInput(kSampleText);
     TStringStream binary;
     ObjectTextToBinary(textInput, binary);
     EXPECT_EQ(binary.DataString(), saved);
-
-    // The text form loads as well.
-    TDataModule fromText;
-    TStringStream again(text);
-    fromText.LoadFromStream(again);
-    EXPECT_EQ(Saved(fromText), saved);
 }
 
 std::string Replaced(std::string Bytes, const std::string& From, const std::string& To) {
@@ -173,15 +148,8 @@ std::string Replaced(std::string Bytes, const std::string& From, const std::stri
 TEST(ComponentStream, DamagedInputRaisesAndLeavesNothingBehind) {
     const std::string saved = SampleModule();
     const std::string text = kSampleText;
-    const std::string count = std::string("\x05"
-                                          "Count",
-                                          6);
-    struct Case {
-        const char* What;
-        std::string Input;
-        std::string Message;
-    };
-    const std::vector<Case> cases = {
+    const std::string count = "\5Count";
+    const std::tuple<const char*, std::string, const char*> cases[] = {
         {"neither form", "TPF1" + saved.substr(4), "Syntax error on line 1: expected object"},
         {"wrong tag", Replaced(saved, count + "\x03", count + "\x07"),
          "Invalid property value at offset 47: expected the value of property Count"},
@@ -203,13 +171,13 @@ TEST(ComponentStream, DamagedInputRaisesAndLeavesNothingBehind) {
         {"text with a bad value", Replaced(text, "Flag = True", "Flag = ;"),
          "Syntax error on line 5: expected a value"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [what, bytes, message] : cases) {
         TDataModule module;
         module.SetName("Keep");
-        TStringStream input(c.Input);
-        EXPECT_EQ(MessageOf<EReadError>([&] { module.LoadFromStream(input); }), c.Message) << c.What;
-        EXPECT_EQ(module.ComponentCount(), 0) << c.What;
-        EXPECT_EQ(module.Name(), "Keep") << c.What;
+        TStringStream input(bytes);
+        EXPECT_EQ(MessageOf<EReadError>([&] { module.LoadFromStream(input); }), message) << what;
+        EXPECT_EQ(module.ComponentCount(), 0) << what;
+        EXPECT_EQ(module.Name(), "Keep") << what;
     }
     // Cut anywhere, the stream fails cleanly.
     for (std::size_t cut = 0; cut < saved.size(); ++cut) {

@@ -13,84 +13,70 @@ using testing_support::MessageOf;
 // Logs what it hears and forgets a partner that goes away, as data-aware components do.
 class TProbe : public TComponent {
 public:
-    TProbe(TComponent* AOwner, std::string Label, std::vector<std::string>* Log)
+    TProbe(TComponent* AOwner, std::string Label, std::vector<std::string>& Log)
         : TComponent(AOwner), FLabel(std::move(Label)), FLog(Log) {}
-    ~TProbe() override {
-        if (FLog != nullptr) {
-            FLog->push_back("~" + FLabel);
-        }
-    }
+    ~TProbe() override { FLog.push_back("~" + FLabel); }
 
-    void SetPartner(TComponent* Partner) {
-        FPartner = Partner;
-        if (Partner != nullptr) {
-            Partner->FreeNotification(this);
-        }
+    void SetPartner(TComponent* APartner) {
+        Partner = APartner;
+        APartner->FreeNotification(this);
     }
-    TComponent* Partner() const { return FPartner; }
 
     void Notification(TComponent* AComponent, TOperation Operation) override {
         TComponent::Notification(AComponent, Operation);
-        if (FLog != nullptr) {
-            FLog->push_back(FLabel + (Operation == opInsert ? ":insert:" : ":remove:") + AComponent->Name());
-        }
+        FLog.push_back(FLabel + (Operation == opInsert ? ":insert:" : ":remove:") + AComponent->Name());
         if (Operation == opRemove) {
             SawDestroying = AComponent->ComponentState().Contains(csDestroying);
-            if (AComponent == FPartner) {
-                FPartner = nullptr;
+            if (AComponent == Partner) {
+                Partner = nullptr;
             }
         }
     }
 
+    TComponent* Partner = nullptr;
     bool SawDestroying = false; // the removed component was already destroying
 
 private:
     std::string FLabel;
-    std::vector<std::string>* FLog;
-    TComponent* FPartner = nullptr;
+    std::vector<std::string>& FLog;
 };
 
-TEST(Component, DeletingAnOwnedComponentFirstDetachesItAndTellsTheOwnerTree) {
+TEST(Component, ADeletedComponentIsDetachedAndItsPartnersAreTold) {
     std::vector<std::string> log;
-    TProbe owner(nullptr, "owner", &log);
-    auto* a = new TProbe(&owner, "a", &log);
+    TProbe owner(nullptr, "owner", log);
+    auto* a = new TProbe(&owner, "a", log);
     a->SetName("A");
-    auto* b = new TProbe(&owner, "b", &log);
+    auto* b = new TProbe(&owner, "b", log);
     b->SetName("B");
     // The owner hears the insert and forwards it to the components it already owns.
     EXPECT_EQ(log, (std::vector<std::string>{"owner:insert:", "a:insert:", "owner:insert:"}));
     log.clear();
-
     delete a;
     ASSERT_EQ(owner.ComponentCount(), 1);
     EXPECT_EQ(owner.Components(0), b);
     // Siblings hear the removal through the owner; the component is already gone when they do.
     EXPECT_EQ(log, (std::vector<std::string>{"~a", "b:remove:A", "owner:remove:A"}));
-
     EXPECT_THROW(owner.Components(1), EComponentError);
-}
-
-TEST(Component, PartnersInsideOneOwnerAreSafeWhenTheOwnerGoes) {
-    std::vector<std::string> log;
-    auto* form = new TProbe(nullptr, "form", nullptr);
-    auto* link = new TProbe(form, "link", &log);
-    auto* data = new TProbe(form, "data", &log);
+    // Partners inside one owner, and one outside, are safe when the owner goes.
+    auto* form = new TProbe(nullptr, "form", log);
+    auto* link = new TProbe(form, "link", log);
+    auto* data = new TProbe(form, "data", log);
     data->SetName("Data");
     link->SetPartner(data);
     // A partner outside the form too.
-    TProbe outside(nullptr, "outside", &log);
+    TProbe outside(nullptr, "outside", log);
     outside.SetPartner(link);
     link->SetName("Link");
-
     log.clear();
     delete form;
-    EXPECT_EQ(outside.Partner(), nullptr);
+    EXPECT_EQ(outside.Partner, nullptr);
     EXPECT_TRUE(outside.SawDestroying);
     // data is deleted first (last owned), link hears it, then link goes and outside hears it.
-    EXPECT_EQ(log, (std::vector<std::string>{"~data", "link:remove:Data", "~link", "outside:remove:Link"}));
+    EXPECT_EQ(log, (std::vector<std::string>{"~form", "~data", "link:remove:Data", "~link",
+                                             "outside:remove:Link"}));
 }
 
-TEST(Component, NamesAreIdentifiersUniqueWithinTheOwner) {
+TEST(Component, NamesOrderAndDesigningFollowTheOwner) {
     TComponent owner(nullptr);
     auto* a = new TComponent(&owner);
     auto* b = new TComponent(&owner);
@@ -104,7 +90,6 @@ TEST(Component, NamesAreIdentifiersUniqueWithinTheOwner) {
     EXPECT_EQ(owner.FindComponent("QUERY1"), a);
     EXPECT_EQ(owner.FindComponent("_query2"), b);
     EXPECT_EQ(owner.FindComponent(""), nullptr);
-
     TComponent other(nullptr);
     auto* c = new TComponent(&other);
     EXPECT_NO_THROW(c->SetName("Query1"));
@@ -115,32 +100,26 @@ TEST(Component, NamesAreIdentifiersUniqueWithinTheOwner) {
     EXPECT_EQ(c->Owner(), &owner);
     EXPECT_EQ(other.ComponentCount(), 0);
     EXPECT_EQ(owner.ComponentCount(), 3);
-
     owner.RemoveComponent(c);
     EXPECT_EQ(c->Owner(), nullptr);
     delete c;
-
     // Moving a component within its owner; an index past the end moves it last.
     b->SetComponentIndex(0);
     EXPECT_EQ(owner.Components(0), b);
     b->SetComponentIndex(99);
     EXPECT_EQ(owner.Components(1), b);
-    owner.DestroyComponents();
-    EXPECT_EQ(owner.ComponentCount(), 0);
-}
-
-TEST(Component, DesigningSpreadsToOwnedComponents) {
-    TComponent owner(nullptr);
-    auto* child = new TComponent(&owner);
+    // Designing spreads to owned components, also to those that join later, unless asked not to.
     owner.SetDesigning(true);
-    EXPECT_TRUE(child->IsDesigning());
+    EXPECT_TRUE(a->IsDesigning());
     auto* late = new TComponent(&owner);
     EXPECT_TRUE(late->IsDesigning());
     owner.RemoveComponent(late);
     EXPECT_FALSE(late->IsDesigning());
     delete late;
     owner.SetDesigning(false, false);
-    EXPECT_TRUE(child->IsDesigning());
+    EXPECT_TRUE(a->IsDesigning());
+    owner.DestroyComponents();
+    EXPECT_EQ(owner.ComponentCount(), 0);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 using namespace quorda;
@@ -22,23 +23,19 @@ std::vector<int> Parts(TDateTime value) {
     return {y, m, d, h, n, s, z};
 }
 
-using testing_support::MessageOf;
-using testing_support::SettingsGuard;
+using namespace testing_support;
 
 } // namespace
 
 TEST(DateTimeCalendar, LandmarkDatesSerialNumbersWeekdaysAndTimeStamps) {
     // The classic day numbering: 1899-12-30 is day 0, there is no 1900-02-29, and the calendar is
     // proleptic Gregorian (1582-10-04 is 11 days before 1582-10-15). Weekdays count from Sunday = 1.
-    const struct {
-        Ymd Date;
-        int Serial;
-        int Weekday;
-    } cases[] = {{{1899, 12, 30}, 0, 7},       {{1899, 12, 31}, 1, 1},       {{1899, 12, 29}, -1, 6},
-                 {{1900, 1, 1}, 2, 2},         {{1900, 2, 28}, 60, 4},       {{1900, 3, 1}, 61, 5},
-                 {{2000, 1, 1}, 36526, 7},     {{2000, 2, 29}, 36585, 3},    {{1, 1, 1}, -693593, 2},
-                 {{9999, 12, 31}, 2958465, 6}, {{1582, 10, 15}, -115858, 6}, {{1582, 10, 4}, -115869, 2},
-                 {{2024, 6, 2}, 45445, 1}};
+    const std::tuple<Ymd, int, int> cases[] = {
+        {{1899, 12, 30}, 0, 7},       {{1899, 12, 31}, 1, 1},       {{1899, 12, 29}, -1, 6},
+        {{1900, 1, 1}, 2, 2},         {{1900, 2, 28}, 60, 4},       {{1900, 3, 1}, 61, 5},
+        {{2000, 1, 1}, 36526, 7},     {{2000, 2, 29}, 36585, 3},    {{1, 1, 1}, -693593, 2},
+        {{9999, 12, 31}, 2958465, 6}, {{1582, 10, 15}, -115858, 6}, {{1582, 10, 4}, -115869, 2},
+        {{2024, 6, 2}, 45445, 1}};
     for (const auto& [date, serial, weekday] : cases) {
         SCOPED_TRACE(testing::Message() << date.Year << "-" << date.Month << "-" << date.Day);
         EXPECT_EQ(EncodeDate(date.Year, date.Month, date.Day), serial);
@@ -106,7 +103,7 @@ TEST(DateTimeCalendar, NonFiniteValuesHaveNoTimeStampAndTheClockReadsToday) {
     EXPECT_THROW(MSecsToTimeStamp(NAN), EConvertError);
     // Before 0001-01-01 there is no calendar date.
     EXPECT_EQ(Parts(MinDateTime - 1), (std::vector<int>{0, 0, 0, 0, 0, 0, 0}));
-
+    // The clock reads today.
     const TDateTime today = Date();
     const TDateTime now = Now();
     EXPECT_EQ(std::trunc(today), today);
@@ -116,29 +113,26 @@ TEST(DateTimeCalendar, NonFiniteValuesHaveNoTimeStampAndTheClockReadsToday) {
     EXPECT_LT(Time(), 1.0);
 }
 
-TEST(DateTimeText, DefaultFormatsAreIso) {
-    const TDateTime value = EncodeDateTime(2000, 2, 29, 13, 5, 7, 8);
-    EXPECT_EQ(DateTimeToStr(value), "2000-02-29 13:05:07");
-    EXPECT_EQ(DateToStr(value), "2000-02-29");
-    EXPECT_EQ(TimeToStr(value), "13:05:07");
-    EXPECT_EQ(DateTimeToStr(EncodeDate(1, 1, 1)), "0001-01-01"); // midnight: no time part
-    EXPECT_EQ(DateTimeToStr(-1.25), "1899-12-29 06:00:00");
-}
-
 TEST(DateTimeText, FormatTokens) {
-    TFormatSettings settings;
     const TDateTime value = EncodeDateTime(2005, 3, 7, 0, 5, 9, 42);
-    EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", value, settings), "2005-03-07 00:05:09.042");
-    EXPECT_EQ(FormatDateTime("yy/m/d h:n:s.z", value, settings), "05-3-7 0:5:9.42");
-    EXPECT_EQ(FormatDateTime("ddd dddd mmm mmmm", value, settings), "Mon Monday Mar March");
-    EXPECT_EQ(FormatDateTime("h:mm am/pm", value, settings), "12:05 am");
-    EXPECT_EQ(FormatDateTime("hh:mm AM/PM", value + 0.5, settings), "12:05 PM");
-    EXPECT_EQ(FormatDateTime("h a/p", value + 0.55, settings), "1 p");
-    EXPECT_EQ(FormatDateTime("hh ampm", value + 0.75, settings), "06 PM");
-    EXPECT_EQ(FormatDateTime("'Day' d \"of\" mmmm", value, settings), "Day 7 of March");
-    EXPECT_EQ(FormatDateTime("c", value, settings), "2005-03-07 00:05:09");
-    EXPECT_EQ(FormatDateTime("ddddd t", value, settings), "2005-03-07 00:05");
-
+    EXPECT_EQ(DateTimeToStr(-1.25), "1899-12-29 06:00:00");
+    EXPECT_EQ(DateTimeToStr(EncodeDate(1, 1, 1)), "0001-01-01"); // midnight: no time part
+    EXPECT_EQ(DateToStr(value) + "|" + TimeToStr(value), "2005-03-07|00:05:09");
+    TFormatSettings settings;
+    const std::tuple<const char*, double, const char*> cases[] = {
+        {"yyyy-mm-dd hh:nn:ss.zzz", 0, "2005-03-07 00:05:09.042"},
+        {"yy/m/d h:n:s.z", 0, "05-3-7 0:5:9.42"},
+        {"ddd dddd mmm mmmm", 0, "Mon Monday Mar March"},
+        {"h:mm am/pm", 0, "12:05 am"},
+        {"hh:mm AM/PM", 0.5, "12:05 PM"},
+        {"h a/p", 0.55, "1 p"},
+        {"hh ampm", 0.75, "06 PM"},
+        {"'Day' d \"of\" mmmm", 0, "Day 7 of March"},
+        {"c", 0, "2005-03-07 00:05:09"},
+        {"ddddd t", 0, "2005-03-07 00:05"}};
+    for (const auto& [format, offset, text] : cases) {
+        EXPECT_EQ(FormatDateTime(format, value + offset, settings), text) << format;
+    }
     settings.DateSeparator = '.';
     settings.TimeSeparator = 'h';
     settings.ShortDateFormat = "dd/mm/yyyy";
@@ -147,31 +141,41 @@ TEST(DateTimeText, FormatTokens) {
     // A format that names itself stops instead of recursing forever.
     settings.ShortDateFormat = "ddddd";
     EXPECT_EQ(FormatDateTime("ddddd", value, settings), "");
+    // Nested formats that switch to the 12-hour clock, short years, milliseconds and the edges of
+    // the year: where the stack-buffer text could part from the field-by-field route.
+    TFormatSettings clock;
+    clock.LongTimeFormat = "h:nn:ss.zzz am/pm";
+    const std::tuple<const char*, TDateTime, const char*> edges[] = {
+        {"c", EncodeDateTime(5, 1, 2, 23, 59, 59, 999), "0005-01-02 11:59:59.999 pm"},
+        {"yy yyyy d/m", EncodeDateTime(999, 12, 31, 0, 0, 0, 1), "99 0999 31-12"},
+        {"t 'h:nn am/pm' hh", EncodeDateTime(2020, 6, 1, 0, 7, 0, 0), "00:07 h:nn am/pm 00"},
+        {"tt", EncodeDateTime(2020, 6, 1, 12, 0, 0, 40), "12:00:00.040 pm"},
+        {"z zzz", EncodeTime(0, 0, 0, 7), "7 007"}};
+    for (const auto& [format, edge, text] : edges) {
+        EXPECT_EQ(FormatDateTime(format, edge, clock), text) << format;
+    }
 }
 
 TEST(DateTimeText, ParseDatesAndTimes) {
     EXPECT_EQ(StrToDate("2000-02-29"), EncodeDate(2000, 2, 29));
     EXPECT_EQ(StrToDate(" 0001-01-01 "), MinDateTime);
-    EXPECT_EQ(StrToTime("13:05:07.008"), EncodeTime(13, 5, 7, 8));
-    EXPECT_EQ(StrToTime("13:05"), EncodeTime(13, 5, 0, 0));
-    EXPECT_EQ(StrToTime("1:05 PM"), EncodeTime(13, 5, 0, 0));
-    EXPECT_EQ(StrToTime("12:00 am"), 0.0);
-    EXPECT_EQ(StrToTime("10:00:00.5"), EncodeTime(10, 0, 0, 500));
+    EXPECT_EQ(Map<const char*>({"13:05:07.008", "13:05", "1:05 PM", "12:00 am", "10:00:00.5"},
+                               [](const char* text) { return StrToTime(text); }),
+              (std::vector<TDateTime>{EncodeTime(13, 5, 7, 8), EncodeTime(13, 5, 0, 0),
+                                      EncodeTime(13, 5, 0, 0), 0.0, EncodeTime(10, 0, 0, 500)}));
     EXPECT_EQ(StrToDateTime("2000-02-29 13:05:07"), EncodeDateTime(2000, 2, 29, 13, 5, 7, 0));
     EXPECT_EQ(StrToDateTime("2000-02-29T13:05:07.250"), EncodeDateTime(2000, 2, 29, 13, 5, 7, 250));
     EXPECT_EQ(StrToDateTime("1899-12-29 06:00"), -1.25);
     EXPECT_EQ(StrToDateTime("2000-02-29"), EncodeDate(2000, 2, 29));
     EXPECT_EQ(StrToDateTime("06:30"), EncodeTime(6, 30, 0, 0));
-
+    // Day first; two-digit years fall within 50 years of today.
     TFormatSettings dmy;
     dmy.ShortDateFormat = "dd/mm/yyyy";
     dmy.DateSeparator = '/';
-    EXPECT_EQ(StrToDate("29/02/2000", dmy), EncodeDate(2000, 2, 29));
-    EXPECT_EQ(StrToDate("1.3.1900", dmy), EncodeDate(1900, 3, 1));
-    // Two-digit years fall within 50 years of today.
-    EXPECT_EQ(StrToDate("28/02/99", dmy), EncodeDate(1999, 2, 28));
-    EXPECT_EQ(StrToDate("01/01/24", dmy), EncodeDate(2024, 1, 1));
-
+    EXPECT_EQ(Map<const char*>({"29/02/2000", "1.3.1900", "28/02/99", "01/01/24"},
+                               [&](const char* text) { return StrToDate(text, dmy); }),
+              (std::vector<TDateTime>{EncodeDate(2000, 2, 29), EncodeDate(1900, 3, 1),
+                                      EncodeDate(1999, 2, 28), EncodeDate(2024, 1, 1)}));
     TDateTime value = 0;
     for (const char* bad :
          {"", "2000-02-30", "2000-02", "2000--02-01", "x2000-01-01", "2000-01-01-", "12345-1-1"}) {
@@ -183,13 +187,10 @@ TEST(DateTimeText, ParseDatesAndTimes) {
     EXPECT_THROW(StrToDate("2000-02-30"), EConvertError);
     EXPECT_THROW(StrToTime("25:00"), EConvertError);
     EXPECT_THROW(StrToDateTime("2000-01-01 25:00"), EConvertError);
-}
-
-TEST(DateTimeText, ShortFormsFollowTheGlobalSettings) {
+    // The short forms follow the global settings both ways.
     SettingsGuard guard;
     FormatSettings().ShortDateFormat = "mm/dd/yyyy";
     FormatSettings().DateSeparator = '/';
-    const TDateTime value = EncodeDateTime(2001, 2, 3, 4, 5, 6, 0);
-    EXPECT_EQ(DateTimeToStr(value), "02/03/2001 04:05:06");
-    EXPECT_EQ(StrToDateTime("02/03/2001 04:05:06"), value);
+    EXPECT_EQ(DateTimeToStr(EncodeDateTime(2001, 2, 3, 4, 5, 6, 0)), "02/03/2001 04:05:06");
+    EXPECT_EQ(StrToDateTime("02/03/2001 04:05:06"), EncodeDateTime(2001, 2, 3, 4, 5, 6, 0));
 }

@@ -6,33 +6,25 @@
 
 #include <bit>
 #include <cmath>
-#include <cstdio>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace quorda {
 namespace {
 
 using namespace std::string_literals;
-using testing_support::MessageOf;
+using namespace testing_support;
 
-std::string Hex(const std::string& bytes) {
-    std::string out;
-    char buffer[4];
-    for (unsigned char c : bytes) {
-        std::snprintf(buffer, sizeof buffer, "%02X ", c);
-        out += buffer;
-    }
-    if (!out.empty()) {
-        out.pop_back();
-    }
-    return out;
-}
-
-std::string Hex(const TExtended80& bytes) {
-    return Hex(std::string(bytes.begin(), bytes.end()));
+// The bytes as upper-case hex pairs separated by blanks.
+template <typename Bytes>
+std::string Hex(const Bytes& bytes) {
+    return fmt::format("{:02X}", fmt::join(std::vector<std::uint8_t>(bytes.begin(), bytes.end()), " "));
 }
 
 template <typename Write>
@@ -75,11 +67,14 @@ public:
 };
 
 TEST(Writer, EachValueKindHasItsExactBytes) {
-    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteInteger(0); })), "02 00");
-    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteInteger(-128); })), "02 80");
-    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteInteger(128); })), "03 80 00");
-    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteInteger(-32769); })), "04 FF 7F FF FF");
-    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteInteger(0x100000000LL); })), "13 00 00 00 00 01 00 00 00");
+    EXPECT_EQ(Map<std::int64_t>(
+                  {0, -128, 128, -32769, 0x100000000LL},
+                  [](std::int64_t v) { return Hex(Written([&](TWriter& w) { w.WriteInteger(v); })); }),
+              (Strings{"02 00", "02 80", "03 80 00", "04 FF 7F FF FF", "13 00 00 00 00 01 00 00 00"}));
+    EXPECT_EQ(
+        Map<const char*>({"alClient", "NIL", "false", "True", "null"},
+                         [](const char* v) { return Hex(Written([&](TWriter& w) { w.WriteIdent(v); })); }),
+        (Strings{"07 08 61 6C 43 6C 69 65 6E 74", "0D", "08", "09", "00"}));
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteBoolean(true); })), "09");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteBoolean(false); })), "08");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteFloat(1.0); })), "05 00 00 00 00 00 00 00 80 FF 3F");
@@ -87,11 +82,6 @@ TEST(Writer, EachValueKindHasItsExactBytes) {
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteString(""); })), "06 00");
     const std::string longText(300, 'x');
     EXPECT_EQ(Written([&](TWriter& w) { w.WriteString(longText); }), "\x0C\x2C\x01\x00\x00"s + longText);
-    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteIdent("alClient"); })), "07 08 61 6C 43 6C 69 65 6E 74");
-    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteIdent("NIL"); })), "0D");
-    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteIdent("false"); })), "08");
-    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteIdent("True"); })), "09");
-    EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteIdent("null"); })), "00");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteListBegin(); })), "01");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteListEnd(); })), "00");
     EXPECT_EQ(Hex(Written([](TWriter& w) { w.WriteBinary("\x01\x02", 2); })), "0A 02 00 00 00 01 02");
@@ -106,8 +96,8 @@ TEST(Writer, EachValueKindHasItsExactBytes) {
     EXPECT_EQ(Written([](TWriter& w) { w.WriteSignature(); }), "TPF0");
 }
 
-TEST(Reader, ValuesReadBackAndAcceptTheirWiderForms) {
-    TStringStream stream(Written([](TWriter& writer) {
+TEST(Reader, ValuesReadBackInTheirWiderAndWideFormsAndCanBeSkipped) {
+    std::string bytes = Written([](TWriter& writer) {
         writer.WriteInteger(-5);
         writer.WriteInteger(70000);
         writer.WriteInteger(-5000000000LL);
@@ -117,13 +107,19 @@ TEST(Reader, ValuesReadBackAndAcceptTheirWiderForms) {
         writer.WriteUTF8Str("ü");
         writer.WriteIdent("nil");
         writer.WriteIdent("clRed");
+        writer.WriteBoolean(true);
         writer.WriteSet({"fsBold", "fsItalic"});
         writer.WriteSet({});
         writer.WriteBinary("\0\1", 2);
         writer.WriteSingle(0.5f);
         writer.WriteDate(3.25);
         writer.WriteCurrency(-1);
-    }));
+    });
+    // "aé😀" in UTF-16 (a, é, a surrogate pair), then a lone high surrogate.
+    bytes += "\x12\x04\x00\x00\x00"
+             "a\x00\xE9\x00\x3D\xD8\x00\xDE"
+             "\x15\x01\x00\x00\x00\x00\xD8"s;
+    TStringStream stream(bytes);
     TReader reader(stream);
     EXPECT_EQ(reader.ReadInteger(), -5);
     EXPECT_EQ(reader.ReadInteger(), 70000);
@@ -136,52 +132,34 @@ TEST(Reader, ValuesReadBackAndAcceptTheirWiderForms) {
     EXPECT_EQ(reader.ReadString(), "ü");
     EXPECT_EQ(reader.ReadIdent(), "nil");
     EXPECT_EQ(reader.ReadIdent(), "clRed");
+    EXPECT_TRUE(reader.ReadBoolean());
     EXPECT_EQ(reader.ReadSet(), (std::vector<std::string>{"fsBold", "fsItalic"}));
     EXPECT_TRUE(reader.ReadSet().empty());
     EXPECT_EQ(reader.ReadBinary(), std::string("\0\1", 2));
     EXPECT_EQ(reader.ReadFloat(), 0.5);
     EXPECT_EQ(reader.ReadDate(), 3.25);
     EXPECT_EQ(reader.ReadCurrency(), -1);
-    EXPECT_EQ(stream.Position(), stream.Size());
-}
-
-TEST(Reader, WideStringsBecomeUtf8) {
-    // "aé😀" in UTF-16: a, é, surrogate pair; then a lone high surrogate.
-    const std::string bytes = "\x12\x04\x00\x00\x00"
-                              "a\x00\xE9\x00\x3D\xD8\x00\xDE"
-                              "\x15\x01\x00\x00\x00\x00\xD8"s;
-    TStringStream stream(bytes);
-    TReader reader(stream);
     EXPECT_EQ(reader.ReadString(), "aé😀");
     EXPECT_EQ(reader.ReadString(), "\xEF\xBF\xBD");
-}
-
-TEST(Reader, WrongKindOfValueRaisesAndLeavesTheValueUnread) {
-    TStringStream stream(Written([](TWriter& writer) { writer.WriteString("text"); }));
-    TReader reader(stream);
-    EXPECT_EQ(MessageOf<EReadError>([&] { reader.ReadInteger(); }), "Invalid property value");
-    EXPECT_EQ(stream.Position(), 0);
-    EXPECT_THROW(reader.ReadBoolean(), EReadError);
-    EXPECT_THROW(reader.ReadListBegin(), EReadError);
-    EXPECT_THROW(reader.ReadIdent(), EReadError);
-    EXPECT_EQ(reader.ReadString(), "text");
-
-    TStringStream bad("\x63");
-    TReader badReader(bad);
-    EXPECT_THROW(badReader.ReadValue(), EReadError); // not a tag at all
-
-    TStringStream notAForm("TPF1");
-    TReader formReader(notAForm);
-    EXPECT_THROW(formReader.ReadSignature(), EReadError);
-
-    // A length far beyond the stream is refused before anything is allocated.
-    TStringStream huge("\x0C\xFF\xFF\xFF\xFF"
-                       "abc");
-    TReader hugeReader(huge);
-    EXPECT_THROW(hugeReader.ReadString(), EReadError);
-    TStringStream hugeBinary("\x0A\xF0\xFF\xFF\x7F");
-    TReader binaryReader(hugeBinary);
-    EXPECT_THROW(binaryReader.SkipValue(), EReadError);
+    EXPECT_EQ(stream.Position(), stream.Size());
+    // SkipValue steps over all of them in a list with an empty list nested, and over a collection of
+    // two items, the second with an order index.
+    const std::string collection = Written([](TWriter& writer) {
+        writer.WriteCollectionBegin();
+        writer.WriteListBegin();
+        writer.WritePropName("Name");
+        writer.WriteString("a");
+        writer.WriteListEnd();
+        writer.WriteInteger(3);
+        writer.WriteListBegin();
+        writer.WriteListEnd();
+        writer.WriteListEnd();
+    });
+    TStringStream skipped("\x01" + bytes + "\x01\x00\x00"s + collection + "\6\5after");
+    TReader skipper(skipped);
+    skipper.SkipValue();
+    skipper.SkipValue();
+    EXPECT_EQ(skipper.ReadString(), "after");
 }
 
 TEST(Filer, AnAncestorWithTheSameValueSuppressesTheProperty) {
@@ -189,46 +167,22 @@ TEST(Filer, AnAncestorWithTheSameValueSuppressesTheProperty) {
     ancestor.Caption = "Same";
     TSample instance;
     instance.Caption = "Same";
-
     EXPECT_EQ(Properties(&instance, &ancestor), "\0"s);
-
     instance.Caption = "";
     // Different from the ancestor: an empty caption is stored so that reading overrides "Same".
     EXPECT_EQ(Hex(Properties(&instance, &ancestor).substr(0, 10)), "07 43 61 70 74 69 6F 6E 06 00");
     EXPECT_EQ(Properties(&instance), "\0"s);
-
-    // A binary property round trips with its zero bytes.
+    // A binary property round trips with its zero bytes; names match ignoring case.
     instance.Blob = std::string("\xFF\0binary", 8);
-    TStringStream stream(Properties(&instance));
+    TStringStream stream("\x07"
+                         "CAPTION\x06\x05upper" +
+                         Properties(&instance));
     TReader reader(stream);
     TSample target;
     reader.ReadProperties(&target);
     EXPECT_EQ(target.Blob, instance.Blob);
-    EXPECT_EQ(stream.Position(), stream.Size());
-}
-
-TEST(Filer, PropertyNamesMatchIgnoringCaseAndUnknownNamesRaise) {
-    TStringStream stream(Written([](TWriter& writer) {
-        writer.WritePropName("CAPTION");
-        writer.WriteString("upper");
-        writer.WritePropName("Bogus");
-        writer.WriteInteger(1);
-        writer.WriteListEnd();
-    }));
-    TReader reader(stream);
-    TSample target;
-    EXPECT_EQ(MessageOf<EReadError>([&] { reader.ReadProperties(&target); }),
-              "Property Bogus does not exist");
     EXPECT_EQ(target.Caption, "upper");
-
-    // A binary property holding the wrong kind of value is a value error, not a crash.
-    TStringStream wrong(Written([](TWriter& writer) {
-        writer.WritePropName("Blob");
-        writer.WriteString("not binary");
-        writer.WriteListEnd();
-    }));
-    TReader wrongReader(wrong);
-    EXPECT_THROW(wrongReader.ReadProperties(&target), EReadError);
+    EXPECT_EQ(stream.Position(), stream.Size());
 }
 
 TEST(Filer, StringListsPersistTheirLinesAsTheStringsProperty) {
@@ -243,68 +197,61 @@ TEST(Filer, StringListsPersistTheirLinesAsTheStringsProperty) {
     reader.ReadProperties(&back);
     EXPECT_TRUE(back.Equals(sql));
     EXPECT_EQ(changes, 1);
-
     // Equal to the ancestor: nothing but the end marker.
     EXPECT_EQ(Properties(&sql, &back), "\0"s);
 }
 
-TEST(Reader, SkipValueStepsOverNestedValuesOfEveryKind) {
-    TStringStream stream(Written([](TWriter& writer) {
-        writer.WriteListBegin();
-        writer.WriteInteger(1);
-        writer.WriteListBegin();
-        writer.WriteFloat(2.5);
-        writer.WriteString(std::string(400, 's'));
-        writer.WriteListEnd();
-        writer.WriteSet({"x"});
-        writer.WriteBinary("abc", 3);
-        writer.WriteIdent("True");
-        writer.WriteInteger(1LL << 50);
-        writer.WriteListEnd();
-        // A collection: two items, the second with an order index.
-        writer.WriteCollectionBegin();
-        writer.WriteListBegin();
-        writer.WritePropName("Name");
-        writer.WriteString("a");
-        writer.WriteListEnd();
-        writer.WriteInteger(3);
-        writer.WriteListBegin();
-        writer.WriteListEnd();
-        writer.WriteListEnd();
-        writer.WriteString("after");
-    }));
+// Damaged input and values of the wrong kind raise a read error; lengths far beyond the stream are
+// refused before anything is allocated, and nesting deep enough to exhaust the stack is refused.
+TEST(Reader, DamagedInputRaisesAReadError) {
+    const std::string text = Written([](TWriter& w) { w.WriteString("text"); });
+    const auto readProperties = [](TReader& r) {
+        TSample target;
+        r.ReadProperties(&target);
+    };
+    const std::tuple<std::string, std::function<void(TReader&)>, const char*> cases[] = {
+        {text, &TReader::ReadInteger, "Invalid property value"},
+        {text, &TReader::ReadBoolean, "Invalid property value"},
+        {text, &TReader::ReadListBegin, "Invalid property value"},
+        {text, &TReader::ReadIdent, "Invalid property value"},
+        {"\x63", &TReader::ReadValue, "Invalid property value"},
+        {"TPF1", &TReader::ReadSignature, "Invalid stream format"},
+        {"\x0C\xFF\xFF\xFF\xFFxyz", &TReader::ReadString, "Stream read error"},
+        {"\x0A\xF0\xFF\xFF\x7F", &TReader::SkipValue, "Stream read error"},
+        {std::string(100000, '\x01'), &TReader::SkipValue, "Invalid property value"},
+        {"\4Blob" + text + '\0', readProperties, "Invalid property value"},
+        {"\5Bogus" + text + '\0', readProperties, "Property Bogus does not exist"}};
+    for (const auto& [bytes, read, message] : cases) {
+        TStringStream stream(bytes);
+        TReader reader(stream);
+        EXPECT_EQ(MessageOf<EReadError>([&] { read(reader); }), message) << Hex(bytes.substr(0, 8));
+    }
+    // A value of the wrong kind stays unread.
+    TStringStream stream(text);
     TReader reader(stream);
-    reader.SkipValue();
-    reader.SkipValue();
-    EXPECT_EQ(reader.ReadString(), "after");
-
-    // Nesting deep enough to exhaust the stack is refused.
-    TStringStream deep(std::string(100000, '\x01'));
-    TReader deepReader(deep);
-    EXPECT_THROW(deepReader.SkipValue(), EReadError);
+    EXPECT_THROW(reader.ReadInteger(), EReadError);
+    EXPECT_EQ(reader.ReadString(), "text");
 }
 
 TEST(Extended, KnownValuesHaveTheX87Layout) {
-    EXPECT_EQ(Hex(DoubleToExtended(0.0)), "00 00 00 00 00 00 00 00 00 00");
-    EXPECT_EQ(Hex(DoubleToExtended(-0.0)), "00 00 00 00 00 00 00 00 00 80");
-    EXPECT_EQ(Hex(DoubleToExtended(1.0)), "00 00 00 00 00 00 00 80 FF 3F");
-    EXPECT_EQ(Hex(DoubleToExtended(-2.5)), "00 00 00 00 00 00 00 A0 00 C0");
-    EXPECT_EQ(Hex(DoubleToExtended(1e-310)), "00 00 58 31 87 5B 44 93 F9 3B");
-    EXPECT_EQ(Hex(DoubleToExtended(std::numeric_limits<double>::infinity())),
-              "00 00 00 00 00 00 00 80 FF 7F");
-    EXPECT_EQ(Hex(DoubleToExtended(-std::numeric_limits<double>::infinity())),
-              "00 00 00 00 00 00 00 80 FF FF");
-    EXPECT_EQ(Hex(DoubleToExtended(std::numeric_limits<double>::quiet_NaN())),
-              "00 00 00 00 00 00 00 C0 FF 7F");
-    EXPECT_EQ(Hex(DoubleToExtended(std::numeric_limits<double>::max())), "00 F8 FF FF FF FF FF FF FE 43");
-    EXPECT_EQ(Hex(DoubleToExtended(std::numeric_limits<double>::denorm_min())),
-              "00 00 00 00 00 00 00 80 CD 3B");
-
+    using limits = std::numeric_limits<double>;
+    const double inf = limits::infinity(), nan = limits::quiet_NaN(), max = limits::max(),
+                 tiny = limits::denorm_min();
+    const std::pair<double, const char*> layouts[] = {
+        {0.0, "00 00 00 00 00 00 00 00 00 00"},    {-0.0, "00 00 00 00 00 00 00 00 00 80"},
+        {1.0, "00 00 00 00 00 00 00 80 FF 3F"},    {-2.5, "00 00 00 00 00 00 00 A0 00 C0"},
+        {1e-310, "00 00 58 31 87 5B 44 93 F9 3B"}, {inf, "00 00 00 00 00 00 00 80 FF 7F"},
+        {-inf, "00 00 00 00 00 00 00 80 FF FF"},   {nan, "00 00 00 00 00 00 00 C0 FF 7F"},
+        {max, "00 F8 FF FF FF FF FF FF FE 43"},    {tiny, "00 00 00 00 00 00 00 80 CD 3B"}};
+    for (const auto& [value, layout] : layouts) {
+        EXPECT_EQ(Hex(DoubleToExtended(value)), layout) << value;
+    }
     EXPECT_EQ(ExtendedToDouble(DoubleToExtended(1e-310)), 1e-310);
     // A NaN keeps its payload and its quiet bit (this one is signalling).
-    const std::uint64_t nan = 0x7FF4000000000123ULL;
-    EXPECT_EQ(std::bit_cast<std::uint64_t>(ExtendedToDouble(DoubleToExtended(std::bit_cast<double>(nan)))),
-              nan);
+    const std::uint64_t signalling = 0x7FF4000000000123ULL;
+    EXPECT_EQ(
+        std::bit_cast<std::uint64_t>(ExtendedToDouble(DoubleToExtended(std::bit_cast<double>(signalling)))),
+        signalling);
     EXPECT_TRUE(std::signbit(ExtendedToDouble(DoubleToExtended(-0.0))));
 }
 

@@ -7,11 +7,12 @@
 #include <csignal>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -19,14 +20,11 @@ namespace quorda {
 namespace {
 
 namespace fs = std::filesystem;
-using testing_support::Map;
-using testing_support::TTemporaryConfigHome;
+using namespace testing_support;
 
 std::string FileText(const fs::path& Path) {
     std::ifstream File(Path, std::ios::binary);
-    std::stringstream Text;
-    Text << File.rdbuf();
-    return Text.str();
+    return {std::istreambuf_iterator<char>(File), {}};
 }
 
 void WriteFile(const fs::path& Path, const std::string& Text) {
@@ -63,41 +61,36 @@ int InChild(
     return WIFEXITED(Status) ? WEXITSTATUS(Status) : 128 + WTERMSIG(Status);
 }
 
-constexpr char kGarbage[] = "\0\xff[\x01]\n\x80=\x02\n[s]\nk=\0v\n";
+// The value Document holds for Section and Ident, if any.
+std::optional<std::string> ValueIn(const TIniDocument& Document, const std::string& Section,
+                                   const std::string& Ident) {
+    const std::string* Value = Document.Find(Section, Ident);
+    return Value != nullptr ? std::optional<std::string>(*Value) : std::nullopt;
+}
 
-struct TReadCase {
-    const char* Name;
-    std::string Text;
-    const char* Section;
-    const char* Ident;
-    std::optional<std::string> Expected;
-};
+constexpr char kGarbage[] = "\0\xff[\x01]\n\x80=\x02\n[s]\nk=\0v\n";
 
 // Hand-written, damaged and garbage files: reading never fails, values it cannot find are absent.
 TEST(IniDocument, ReadsWhatItCanOfAnyText) {
-    const TReadCase Cases[] = {
-        {"plain", "[s]\nk=v\n", "s", "k", "v"},
-        {"blanks trimmed, names ignore case", "  [ Sec ]  \r\n  Key  =  a b  \r\n", "SEC", "key", "a b"},
-        {"first of two keys counts", "[s]\nk=1\nk=2\n", "s", "k", "1"},
-        {"a section named twice is one", "[s]\na=1\n[t]\n[S]\nb=2\n", "s", "b", "2"},
-        {"comments are not entries", "[s]\n;k=1\n#k=2\n", "s", "k", std::nullopt},
-        {"entries before any section are ignored", "k=1\n[s]\n", "s", "k", std::nullopt},
-        {"truncated last line", "[s]\nk=val", "s", "k", "val"},
-        {"truncated header", "[s]\nk=1\n[t", "s", "k", "1"},
-        {"header cut before its bracket is no section", "[t\nk=1\n", "t", "k", std::nullopt},
-        {"empty key", "[s]\n=v\n", "s", "", std::nullopt},
-        {"escapes", "[s]\nk=\\x20a\\\\b\\x0Ac\\x20\n", "s", "k", " a\\b\nc "},
-        {"unknown escapes read literally", "[s]\nk=C:\\dir\\x4\n", "s", "k", "C:\\dir\\x4"},
-        {"value with '='", "[s]\nk=a=b\n", "s", "k", "a=b"},
-        {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)}};
-    for (const TReadCase& Case : Cases) {
-        SCOPED_TRACE(Case.Name);
-        const TIniDocument Document = TIniDocument::Parse(Case.Text);
-        const std::string* Value = Document.Find(Case.Section, Case.Ident);
-        ASSERT_EQ(Value != nullptr, Case.Expected.has_value());
-        if (Value != nullptr) {
-            EXPECT_EQ(*Value, *Case.Expected);
-        }
+    // What, the text, and where to look for which value.
+    const std::tuple<const char*, std::string, const char*, const char*, std::optional<std::string>> Cases[] =
+        {{"plain", "[s]\nk=v\n", "s", "k", "v"},
+         {"blanks trimmed, names ignore case", "  [ Sec ]  \r\n  Key  =  a b  \r\n", "SEC", "key", "a b"},
+         {"first of two keys counts", "[s]\nk=1\nk=2\n", "s", "k", "1"},
+         {"a section named twice is one", "[s]\na=1\n[t]\n[S]\nb=2\n", "s", "b", "2"},
+         {"comments are not entries", "[s]\n;k=1\n#k=2\n", "s", "k", std::nullopt},
+         {"entries before any section are ignored", "k=1\n[s]\n", "s", "k", std::nullopt},
+         {"truncated last line", "[s]\nk=val", "s", "k", "val"},
+         {"truncated header", "[s]\nk=1\n[t", "s", "k", "1"},
+         {"header cut before its bracket is no section", "[t\nk=1\n", "t", "k", std::nullopt},
+         {"empty key", "[s]\n=v\n", "s", "", std::nullopt},
+         {"escapes", "[s]\nk=\\x20a\\\\b\\x0Ac\\x20\n", "s", "k", " a\\b\nc "},
+         {"unknown escapes read literally", "[s]\nk=C:\\dir\\x4\n", "s", "k", "C:\\dir\\x4"},
+         {"value with '='", "[s]\nk=a=b\n", "s", "k", "a=b"},
+         {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)}};
+    for (const auto& [What, Text, Section, Ident, Expected] : Cases) {
+        SCOPED_TRACE(What);
+        EXPECT_EQ(ValueIn(TIniDocument::Parse(Text), Section, Ident), Expected);
     }
 }
 
@@ -119,38 +112,30 @@ TEST(IniDocument, WrittenTextReadsBackExactlyAndKeepsForeignLines) {
     for (const std::string& Name : Awkward) {
         SCOPED_TRACE(Name);
         if (!Name.empty()) {
-            const std::string* Value = Again.Find("sec " + Name, Name);
-            ASSERT_NE(Value, nullptr);
-            EXPECT_EQ(*Value, Name);
+            EXPECT_EQ(ValueIn(Again, "sec " + Name, Name), Name);
         }
-        const std::string* Value = Again.Find("values", "k" + std::to_string(&Name - Awkward));
-        ASSERT_NE(Value, nullptr);
-        EXPECT_EQ(*Value, Name);
+        EXPECT_EQ(ValueIn(Again, "values", "k" + std::to_string(&Name - Awkward)), Name);
     }
     EXPECT_EQ(Text.rfind("; kept comment\n[keep]\ngarbage line\nk=v\n", 0), 0u);
 }
 
 TEST(RegIniFile, KeyPathsMapToFoldersUnderTheConfigurationFolder) {
     TTemporaryConfigHome Home;
-    const struct {
-        const char* KeyPath;
-        const char* File;
-    } Cases[] = {{"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
-                 {"Software/Acme", "quorda/Software/Acme.ini"},
-                 {"\\\\a\\/b\\", "quorda/a/b.ini"},
-                 {"", "quorda/.ini"},
-                 {"..\\..\\etc", "quorda/%2E%2E/%2E%2E/etc.ini"},
-                 {"x.ini\\y", "quorda/x%2Eini/y.ini"},
-                 {"50%", "quorda/50%25.ini"}};
-    for (const auto& Case : Cases) {
-        SCOPED_TRACE(Case.KeyPath);
-        EXPECT_EQ(TRegIniFile::PathOfKey(Case.KeyPath), Home.Folder() / Case.File);
+    const std::pair<const char*, const char*> Cases[] = {
+        {"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
+        {"Software/Acme", "quorda/Software/Acme.ini"},
+        {"\\\\a\\/b\\", "quorda/a/b.ini"},
+        {"", "quorda/.ini"},
+        {"..\\..\\etc", "quorda/%2E%2E/%2E%2E/etc.ini"},
+        {"x.ini\\y", "quorda/x%2Eini/y.ini"},
+        {"50%", "quorda/50%25.ini"}};
+    for (const auto& [KeyPath, File] : Cases) {
+        SCOPED_TRACE(KeyPath);
+        EXPECT_EQ(TRegIniFile::PathOfKey(KeyPath), Home.Folder() / File);
     }
-
     TRegIniFile Ini("Software\\Acme\\Orders");
     Ini.WriteString("s", "k", "v");
     EXPECT_EQ(FileText(Home.Folder() / "quorda/Software/Acme/Orders.ini"), "[s]\nk=v\n");
-
     // A relative XDG_CONFIG_HOME is not a configuration folder: ~/.config is used instead.
     ::setenv("XDG_CONFIG_HOME", "relative", 1);
     ::setenv("HOME", Home.Folder().c_str(), 1);
@@ -165,15 +150,15 @@ TEST(RegIniFile, TypedReadsFallBackToTheirDefaults) {
     EXPECT_EQ(Map<const char*>({"dec", "neg", "dollar", "hex", "text", "big", "empty", "missing"},
                                [&](const char* Ident) { return Ini.ReadInteger("n", Ident, -1); }),
               (std::vector<std::int32_t>{42, -7, 31, 16, -1, -1, -1, -1}));
-    EXPECT_TRUE(Ini.ReadBool("n", "dec", false));
-    EXPECT_FALSE(Ini.ReadBool("n", "text", false));
-    EXPECT_TRUE(Ini.ReadBool("n", "text", true));
-    EXPECT_EQ(Ini.ReadString("n", "missing", "\x01"), "\x01");
-    EXPECT_EQ(Ini.ReadString("nowhere", "dec", "d"), "d");
-    EXPECT_EQ(TRegIniFile("Elsewhere").ReadString("n", "dec", "no file"), "no file");
+    EXPECT_EQ((std::vector<bool>{Ini.ReadBool("n", "dec", false), Ini.ReadBool("n", "text", false),
+                                 Ini.ReadBool("n", "text", true)}),
+              (std::vector<bool>{true, false, true}));
+    EXPECT_EQ((Strings{Ini.ReadString("n", "missing", "\x01"), Ini.ReadString("nowhere", "dec", "d"),
+                       TRegIniFile("Elsewhere").ReadString("n", "dec", "no file")}),
+              (Strings{"\x01", "d", "no file"}));
 }
 
-TEST(RegIniFile, WritesSectionsAndErasesThem) {
+TEST(RegIniFile, WritesSectionsErasesThemAndBatchesUpdates) {
     TTemporaryConfigHome Home;
     TRegIniFile Ini("App");
     Ini.WriteString("orders", "id-find", "12");
@@ -182,7 +167,6 @@ TEST(RegIniFile, WritesSectionsAndErasesThem) {
     Ini.WriteString("customers", "name-filter", "A");
     EXPECT_EQ(FileText(Ini.Path()), "[orders]\nid-find=12\nFindOption=2\nFindSensitive=1\n"
                                     "[customers]\nname-filter=A\n");
-
     TStringList List;
     Ini.ReadSections(List);
     EXPECT_EQ(List.ToVector(), (std::vector<std::string>{"orders", "customers"}));
@@ -192,7 +176,6 @@ TEST(RegIniFile, WritesSectionsAndErasesThem) {
     EXPECT_EQ(List.Values("FindOption"), "2");
     EXPECT_TRUE(Ini.ValueExists("Orders", "ID-FIND"));
     EXPECT_FALSE(Ini.ValueExists("orders", "name-filter"));
-
     Ini.DeleteKey("orders", "id-find");
     EXPECT_FALSE(Ini.ValueExists("orders", "id-find"));
     Ini.EraseSection("orders");
@@ -200,12 +183,8 @@ TEST(RegIniFile, WritesSectionsAndErasesThem) {
     EXPECT_EQ(FileText(Ini.Path()), "[customers]\nname-filter=A\n");
     // Only the settings file and its lock file are left: no temporary files.
     EXPECT_EQ(FolderEntries(Ini.Path().parent_path()), (std::vector<std::string>{"App.ini", "App.ini.lock"}));
-}
-
-// A batch holds the lock and replaces the file once; abandoned, it changes nothing.
-TEST(RegIniFile, UpdateBatchesWritesIntoOneReplacement) {
-    TTemporaryConfigHome Home;
-    TRegIniFile Ini("App");
+    // A batch holds the lock and replaces the file once; abandoned, it changes nothing.
+    Ini.EraseSection("customers");
     Ini.WriteString("s", "old", "1");
     {
         TRegIniFile Batch("App");
@@ -217,7 +196,6 @@ TEST(RegIniFile, UpdateBatchesWritesIntoOneReplacement) {
         // Abandoned without EndUpdate.
     }
     EXPECT_EQ(FileText(Ini.Path()), "[s]\nold=1\n");
-
     Ini.BeginUpdate();
     Ini.EraseSection("s");
     Ini.WriteString("s", "new", "2");
@@ -237,7 +215,6 @@ TEST(RegIniFile, ConcurrentWritersLoseNothing) {
         return true;
     };
     ASSERT_EQ(InChild([&] { return Writer("child"); }, [&] { Writer("parent"); }), 0);
-
     TStringList Keys;
     TRegIniFile("Shared\\App").ReadSection("s", Keys);
     EXPECT_EQ(Keys.Count(), 2 * Count);
@@ -251,17 +228,12 @@ TEST(RegIniFile, FailedWriteLeavesThePreviousFile) {
     TRegIniFile Ini("App");
     Ini.WriteString("s", "k", "before");
     const std::string Before = FileText(Ini.Path());
-
     const int Result = InChild([&] {
         std::signal(SIGXFSZ, SIG_IGN);
         const rlimit Limit{4096, 4096};
         ::setrlimit(RLIMIT_FSIZE, &Limit);
-        try {
-            Ini.WriteString("s", "k", std::string(100000, 'x'));
-        } catch (const ERegistryException&) {
-            return true;
-        }
-        return false;
+        return MessageOf<ERegistryException>([&] { Ini.WriteString("s", "k", std::string(100000, 'x')); }) !=
+               "<no exception>";
     });
     EXPECT_EQ(Result, 0);
     EXPECT_EQ(FileText(Ini.Path()), Before);

@@ -15,7 +15,7 @@ std::string TempPath(const std::string& name) {
     return ::testing::TempDir() + "quorda_stream_" + name;
 }
 
-TEST(MemoryStream, WritingPastTheEndFillsTheGapWithZeros) {
+TEST(MemoryStream, GapsFillWithZerosAndCopiesTakeAPartOrTheWholeSource) {
     TMemoryStream stream;
     stream.WriteBuffer("abcdef", 6);
     EXPECT_EQ(stream.Seek(-100, soCurrent), 0); // clamped at the start
@@ -28,25 +28,20 @@ TEST(MemoryStream, WritingPastTheEndFillsTheGapWithZeros) {
     stream.Truncate();
     EXPECT_EQ(stream.DataString(), "abc");
     EXPECT_THROW(stream.SetSize(-1), EStreamError);
-}
-
-TEST(MemoryStream, CopyFromAndLoadTakeAPartOrTheWholeSource) {
+    // CopyFrom and LoadFromStream take a part or the whole source.
     TStringStream source("0123456789");
     TMemoryStream target;
     source.SetPosition(7);
     EXPECT_EQ(target.CopyFrom(source, 0), 10); // 0 means all of it, from the start
     EXPECT_EQ(target.DataString(), "0123456789");
-
     source.SetPosition(2);
     TMemoryStream part;
     EXPECT_EQ(part.CopyFrom(source, 3), 3);
     EXPECT_EQ(part.DataString(), "234");
     EXPECT_EQ(source.Position(), 5);
     EXPECT_THROW(part.CopyFrom(source, 6), EReadError);
-
     source.SetPosition(5);
     EXPECT_EQ(source.ReadString(10), "56789");
-
     // Loading replaces the whole content, from the start of the source, and rewinds.
     TStringStream shorter("xy");
     shorter.SetPosition(1);
@@ -55,7 +50,7 @@ TEST(MemoryStream, CopyFromAndLoadTakeAPartOrTheWholeSource) {
     EXPECT_EQ(part.Position(), 0);
 }
 
-TEST(FileStream, CreateWriteReopenAndResize) {
+TEST(FileStream, CreateWriteReopenResizeAndFailures) {
     const std::string path = TempPath("file.bin");
     {
         TFileStream file(path, fmCreate);
@@ -86,9 +81,7 @@ TEST(FileStream, CreateWriteReopenAndResize) {
     // fmCreate truncates an existing file.
     EXPECT_EQ(TFileStream(path, fmCreate).Size(), 0);
     std::remove(path.c_str());
-}
-
-TEST(FileStream, OpenFailuresCarryTheFileNameAndTheSystemReason) {
+    // Open failures carry the file name and the system's reason.
     const std::string missing = TempPath("does_not_exist.bin");
     std::remove(missing.c_str());
     EXPECT_EQ(MessageOf<EFOpenError>([&] { TFileStream file(missing, fmOpenRead); }),

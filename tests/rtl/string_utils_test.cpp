@@ -8,31 +8,30 @@
 namespace quorda {
 namespace {
 
-TEST(StringUtils, SameTextFoldsAccentedGreekAndCyrillicLetters) {
-    EXPECT_TRUE(SameText("ÉCOLE ÀÇÑÖ", "école àçñö"));
-    EXPECT_TRUE(SameText("ŁÓDŹ ŐŰ Ǆ", "łódź őű ǆ"));
-    EXPECT_TRUE(SameText("ПРИВЕТ ЁЖ Ї", "привет ёж ї"));
-    EXPECT_TRUE(SameText("ΣΟΦΊΑ", "σοφία"));
-    EXPECT_TRUE(SameText("ΟΔΟΣ", "οδος")); // final sigma
-    EXPECT_TRUE(SameText("Straße", "STRAßE"));
-    EXPECT_TRUE(SameText("ſ", "S")); // long s folds to s
-    EXPECT_FALSE(SameText("e", "é"));
-    EXPECT_FALSE(SameText("abc", "abcd"));
-    EXPECT_TRUE(SameText("", ""));
-}
-
-TEST(StringUtils, CompareTextOrdersByUpperCaseAndCompareStrByBytes) {
-    EXPECT_LT(CompareText("a", "_"), 0); // 'A' sorts before '_'
-    EXPECT_GT(CompareStr("a", "_"), 0);
-    EXPECT_LT(CompareText("abc", "ABCD"), 0);
-    EXPECT_GT(CompareText("b", "A"), 0);
-    EXPECT_EQ(CompareText("Äpfel", "äPFEL"), 0);
-    EXPECT_LT(CompareText("z", "é"), 0); // code point order beyond ASCII
-    EXPECT_LT(CompareText("Я", "я1"), 0);
-    EXPECT_LT(CompareStr("B", "a"), 0);
-    // Invalid UTF-8 compares consistently and never equals a valid letter.
+// SameText folds accented, Greek (final sigma too) and Cyrillic letters, and the long s; CompareText
+// orders by upper case and code point, CompareStr by bytes. Invalid UTF-8 compares consistently and
+// never equals a valid letter.
+TEST(StringUtils, ComparingAndMatchingText) {
+    EXPECT_EQ((std::vector<bool>{SameText("ÉCOLE ÀÇÑÖ", "école àçñö"), SameText("ŁÓDŹ ŐŰ Ǆ", "łódź őű ǆ"),
+                                 SameText("ПРИВЕТ ЁЖ Ї", "привет ёж ї"), SameText("ΣΟΦΊΑ", "σοφία"),
+                                 SameText("ΟΔΟΣ", "οδος"), SameText("Straße", "STRAßE"), SameText("ſ", "S"),
+                                 SameText("e", "é"), SameText("abc", "abcd"), SameText("", "")}),
+              (std::vector<bool>{true, true, true, true, true, true, true, false, false, true}));
+    const auto sign = [](int order) { return (order > 0) - (order < 0); };
+    EXPECT_EQ((std::vector<int>{sign(CompareText("a", "_")), sign(CompareStr("a", "_")),
+                                sign(CompareText("abc", "ABCD")), sign(CompareText("b", "A")),
+                                sign(CompareText("Äpfel", "äPFEL")), sign(CompareText("z", "é")),
+                                sign(CompareText("Я", "я1")), sign(CompareStr("B", "a")),
+                                sign(CompareText("x\xFFy", "X\xFFY"))}),
+              (std::vector<int>{-1, 1, -1, 1, 0, -1, -1, -1, 0}));
     EXPECT_NE(CompareText("\xC3", "\xC3\xA9"), 0);
-    EXPECT_EQ(CompareText("x\xFFy", "X\xFFY"), 0);
+    // Prefixes and suffixes ignore case; a cut UTF-8 sequence counts byte by byte.
+    EXPECT_EQ((std::vector<bool>{StartsText("SEL", "select *"), StartsText("при", "ПРИВЕТ"),
+                                 StartsText("selects", "select"), StartsText("", "x"),
+                                 EndsText("ВЕТ", "привет"), EndsText("x", "")}),
+              (std::vector<bool>{true, true, false, true, true, false}));
+    EXPECT_EQ(Utf8Length("aé€😀"), 4u);
+    EXPECT_EQ(Utf8Length("\xE2\x82"), 2u);
 }
 
 TEST(StringUtils, CaseMappingUnicodeAndAsciiOnly) {
@@ -54,12 +53,25 @@ TEST(StringUtils, CaseMappingUnicodeAndAsciiOnly) {
     EXPECT_TRUE(SameText("\u1F80", "\u1F88"));
 }
 
-TEST(StringUtils, TrimRemovesControlCharactersAndBlanks) {
+TEST(StringUtils, TrimQuoteAndReplace) {
     EXPECT_EQ(Trim("\t\r\n  a b \x01 "), "a b");
     EXPECT_EQ(TrimLeft("  a "), "a ");
     EXPECT_EQ(TrimRight("  a \n"), "  a");
     EXPECT_EQ(Trim(" \t "), "");
     EXPECT_EQ(Trim("é"), "é"); // bytes above 0x7F are text
+    // Quoting doubles the quote and dequoting undoes it; replacing never rescans its output.
+    EXPECT_EQ(QuotedStr("it's"), "'it''s'");
+    EXPECT_EQ(QuotedStr(""), "''");
+    EXPECT_EQ(AnsiQuotedStr("say \"x\"", '"'), "\"say \"\"x\"\"\"");
+    EXPECT_EQ(AnsiDequotedStr("'it''s' tail", '\''), "it's");
+    EXPECT_EQ(AnsiDequotedStr("plain", '\''), "plain");
+    EXPECT_EQ(StringReplace("a-b-c", "-", "+", 0), "a+b-c");
+    EXPECT_EQ(StringReplace("a-b-c", "-", "+", rfReplaceAll), "a+b+c");
+    EXPECT_EQ(StringReplace("Äpfel und äpfel", "ÄPFEL", "Birnen", rfReplaceAll | rfIgnoreCase),
+              "Birnen und Birnen");
+    EXPECT_EQ(StringReplace("Select select", "SELECT", "x", rfIgnoreCase), "x select");
+    EXPECT_EQ(StringReplace("aaa", "aa", "a", rfReplaceAll), "aa");
+    EXPECT_EQ(StringReplace("abc", "", "x", rfReplaceAll), "abc");
 }
 
 TEST(StringUtils, NumbersAsText) {
@@ -80,40 +92,10 @@ TEST(StringUtils, ExtractFieldNameWalksASemicolonList) {
     EXPECT_EQ(names, (std::vector<std::string>{"ID", "Name", "", "Last"}));
     EXPECT_EQ(pos, fields.size());
     EXPECT_EQ(ExtractFieldName(fields, pos), "");
-
     const std::string trailing = "A;";
     pos = 0;
     EXPECT_EQ(ExtractFieldName(trailing, pos), "A");
     EXPECT_EQ(pos, 2u);
-}
-
-TEST(StringUtils, QuotingDoublesTheQuoteAndDequotingUndoesIt) {
-    EXPECT_EQ(QuotedStr("it's"), "'it''s'");
-    EXPECT_EQ(QuotedStr(""), "''");
-    EXPECT_EQ(AnsiQuotedStr("say \"x\"", '"'), "\"say \"\"x\"\"\"");
-    EXPECT_EQ(AnsiDequotedStr("'it''s' tail", '\''), "it's");
-    EXPECT_EQ(AnsiDequotedStr("plain", '\''), "plain");
-}
-
-TEST(StringUtils, StringReplaceFirstAllAndIgnoringCase) {
-    EXPECT_EQ(StringReplace("a-b-c", "-", "+", 0), "a+b-c");
-    EXPECT_EQ(StringReplace("a-b-c", "-", "+", rfReplaceAll), "a+b+c");
-    EXPECT_EQ(StringReplace("Äpfel und äpfel", "ÄPFEL", "Birnen", rfReplaceAll | rfIgnoreCase),
-              "Birnen und Birnen");
-    EXPECT_EQ(StringReplace("Select select", "SELECT", "x", rfIgnoreCase), "x select");
-    EXPECT_EQ(StringReplace("aaa", "aa", "a", rfReplaceAll), "aa"); // no rescanning of the output
-    EXPECT_EQ(StringReplace("abc", "", "x", rfReplaceAll), "abc");
-}
-
-TEST(StringUtils, PrefixSuffixAndLength) {
-    EXPECT_TRUE(StartsText("SEL", "select *"));
-    EXPECT_TRUE(StartsText("при", "ПРИВЕТ"));
-    EXPECT_FALSE(StartsText("selects", "select"));
-    EXPECT_TRUE(StartsText("", "x"));
-    EXPECT_TRUE(EndsText("ВЕТ", "привет"));
-    EXPECT_FALSE(EndsText("x", ""));
-    EXPECT_EQ(Utf8Length("aé€😀"), 4u);
-    EXPECT_EQ(Utf8Length("\xE2\x82"), 2u); // a cut sequence counts byte by byte
 }
 
 } // namespace

@@ -13,9 +13,7 @@
 namespace quorda {
 namespace {
 
-using testing_support::Map;
-using testing_support::MessageOf;
-using testing_support::Strings;
+using namespace testing_support;
 
 // Through range-for, so that every test reading lines walks the range as well.
 Strings Lines(const TStrings& List) {
@@ -37,60 +35,44 @@ private:
     int& FDeleted;
 };
 
-TEST(StringList, SortedListPlacesItemsAndAppliesTheDuplicateRule) {
+TEST(StringList, SortedListsPlaceItemsAndApplyTheDuplicateAndCaseRules) {
     TStringList list;
     list.SetSorted(true);
-    list.Add("pear");
-    list.Add("Apple");
-    list.Add("banana");
+    list.SetText("pear\nApple\nbanana");
     EXPECT_EQ(Lines(list), (Strings{"Apple", "banana", "pear"}));
-
     // dupIgnore returns the existing (case-insensitively equal) entry and adds nothing.
     EXPECT_EQ(list.Add("APPLE"), 0);
     EXPECT_EQ(list.Count(), 3);
-
     list.SetDuplicates(dupAccept);
     list.Add("BANANA");
     EXPECT_EQ(list.Count(), 4);
     int index = -1;
     ASSERT_TRUE(list.Find("Banana", index));
     EXPECT_EQ(index, 1); // the first of the equal entries
-
     list.SetDuplicates(dupError);
     EXPECT_EQ(MessageOf<EStringListError>([&] { list.Add("Pear"); }),
               "String list does not allow duplicates");
     EXPECT_EQ(list.Count(), 4);
-
     EXPECT_THROW(list.Insert(0, "zzz"), EStringListError);
     EXPECT_THROW(list.Put(0, "zzz"), EStringListError);
     // Moving within a sorted list is refused before anything is lost.
     EXPECT_THROW(list.Move(0, 3), EStringListError);
     EXPECT_EQ(list.Count(), 4);
-
     ASSERT_FALSE(list.Find("cherry", index));
     EXPECT_EQ(index, 3); // insertion point between banana and pear
-
     // Duplicates are only checked while sorted.
-    TStringList unsorted;
-    unsorted.SetDuplicates(dupError);
-    unsorted.Add("a");
-    EXPECT_NO_THROW(unsorted.Add("a"));
-    EXPECT_EQ(unsorted.Count(), 2);
-}
-
-TEST(StringList, IndexOfIgnoresCaseUnlessCaseSensitive) {
-    TStringList list;
+    list.SetSorted(false);
+    list.Add("Pear");
+    EXPECT_EQ(list.Count(), 5);
+    // IndexOf ignores case unless the list is case-sensitive.
     list.SetText("Alpha\nбета\nÉté\n");
-    EXPECT_EQ(list.IndexOf("ALPHA"), 0);
-    EXPECT_EQ(list.IndexOf("БЕТА"), 1);
-    EXPECT_EQ(list.IndexOf("été"), 2);
-    EXPECT_EQ(list.IndexOf("gamma"), -1);
-    EXPECT_EQ(list.IndexOf(std::string_view("ÉTÉS").substr(0, 5)), 2) << "a view ends at its length";
-
+    // A view ends at its length: "ÉTÉS" cut to "ÉTÉ".
+    EXPECT_EQ(Map<std::string_view>({"ALPHA", "БЕТА", "été", "gamma", std::string_view("ÉTÉS").substr(0, 5)},
+                                    [&](std::string_view text) { return list.IndexOf(text); }),
+              (std::vector<int>{0, 1, 2, -1, 2}));
     list.SetCaseSensitive(true);
     EXPECT_EQ(list.IndexOf("ALPHA"), -1);
     EXPECT_EQ(list.IndexOf("Alpha"), 0);
-
     // A sorted list re-sorts when the case rule changes, and searches with the new rule.
     TStringList sorted;
     sorted.SetText("b\nB\na\nA\n");
@@ -103,7 +85,7 @@ TEST(StringList, IndexOfIgnoresCaseUnlessCaseSensitive) {
     EXPECT_EQ(sorted.IndexOf(std::string_view("Ab").substr(0, 1)), 0);
 }
 
-TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLine) {
+TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLineAlsoInStreams) {
     TStringList list;
     const auto split = [&](const char* Text) {
         list.SetText(Text);
@@ -118,6 +100,15 @@ TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLine) {
     list.SetText("x\ny");
     list.SetLineBreak("\r\n");
     EXPECT_EQ(list.Text(), "x\r\ny\r\n");
+    // Saved text ends every line; loading drops the byte order mark.
+    list.SetText("één\ntwee\n\ndrie");
+    list.SetLineBreak("\n");
+    TMemoryStream stream;
+    list.SaveToStream(stream);
+    EXPECT_EQ(stream.DataString(), "één\ntwee\n\ndrie\n");
+    TStringStream withBom("\xEF\xBB\xBFone\r\ntwo");
+    list.LoadFromStream(withBom);
+    EXPECT_EQ(Lines(list), (Strings{"one", "two"}));
 }
 
 TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
@@ -128,11 +119,9 @@ TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
         events.push_back("changing");
     };
     list.OnChange = [&](TObject*) { events.push_back("change:" + std::to_string(list.Count())); };
-
     list.Add("a");
     EXPECT_EQ(events, (Strings{"changing", "change:1"}));
     events.clear();
-
     list.BeginUpdate();
     list.BeginUpdate();
     list.Add("b");
@@ -142,28 +131,24 @@ TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
     list.Add("c");
     list.EndUpdate();
     EXPECT_EQ(events, (Strings{"changing", "change:2"}));
-
     // Compound operations notify once.
     events.clear();
     list.SetCommaText("1,2");
     EXPECT_EQ(events, (Strings{"changing", "change:2"}));
-
     // Clearing an empty list changes nothing.
-    TStringList empty;
-    int fired = 0;
-    empty.OnChange = [&](TObject*) { ++fired; };
-    empty.Clear();
-    EXPECT_EQ(fired, 0);
+    list.Clear();
+    events.clear();
+    list.Clear();
+    EXPECT_TRUE(events.empty());
 }
 
 TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
     int deleted = 0;
     {
         TStringList list(true);
-        list.AddObject("a", new TCounted(deleted));
-        list.AddObject("b", new TCounted(deleted));
-        list.AddObject("c", new TCounted(deleted));
-        list.AddObject("d", new TCounted(deleted));
+        for (const char* line : {"a", "b", "c", "d"}) {
+            list.AddObject(line, new TCounted(deleted));
+        }
         list.Exchange(0, 3);
         list.Move(0, 2);
         EXPECT_EQ(deleted, 0);
@@ -177,7 +162,6 @@ TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
         list.AddObject("e", new TCounted(deleted));
     }
     EXPECT_EQ(deleted, 5);
-
     // A list that does not own its objects leaves them alone (ASan reports a delete of this one).
     TCounted kept(deleted);
     {
@@ -188,34 +172,19 @@ TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
     }
 }
 
-TEST(StringList, BadIndexesRaiseWithTheIndex) {
-    TStringList list;
-    list.Add("only");
-    EXPECT_THROW((void)list.Get(5), EStringListError);
-    EXPECT_THROW(list.Delete(-1), EStringListError);
-    EXPECT_THROW(list.Insert(3, "x"), EStringListError);
-    EXPECT_THROW(list.Exchange(0, 1), EStringListError);
-    EXPECT_THROW(list.SetObjects(1, nullptr), EStringListError);
-    EXPECT_NO_THROW(list.Insert(1, "end"));
-}
-
 TEST(StringList, NameValueLines) {
     TStringList list;
     list.SetText("Host=db1\nPort=5432\nnoseparator\nEmpty=\n");
-    EXPECT_EQ(list.Values("host"), "db1");
-    EXPECT_EQ(list.Names(1), "Port");
-    EXPECT_EQ(list.Names(2), "");
-    EXPECT_EQ(list.ValueFromIndex(2), "");
+    EXPECT_EQ((Strings{list.Values("host"), list.Names(1), list.Names(2), list.ValueFromIndex(2),
+                       list.Values("missing"), list.Values(std::string_view("PORTS").substr(0, 4))}),
+              (Strings{"db1", "Port", "", "", "", "5432"}));
     EXPECT_EQ(list.IndexOfName("EMPTY"), 3);
-    EXPECT_EQ(list.Values("missing"), "");
-    EXPECT_EQ(list.Values(std::string_view("PORTS").substr(0, 4)), "5432");
     std::vector<std::pair<std::string, std::string>> pairs;
     for (const auto& [name, value] : list.NameValues()) {
         pairs.emplace_back(name, value);
     }
     EXPECT_EQ(pairs, (std::vector<std::pair<std::string, std::string>>{
                          {"Host", "db1"}, {"Port", "5432"}, {"", ""}, {"Empty", ""}}));
-
     list.SetValues("PORT", "6000");
     EXPECT_EQ(list[1], "PORT=6000");
     list.SetValues("User", "me");
@@ -234,13 +203,12 @@ TEST(StringList, CommaAndDelimitedTextQuoteWhatWouldNotSurvive) {
     TStringList back;
     back.SetCommaText(list.CommaText());
     EXPECT_EQ(Lines(back), Lines(list));
-
     // Outside quotes blanks separate items too; empty items between delimiters are kept.
     back.SetCommaText(" a b , \"c d\",,e ");
     EXPECT_EQ(Lines(back), (Strings{"a", "b", "c d", "", "e"}));
     back.SetText("\n");
     EXPECT_EQ(back.CommaText(), "\"\"") << "a lone empty line must not read back as no line";
-
+    // Strict delimiters and another quote character.
     TStringList fields;
     fields.SetDelimiter(';');
     fields.SetQuoteChar('\'');
@@ -253,7 +221,7 @@ TEST(StringList, CommaAndDelimitedTextQuoteWhatWouldNotSurvive) {
     EXPECT_EQ(fields.Delimiter(), ';');
 }
 
-TEST(StringList, AssignCopiesStringsObjectsAndSettings) {
+TEST(StringList, AssignCopiesStringsObjectsAndSettingsAndBadIndexesRaise) {
     TObject marker;
     TStringList source;
     source.SetLineBreak("\r\n");
@@ -266,27 +234,18 @@ TEST(StringList, AssignCopiesStringsObjectsAndSettings) {
     EXPECT_EQ(target.Objects(0), &marker);
     EXPECT_EQ(target.LineBreak(), "\r\n");
     EXPECT_TRUE(target.Equals(source));
-
     target.Assign(&target);
     EXPECT_EQ(target.Count(), 2);
-
+    EXPECT_THROW((void)target.Get(5), EStringListError);
+    EXPECT_THROW(target.Delete(-1), EStringListError);
+    EXPECT_THROW(target.Insert(3, "x"), EStringListError);
+    EXPECT_THROW(target.Exchange(0, 2), EStringListError);
+    EXPECT_THROW(target.SetObjects(2, nullptr), EStringListError);
+    EXPECT_NO_THROW(target.Insert(2, "end"));
     TComponent component(nullptr);
     EXPECT_EQ(MessageOf<EAssignError>([&] { target.Assign(&component); }),
               "Cannot assign a TComponent to a TStringList");
     EXPECT_THROW(target.Assign(nullptr), EAssignError);
-}
-
-TEST(StringList, SavedTextEndsEveryLineAndLoadingDropsTheByteOrderMark) {
-    TStringList list;
-    list.SetText("één\ntwee\n\ndrie");
-    TMemoryStream stream;
-    list.SaveToStream(stream);
-    EXPECT_EQ(stream.DataString(), "één\ntwee\n\ndrie\n");
-
-    TStringStream withBom("\xEF\xBB\xBFone\r\ntwo");
-    TStringList loaded;
-    loaded.LoadFromStream(withBom);
-    EXPECT_EQ(Lines(loaded), (Strings{"one", "two"}));
 }
 
 } // namespace

@@ -1,20 +1,17 @@
 #include "quorda/rtl/variant.h"
 #include "rtl_test_support.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 #include <sstream>
+#include <tuple>
 #include <type_traits>
 
 using namespace quorda;
 
 namespace {
 
-using testing_support::Map;
-using testing_support::MessageOf;
-using testing_support::SettingsGuard;
-using testing_support::Strings;
+using namespace testing_support;
 
 // What Target reads from each source: the value as text, or "cast" / "overflow" for the error raised.
 template <typename T>
@@ -43,26 +40,20 @@ const TDateTime LeapNoon = EncodeDateTime(2000, 2, 29, 12, 0, 0, 0);
 } // namespace
 
 TEST(VariantConversion, ConstructorsPickTheClassicTypeCodes) {
-    std::vector<TVarType> types;
-    for (const Variant& value :
-         {Variant(), Variant::Null(), Variant(true), Variant(std::int16_t(1)), Variant(1),
-          Variant(std::int64_t(1)), Variant(1LL), Variant(std::uint8_t(1)), Variant(std::uint16_t(1)),
-          Variant(1u), Variant(std::uint64_t(1)), Variant(1.0f), Variant(1.0), Variant(Currency(1)),
-          Variant::FromDateTime(1.0), Variant("x"), Variant(std::string("x"))}) {
-        types.push_back(value.VarType());
-    }
-    EXPECT_EQ(types, (std::vector<TVarType>{varEmpty, varNull, varBoolean, varSmallint, varInteger, varInt64,
-                                            varInt64, varByte, varWord, varLongWord, varQWord, varSingle,
-                                            varDouble, varCurrency, varDate, varString, varString}));
-
-    EXPECT_TRUE(VarIsOrdinal(Variant(true)));
-    EXPECT_TRUE(VarIsFloat(Variant(Currency(1))));
-    EXPECT_FALSE(VarIsFloat(Variant::FromDateTime(1)));
-    EXPECT_TRUE(VarIsNumeric(Variant(std::uint64_t(1))));
-    EXPECT_FALSE(VarIsNumeric(Variant("1")));
-    EXPECT_TRUE(VarIsStr(Variant("")));
-    EXPECT_TRUE(VarIsClear(Variant()));
-    EXPECT_FALSE(VarIsClear(Variant::Null()));
+    EXPECT_EQ(Map<Variant>({Variant(), Variant::Null(), Variant(true), Variant(std::int16_t(1)), Variant(1),
+                            Variant(std::int64_t(1)), Variant(1LL), Variant(std::uint8_t(1)),
+                            Variant(std::uint16_t(1)), Variant(1u), Variant(std::uint64_t(1)), Variant(1.0f),
+                            Variant(1.0), Variant(Currency(1)), Variant::FromDateTime(1.0), Variant("x"),
+                            Variant(std::string("x"))},
+                           [](const Variant& value) { return value.VarType(); }),
+              (std::vector<TVarType>{varEmpty, varNull, varBoolean, varSmallint, varInteger, varInt64,
+                                     varInt64, varByte, varWord, varLongWord, varQWord, varSingle, varDouble,
+                                     varCurrency, varDate, varString, varString}));
+    EXPECT_EQ((std::vector<bool>{VarIsOrdinal(Variant(true)), VarIsFloat(Variant(Currency(1))),
+                                 VarIsFloat(Variant::FromDateTime(1)),
+                                 VarIsNumeric(Variant(std::uint64_t(1))), VarIsNumeric(Variant("1")),
+                                 VarIsStr(Variant("")), VarIsClear(Variant()), VarIsClear(Variant::Null())}),
+              (std::vector<bool>{true, true, false, true, false, true, true, false}));
 }
 
 // Empty reads as zero, Null refuses every target except text; strings convert only when they are
@@ -95,7 +86,6 @@ TEST(VariantConversion, EveryTargetOverTheSourcesThatMatterToIt) {
                     &Variant::AsDateTime),
               (Strings{"0", "cast", "36585.5", "36526", "cast", "cast"}));
     EXPECT_EQ(VarToStr(Variant::Null()), "");
-
     // The messages name both types.
     EXPECT_EQ(MessageOf<EVariantTypeCastError>([] { Variant::Null().AsInteger(); }),
               "Could not convert variant of type (Null) into type (Integer)");
@@ -107,9 +97,7 @@ TEST(VariantConversion, EveryTargetOverTheSourcesThatMatterToIt) {
               "Overflow while converting variant of type (Integer) into type (Byte)");
     EXPECT_EQ(VarAsType(Variant(" 7 "), varSmallint).VarType(), varSmallint);
     EXPECT_EQ(VarAsType(Variant(2.0), varString).AsString(), "2");
-}
-
-TEST(VariantConversion, TextFollowsTheGlobalDecimalSeparator) {
+    // Text follows the global decimal separator.
     SettingsGuard guard;
     FormatSettings().DecimalSeparator = ',';
     EXPECT_EQ(Reads({"1,5", "1.5"}, &Variant::AsDouble), (Strings{"1.5", "cast"}));
@@ -120,9 +108,8 @@ TEST(VariantArray, BoundsElementsAndErrors) {
     Variant a = VarArrayCreate(2, 4);
     EXPECT_EQ(a.VarType(), varArray | varVariant);
     EXPECT_TRUE(VarIsArray(a));
-    EXPECT_EQ(VarArrayDimCount(a), 1);
-    EXPECT_EQ(VarArrayLowBound(a), 2);
-    EXPECT_EQ(VarArrayHighBound(a), 4);
+    EXPECT_EQ((std::vector<int>{VarArrayDimCount(a), VarArrayLowBound(a), VarArrayHighBound(a)}),
+              (std::vector<int>{1, 2, 4}));
     EXPECT_TRUE(VarIsEmpty(a[3]));
     a.SetArrayElement(2, "two");
     a[4] = 4.5;
@@ -136,19 +123,15 @@ TEST(VariantArray, BoundsElementsAndErrors) {
     EXPECT_EQ(MessageOf<EVariantTypeCastError>([&] { a.AsInteger(); }),
               "Could not convert variant of type (Array of Variant) into type (Integer)");
     EXPECT_THROW(a.AsString(), EVariantTypeCastError);
-
     const Variant scalar = 1;
     EXPECT_EQ(VarArrayDimCount(scalar), 0);
     EXPECT_THROW(VarArrayLowBound(scalar), EVariantInvalidArgError);
     EXPECT_THROW(scalar[0], EVariantInvalidArgError);
-
     const Variant none = VarArrayCreate(0, -1);
     EXPECT_EQ(VarArrayHighBound(none), -1);
     EXPECT_THROW(VarArrayCreate(0, -2), EVariantInvalidArgError);
-
     const Variant list = VarArrayOf({1, "x", Variant::Null()});
-    EXPECT_EQ(VarArrayLowBound(list), 0);
-    EXPECT_EQ(VarArrayHighBound(list), 2);
+    EXPECT_EQ((std::vector<int>{VarArrayLowBound(list), VarArrayHighBound(list)}), (std::vector<int>{0, 2}));
     EXPECT_TRUE(VarIsNull(list[2]));
 }
 
@@ -160,7 +143,6 @@ TEST(VariantArray, CopiesAreDeepAndSelfReferenceIsSafe) {
     EXPECT_EQ(a[0].AsInteger(), 1);
     EXPECT_EQ(a[1][0].AsInteger(), 2);
     EXPECT_EQ(b[1][0].AsInteger(), 20);
-
     // An array stored into itself, and an element assigned over its array.
     a.SetArrayElement(0, a);
     EXPECT_EQ(a[0][0].AsInteger(), 1);
@@ -170,60 +152,43 @@ TEST(VariantArray, CopiesAreDeepAndSelfReferenceIsSafe) {
     EXPECT_EQ(a[0].AsInteger(), 2);
     a = std::move(a[1]);
     EXPECT_EQ(a.AsInteger(), 3);
-
     Variant moved = VarArrayOf({1});
     Variant target = std::move(moved);
     EXPECT_TRUE(VarIsEmpty(moved)); // NOLINT(bugprone-use-after-move): a moved-from variant is Empty
     EXPECT_EQ(target[0].AsInteger(), 1);
 }
 
-TEST(VariantCompare, NullAndEmptyOnlyEqualThemselves) {
-    // Null = Null is True (the loose rule); Null = anything else is False.
-    EXPECT_TRUE(Variant::Null() == Variant::Null());
-    EXPECT_FALSE(Variant::Null() == Variant(0));
-    EXPECT_FALSE(Variant::Null() == Variant(""));
-    EXPECT_TRUE(Variant::Null() != Variant(0));
-    EXPECT_TRUE(Variant() == Variant());
-    EXPECT_FALSE(Variant() == Variant(0));
-    EXPECT_FALSE(Variant() == Variant(""));
-    EXPECT_FALSE(Variant() == Variant::Null());
-    EXPECT_EQ(VarCompareValue(Variant(), Variant::Null()), vrLessThan);
-    EXPECT_EQ(VarCompareValue(Variant::Null(), Variant(-5)), vrLessThan);
-    EXPECT_EQ(VarCompareValue(Variant("a"), Variant::Null()), vrGreaterThan);
-}
-
-TEST(VariantCompare, AcrossKinds) {
-    EXPECT_TRUE(Variant(1) == Variant(1.0));
-    EXPECT_TRUE(Variant(std::int16_t(7)) == Variant(std::uint64_t(7)));
-    EXPECT_TRUE(Variant(Currency(1.5)) == Variant(1.5));
-    EXPECT_TRUE(Variant(Currency(2)) == Variant(2));
-    EXPECT_TRUE(Variant("1") == Variant(1));
-    EXPECT_TRUE(Variant(1) == Variant("1.0"));
-    EXPECT_TRUE(Variant("9007199254740993") == Variant(9007199254740993LL)); // exact, not via double
-    EXPECT_FALSE(Variant("9007199254740993") == Variant(9007199254740992LL));
+// Null = Null is True (the loose rule), Null and Empty equal nothing else; across kinds values compare
+// by value, strings as numbers when the other side is one (exactly, not through a double).
+TEST(VariantCompare, EqualityAndOrderAcrossKinds) {
+    const Variant null = Variant::Null(), empty, big = 9007199254740993LL, below = 9007199254740992LL;
+    const Variant digits = "9007199254740993", y2k = Variant::FromDateTime(EncodeDate(2000, 1, 1)),
+                  y2kText = "2000-01-01", day = Variant::FromDateTime(36526.5), cur = Currency(1.5);
+    const Variant u64 = std::numeric_limits<std::uint64_t>::max(),
+                  i64 = std::numeric_limits<std::int64_t>::max();
+    const Variant list = VarArrayOf({1, "a"}), same = VarArrayOf({1.0, "a"}), other = VarArrayOf({1, "b"});
+    const std::tuple<Variant, Variant, bool> equality[] = {
+        {null, null, true},     {null, 0, false},       {null, "", false},    {empty, empty, true},
+        {empty, 0, false},      {empty, "", false},     {empty, null, false}, {1, 1.0, true},
+        {short(7), 7ULL, true}, {Currency(2), 2, true}, {"1", 1, true},       {1, "1.0", true},
+        {"abc", "ABC", false},  {"abc", "abc", true},   {true, 5, true},      {false, 5, false},
+        {true, "True", true},   {true, "true", false},  {day, 36526.5, true}, {y2k, y2kText, true},
+        {list, same, true},     {list, other, false},   {cur, 1.5, true},     {digits, big, true},
+        {digits, below, false}};
+    for (std::size_t i = 0; i < std::size(equality); ++i) {
+        const auto& [a, b, equal] = equality[i];
+        EXPECT_EQ(a == b, equal) << "row " << i;
+        EXPECT_EQ(a != b, !equal) << "row " << i;
+    }
+    const std::tuple<Variant, Variant, TVariantRelationship> order[] = {
+        {empty, null, vrLessThan}, {null, -5, vrLessThan},    {"a", null, vrGreaterThan},
+        {1, 2.5, vrLessThan},      {"b", "a", vrGreaterThan}, {u64, i64, vrGreaterThan},
+        {-1, u64, vrLessThan},     {NaN, 1.0, vrNotEqual},    {list, VarArrayOf({1}), vrNotEqual}};
+    for (std::size_t i = 0; i < std::size(order); ++i) {
+        EXPECT_EQ(VarCompareValue(std::get<0>(order[i]), std::get<1>(order[i])), std::get<2>(order[i]))
+            << "row " << i;
+    }
     EXPECT_THROW((void)(Variant("abc") == Variant(1)), EVariantTypeCastError);
-    EXPECT_FALSE(Variant("abc") == Variant("ABC"));
-    EXPECT_TRUE(Variant("abc") == "abc");
-    EXPECT_TRUE(Variant(true) == Variant(5));
-    EXPECT_FALSE(Variant(false) == Variant(5));
-    EXPECT_TRUE(Variant(true) == Variant("True"));
-    EXPECT_FALSE(Variant(true) == Variant("true"));
-    EXPECT_TRUE(Variant::FromDateTime(36526.5) == Variant(36526.5));
-    EXPECT_TRUE(Variant::FromDateTime(EncodeDate(2000, 1, 1)) == Variant("2000-01-01"));
-
-    EXPECT_EQ(VarCompareValue(Variant(1), Variant(2.5)), vrLessThan);
-    EXPECT_EQ(VarCompareValue(Variant("b"), Variant("a")), vrGreaterThan);
-    EXPECT_EQ(VarCompareValue(Variant(std::numeric_limits<std::uint64_t>::max()),
-                              Variant(std::numeric_limits<std::int64_t>::max())),
-              vrGreaterThan);
-    EXPECT_EQ(VarCompareValue(Variant(-1), Variant(std::numeric_limits<std::uint64_t>::max())), vrLessThan);
-    EXPECT_EQ(VarCompareValue(Variant(std::numeric_limits<double>::quiet_NaN()), Variant(1.0)), vrNotEqual);
-}
-
-TEST(VariantCompare, ArraysCompareElementWiseAndOnlyWithArrays) {
-    EXPECT_TRUE(VarArrayOf({1, "a"}) == VarArrayOf({1.0, "a"}));
-    EXPECT_FALSE(VarArrayOf({1, "a"}) == VarArrayOf({1, "b"}));
-    EXPECT_EQ(VarCompareValue(VarArrayOf({1}), VarArrayOf({1, 2})), vrNotEqual);
-    EXPECT_EQ(MessageOf<EVariantInvalidOpError>([] { (void)(VarArrayOf({1}) == Variant(1)); }),
+    EXPECT_EQ(MessageOf<EVariantInvalidOpError>([&] { (void)(list == Variant(1)); }),
               "Invalid variant operation");
 }

@@ -1,0 +1,216 @@
+// Data sources and links: state relay, AutoEdit, Enabled and teardown order; the record ring as links
+// see it: sizing by the links, windows following the records while the dataset scrolls,
+// resynchronisation, and the cursor work it causes.
+
+#include "db_test_support.h"
+
+#include <gtest/gtest.h>
+#include <numeric>
+#include <tuple>
+
+using namespace quorda;
+using namespace quorda::dbtest;
+
+namespace {
+
+class RingTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        FillNumbers(DataSet, 20);
+        Source.SetDataSet(&DataSet);
+    }
+
+    // The ring's size, the link's record count, the ID of its active record and the dataset's current
+    // ID: "5 5 id5 at5".
+    std::string Ring(TRecordingLink& Link) {
+        return std::to_string(DataSet.BufferCount()) + " " + std::to_string(Link.RecordCount()) + " id" +
+               Link.ActiveValue("ID") + " at" + std::to_string(CurrentId(DataSet));
+    }
+
+    TProbeDataSet DataSet{nullptr};
+    TDataSource Source{nullptr};
+    std::vector<std::string> Log;
+};
+
+TEST_F(RingTest, GrowsToTheLargestLinkAndShrinksBackKeepingTheActiveRecord) {
+    EXPECT_EQ(DataSet.BufferCount(), 1);
+    DataSet.MoveBy(4);
+    {
+        TRecordingLink small(Log, "small", 3, &Source);
+        EXPECT_EQ(Ring(small), "3 3 id5 at5");
+        {
+            TRecordingLink large(Log, "large", 5, &Source);
+            EXPECT_EQ(Ring(large), "5 5 id5 at5");
+            DataSet.MoveBy(3);
+        }
+        EXPECT_EQ(Ring(small), "3 3 id8 at8");
+        // A control that grows while attached (a grid made taller) grows the ring at once.
+        small.SetBufferCount(6);
+        EXPECT_EQ(Ring(small), "6 6 id8 at8");
+    }
+    EXPECT_EQ(DataSet.BufferCount(), 1);
+    EXPECT_EQ(CurrentId(DataSet), 8);
+}
+
+TEST_F(RingTest, LinkWindowsFollowTheRecordsAcrossTheRingEdges) {
+    TRecordingLink small(Log, "small", 3, &Source);
+    TRecordingLink large(Log, "large", 5, &Source);
+    EXPECT_EQ(large.Window("ID"), (Names{"1", "2", "3", "4", "5"}));
+    EXPECT_EQ(small.Window("ID"), (Names{"1", "2", "3"}));
+    // Distance, then the small and the large link's window, active record and scroll distance.
+    const std::tuple<int, Names, int, Names, int, std::string, std::string> steps[] = {
+        {4, {"3", "4", "5"}, 2, {"1", "2", "3", "4", "5"}, 4, "2", "0"},
+        {1, {"4", "5", "6"}, 2, {"2", "3", "4", "5", "6"}, 4, "1", "1"},
+        {-3, {"3", "4", "5"}, 0, {"2", "3", "4", "5", "6"}, 1, "-1", "0"},
+        {-1, {"2", "3", "4"}, 0, {"2", "3", "4", "5", "6"}, 0, "-1", "0"},
+        {-1, {"1", "2", "3"}, 0, {"1", "2", "3", "4", "5"}, 0, "-1", "-1"},
+    };
+    for (const auto& [distance, smallWindow, smallActive, largeWindow, largeActive, smallScroll,
+                      largeScroll] : steps) {
+        Log.clear();
+        DataSet.MoveBy(distance);
+        SCOPED_TRACE("after MoveBy(" + std::to_string(distance) + ") to ID " +
+                     std::to_string(CurrentId(DataSet)));
+        EXPECT_EQ(small.Window("ID"), smallWindow);
+        EXPECT_EQ(small.ActiveRecord(), smallActive);
+        EXPECT_EQ(large.Window("ID"), largeWindow);
+        EXPECT_EQ(large.ActiveRecord(), largeActive);
+        EXPECT_EQ(Log, (Names{"small:CheckBrowseMode", "large:CheckBrowseMode",
+                              "small:DataSetScrolled(" + smallScroll + ")",
+                              "large:DataSetScrolled(" + largeScroll + ")"}));
+    }
+}
+
+TEST_F(RingTest, EveryRecordOfAFullScanIsVisitedOnceWithoutRefetching) {
+    TRecordingLink grid(Log, "", 4, &Source);
+    DataSet.First();
+    DataSet.GetRecordCalls = 0;
+    DataSet.SetToRecordCalls = 0;
+    std::vector<int> seen;
+    while (!DataSet.Eof()) {
+        seen.push_back(CurrentId(DataSet));
+        DataSet.Next();
+    }
+    std::vector<int> all(20);
+    std::iota(all.begin(), all.end(), 1);
+    EXPECT_EQ(seen, all);
+    // Records 1-4 were already in the ring; 5-20 are fetched once each, plus the end-of-data answer.
+    EXPECT_EQ(DataSet.GetRecordCalls, 17);
+    EXPECT_EQ(DataSet.SetToRecordCalls, 0);
+}
+
+TEST_F(RingTest, GotoBookmarkCentresTheRecordAndResyncNearTheEndRefillsFromBefore) {
+    TRecordingLink grid(Log, "", 5, &Source);
+    DataSet.MoveBy(9);
+    TBookmark tenth = DataSet.GetBookmark();
+    DataSet.Last();
+    EXPECT_EQ(grid.Window("ID"), (Names{"16", "17", "18", "19", "20"}));
+    DataSet.GotoBookmark(tenth);
+    EXPECT_EQ(grid.Window("ID"), (Names{"8", "9", "10", "11", "12"}));
+    EXPECT_EQ(grid.ActiveRecord(), 2);
+    DataSet.Last();
+    DataSet.Prior();
+    DataSet.Delete();
+    // The deleted 19th record is replaced by its successor; the ring still holds five records.
+    EXPECT_EQ(CurrentId(DataSet), 20);
+    EXPECT_EQ(grid.Window("ID"), (Names{"15", "16", "17", "18", "20"}));
+    DataSet.Delete();
+    EXPECT_EQ(CurrentId(DataSet), 18);
+    EXPECT_EQ(grid.Window("ID"), (Names{"14", "15", "16", "17", "18"}));
+}
+
+TEST_F(RingTest, EnableControlsSendsOneStateUpdateAndOneChange) {
+    TRecordingLink link(Log, "", 1, &Source);
+    Log.clear();
+    DataSet.DisableControls();
+    DataSet.DisableControls();
+    DataSet.Next();
+    DataSet.Edit();
+    DataSet.Last();
+    DataSet.EnableControls();
+    EXPECT_TRUE(Log.empty());
+    DataSet.Edit();
+    DataSet.EnableControls();
+    EXPECT_EQ(Log, (Names{"EditingChanged(on)", "DataSetChanged"}));
+    EXPECT_FALSE(DataSet.ControlsDisabled());
+}
+
+TEST(DataSource, RelaysStateToLinksAndEventsAndLetsLinksEditUnderAutoEdit) {
+    TMemDataSet dataSet(nullptr);
+    FillNumbers(dataSet, 3);
+    dataSet.Close();
+    TDataSource source(nullptr);
+    std::vector<std::string> log;
+    TRecordingLink link(log, "link", 1, &source);
+    source.OnStateChange = [&](TObject*) { log.push_back("StateChange"); };
+    source.OnDataChange = [&](TObject*, TField* Field) {
+        log.push_back(Field ? "DataChange(field)" : "DataChange");
+    };
+    source.SetDataSet(&dataSet);
+    EXPECT_TRUE(log.empty());
+    EXPECT_FALSE(link.Active());
+    dataSet.Open();
+    EXPECT_EQ(log, (Names{"link:ActiveChanged(on)", "StateChange", "DataChange"}));
+    log.clear();
+    dataSet.Close();
+    EXPECT_EQ(log, (Names{"link:ActiveChanged(off)", "StateChange"}));
+    EXPECT_EQ(source.State(), dsInactive);
+    // A disabled source shows its links an inactive dataset and tells nobody of moves.
+    dataSet.Open();
+    source.SetEnabled(false);
+    EXPECT_FALSE(link.Active());
+    log.clear();
+    dataSet.Next();
+    EXPECT_TRUE(log.empty());
+    source.SetEnabled(true);
+    EXPECT_TRUE(link.Active());
+    EXPECT_EQ(CurrentId(*link.DataSet()), 2);
+    // AutoEdit lets a link start an edit; a read-only link never edits.
+    source.SetAutoEdit(false);
+    EXPECT_FALSE(link.Edit());
+    EXPECT_EQ(dataSet.State(), dsBrowse);
+    source.SetAutoEdit(true);
+    EXPECT_TRUE(link.Edit());
+    EXPECT_EQ(dataSet.State(), dsEdit);
+    link.SetReadOnly(true);
+    EXPECT_FALSE(link.Editing());
+    dataSet.Cancel();
+    EXPECT_FALSE(link.Edit());
+    EXPECT_EQ(dataSet.State(), dsBrowse);
+    // FocusControl on a field reaches the links.
+    log.clear();
+    dataSet.FieldByName("NAME")->FocusControl();
+    EXPECT_EQ(log, (Names{"link:FocusControl(NAME)"}));
+}
+
+// A detail dataset whose master is a data source.
+class TDetailDataSet : public TMemDataSet {
+public:
+    using TMemDataSet::TMemDataSet;
+    TDataSource* Master = nullptr;
+    TDataSource* GetDataSource() const override { return Master; }
+};
+
+TEST(DataSource, ACircularChainIsRefusedAndEitherEndMayBeDestroyedFirst) {
+    TDetailDataSet detail(nullptr);
+    TDataSource source(nullptr);
+    detail.Master = &source;
+    EXPECT_EQ(MessageOf([&] { source.SetDataSet(&detail); }), SCircularDataLink);
+    EXPECT_EQ(source.DataSet(), nullptr);
+    // A link outlives its dataset and then its source. (Every fixture tears down in the other order.)
+    auto dataSet = std::make_unique<TMemDataSet>(nullptr);
+    FillNumbers(*dataSet, 3);
+    auto owned = std::make_unique<TDataSource>(nullptr);
+    owned->SetDataSet(dataSet.get());
+    std::vector<std::string> log;
+    TRecordingLink link(log, "", 1, owned.get());
+    EXPECT_TRUE(link.Active());
+    dataSet.reset();
+    EXPECT_FALSE(link.Active());
+    EXPECT_EQ(owned->DataSet(), nullptr);
+    EXPECT_EQ(link.DataSet(), nullptr);
+    owned.reset();
+    EXPECT_EQ(link.DataSource(), nullptr);
+}
+
+} // namespace
