@@ -111,7 +111,8 @@ void TODBCBlobStream::ReadCurrentRowOnce(bool Text) {
         DatabaseError(LoadStr(SODBCBlobRowLeft));
     }
     ReadWithGetData(Text);
-    blobs.Values.emplace(column, std::string(static_cast<const char*>(Memory()), static_cast<std::size_t>(Size())));
+    blobs.Values.emplace(column,
+                         std::string(static_cast<const char*>(Memory()), static_cast<std::size_t>(Size())));
 }
 
 bool TODBCBlobStream::ReadFromRowset(bool Text) {

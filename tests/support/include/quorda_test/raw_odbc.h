@@ -35,7 +35,6 @@ public:
     void Commit();
     void Rollback();
 
-
 private:
     void Release() noexcept;
 
