@@ -91,6 +91,17 @@ TEST_P(BlobStream, ValuesArriveWholeOnEveryRowInEitherDirectionAndInALinksWindow
         EXPECT_TRUE(windowed.FieldByName("memo")->AsString() == expected[record]) << "record " << record;
     }
     ring.Link.SetActiveRecord(0);
+
+    // A forward-only cursor stands on its window's last row: an earlier record's value is gone.
+    TODBCQuery& forward = Query("select id, memo from " + Table + " order by id");
+    forward.SetUniDirectional(true);
+    testing::LinkedRing forwardRing(forward, 4);
+    forward.Open();
+    forwardRing.Link.SetActiveRecord(3);
+    EXPECT_EQ(forward.FieldByName("memo")->AsString(), "tail   ");
+    forwardRing.Link.SetActiveRecord(2);
+    EXPECT_EQ(ErrorOf([&] { forward.FieldByName("memo")->AsString(); }), LoadStr(SODBCBlobRowLeft));
+    forwardRing.Link.SetActiveRecord(0);
 }
 
 // String fields read through the stream as text, trimmed like memos when asked; other fields are no
