@@ -233,7 +233,7 @@ template <>
 struct TFieldAs<TBytes> : detail::TFieldAsAccessor<TBytes, &TField::AsBytes> {};
 
 template <typename T>
-T TField::As() const {
+QUORDA_READ_INLINE inline T TField::As() const {
     if constexpr (detail::IsOptional<T>::value) {
         return TFieldAs<typename T::value_type>::Read(*this);
     } else {
