@@ -67,13 +67,13 @@ void TODBCBlobStream::Truncate() {
 
 void TODBCBlobStream::ReadBlobData() {
     const bool text = FField->DataType() == ftString || FField->DataType() == ftMemo;
-    if (!FDataSet->UniDirectional()) {
+    if (!FDataSet->FForwardOnlyCursor) {
         FDataSet->InternalSetToRecord(FBuffer);
     }
     const bool rowset = FDataSet->BlockMode() && FDataSet->FRowsFetched > 1;
     if (rowset && ReadFromRowset(text)) {
         // Taken from the bound rowset.
-    } else if (FDataSet->UniDirectional() && !rowset) {
+    } else if (FDataSet->FForwardOnlyCursor && !rowset) {
         ReadCurrentRowOnce(text);
     } else {
         ReadWithGetData(text);

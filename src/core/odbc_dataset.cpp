@@ -132,6 +132,8 @@ void TODBCDataSet::SetUniDirectional(bool Value) {
                                    Value ? SQL_CURSOR_FORWARD_ONLY : SQL_CURSOR_KEYSET_DRIVEN),
                   "SQLSetStmtOption(SQL_CURSOR_TYPE)");
     }
+    // Reached only when the statement took the type (or there is none yet).
+    FForwardOnlyCursor = Value;
 }
 
 void TODBCDataSet::SetBlockCursor(bool Value) {

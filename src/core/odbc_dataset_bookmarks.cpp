@@ -93,7 +93,7 @@ void TODBCDataSet::InternalGotoBookmark(const void* ABookmark) {
 }
 
 void TODBCDataSet::InternalSetToRecord(TRecordBuffer Buffer) {
-    if (FUniDirectional) {
+    if (FForwardOnlyCursor) {
         return;
     }
     const std::int32_t row = RowNumberOf(Buffer);
@@ -164,11 +164,11 @@ int TODBCDataSet::GetRecordCountExt() {
 }
 
 void TODBCDataSet::InternalRefresh() {
+    // Refused before the statement runs again: the bookmark could not be found after it.
+    CheckScrollable();
     TBookmark bookmark = GetBookmark();
-    InternalFreeStmt(SQL_CLOSE);
-    // The rows may have changed: count them again when asked.
-    FRecordCountCache = -1;
-    InternalExecSQL();
+    // The rows may have changed: they are counted again when asked.
+    ExecuteAgain();
     InternalGotoBookmark(bookmark.Data());
     FreeBookmark(bookmark);
 }

@@ -11,6 +11,7 @@
 #include "odbc_dataset_p.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/odbc_dataset.h"
+#include "quorda/db/db_consts.h"
 #include "quorda/odbc/odbc_check.h"
 #include "quorda/rtl/messages.h"
 
@@ -128,6 +129,10 @@ void TODBCDataSet::ImmediatelyOpen() {
         Open();
         return;
     }
+    ExecuteAgain();
+}
+
+void TODBCDataSet::ExecuteAgain() {
     InternalFreeStmt(SQL_CLOSE);
     FRecordCountCache = -1;
     InternalExecSQL();
@@ -159,7 +164,14 @@ void TODBCDataSet::InternalHandleException() {
 
 // ---- moving the cursor
 
+void TODBCDataSet::CheckScrollable() const {
+    if (FForwardOnlyCursor) {
+        DatabaseError(SUniDirectional);
+    }
+}
+
 SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
+    CheckScrollable();
     SQLULEN fetched = 0;
     // A rowset cursor writes one status cell per row of the rowset.
     SQLUSMALLINT* status = &FEngine->SingleRowStatus;
@@ -171,6 +183,13 @@ SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
 }
 
 void TODBCDataSet::InternalFirst() {
+    if (FForwardOnlyCursor) {
+        // The framework refills the ring from here, and the cursor cannot go back to its start:
+        // the statement runs again.
+        ExecuteAgain();
+        ResetNumbering(1, -1);
+        return;
+    }
     ExtendedFetch(SQL_FETCH_FIRST, 0);
     ExtendedFetch(SQL_FETCH_PRIOR, 0);
     ResetNumbering(1, -1);
@@ -186,7 +205,7 @@ TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientatio
     // A forward-only cursor that reported its end stays there, whichever way the step goes: no row can
     // follow, and after a rowset fetch's SQL_NO_DATA the driver manager refuses another fetch (S1010).
     // The answer is the one a fetch gave before: the end going forward, the start going back.
-    if (FUniDirectional && FCrack == 1) {
+    if (FForwardOnlyCursor && FCrack == 1) {
         if (Orientation == SQL_FETCH_NEXT) {
             return grEOF;
         }
@@ -206,7 +225,7 @@ TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientatio
                             "SQLExtendedFetch");
             FRowsetIndex = 0;
         }
-    } else if (!FUniDirectional) {
+    } else if (!FForwardOnlyCursor) {
         ret = ExtendedFetch(Orientation, 0);
     } else {
         // Forward-only: a step back moves forward as well.

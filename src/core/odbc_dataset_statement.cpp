@@ -89,6 +89,7 @@ void TODBCDataSet::CreateHandle() {
             FRowSetSize = static_cast<std::int32_t>(granted);
             FEngine->RowStatus.assign(static_cast<std::size_t>(FRowSetSize), 0);
         }
+        FForwardOnlyCursor = FUniDirectional;
     } catch (...) {
         // Without its options the handle is not the one asked for: the next attempt starts afresh.
         ResetStmtHandle(SQL_NULL_HSTMT);

@@ -3,6 +3,7 @@
 // reading.
 
 #include "odbc_cursor_fixture.h"
+#include "quorda/db/db_consts.h"
 #include "quorda/odbc/odbc_error.h"
 
 #include <algorithm>
@@ -174,9 +175,15 @@ TEST_P(CursorNavigation, ForwardOnlyStepsBackByMovingOnAndFillsARingLargerThanTh
     query.Next();
     query.Next();
     EXPECT_EQ(Id(query), 3);
+    // A statement that has run keeps its cursor type, and its steps keep their fetch call.
+    EXPECT_ANY_THROW(query.SetUniDirectional(false));
     // A forward-only cursor cannot go back: the step fetches the next row instead.
     query.Prior();
     EXPECT_EQ(Walk(query), Range(4, 8));
+    // Its start is reached by running the statement again; scrolling anywhere else is refused.
+    query.First();
+    EXPECT_EQ(Walk(query), Range(1, 8));
+    EXPECT_EQ(testing::ErrorOf([&] { query.Last(); }), SUniDirectional);
 
     // Filling a ring that the rows do not fill steps back from the end. A forward-only cursor that has
     // reported its end answers that step itself: the driver manager refuses a fetch after the rowset

@@ -245,11 +245,17 @@ protected:
     // of DataSize bytes; null for a field without a column of its own (calculated, unbound).
     std::byte* FieldSlot(TRecordBuffer Buffer, const TField* Field, std::size_t& DataSize) const;
     // SQLExtendedFetch on the shared single row-status cell; raises on failure, returns the code.
+    // A forward-only cursor is refused without a call: after SQLFetch the driver manager answers any
+    // SQLExtendedFetch with a sequence error.
     SQLRETURN ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset);
+    // Raises SUniDirectional when the statement's cursor is forward-only.
+    void CheckScrollable() const;
+    // Closes the cursor and runs the statement again under the open dataset's fields and buffers.
+    void ExecuteAgain();
     // Repositions after counting (origin and row number as they were).
     void RestorePositionAfterCount();
-    // BlockCursor, RowSetSize above 0 and UniDirectional: rows arrive a rowset at a time.
-    bool BlockMode() const { return FBlockCursor && FRowSetSize > 0 && FUniDirectional; }
+    // BlockCursor, RowSetSize above 0 and a forward-only cursor: rows arrive a rowset at a time.
+    bool BlockMode() const { return FBlockCursor && FRowSetSize > 0 && FForwardOnlyCursor; }
     // Forgets the row numbering (the next successful fetch numbers its row 0).
     void ResetNumbering(std::int32_t Origin, std::int32_t Crack);
 
@@ -262,6 +268,9 @@ protected:
     std::int32_t FRecordCountCache = -1;
     std::int32_t FRowsetIndex = -1;
     SQLULEN FRowsFetched = 0;
+    // The cursor type the statement handle has: the one it was made with or last set on it. Fetching
+    // follows it, not UniDirectional, which a driver no longer applies to a statement that has run.
+    bool FForwardOnlyCursor = false;
     TRecordBuffer FFilterBuffer = nullptr;
 
     std::vector<std::unique_ptr<TParamValueItem>> FParamValues;
