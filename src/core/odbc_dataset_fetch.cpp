@@ -164,10 +164,8 @@ void TODBCDataSet::InternalHandleException() {
 
 // ---- moving the cursor
 
-void TODBCDataSet::CheckScrollable() const {
-    if (FForwardOnlyCursor) {
-        DatabaseError(SUniDirectional);
-    }
+void TODBCDataSet::RaiseForwardOnly() {
+    DatabaseError(SUniDirectional);
 }
 
 SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {

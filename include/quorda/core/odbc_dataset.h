@@ -248,8 +248,14 @@ protected:
     // A forward-only cursor is refused without a call: after SQLFetch the driver manager answers any
     // SQLExtendedFetch with a sequence error.
     SQLRETURN ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset);
-    // Raises SUniDirectional when the statement's cursor is forward-only.
-    void CheckScrollable() const;
+    // Raises SUniDirectional when the statement's cursor is forward-only (asked on every scrollable
+    // fetch: the test is inline, the raise is not).
+    void CheckScrollable() const {
+        if (FForwardOnlyCursor) {
+            RaiseForwardOnly();
+        }
+    }
+    [[noreturn]] static void RaiseForwardOnly();
     // Closes the cursor and runs the statement again under the open dataset's fields and buffers.
     void ExecuteAgain();
     // Repositions after counting (origin and row number as they were).
