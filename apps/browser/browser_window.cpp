@@ -2,11 +2,12 @@
 
 #include "param_dialog.h"
 #include "quorda/core/session.h"
+#include "quorda/db/controls_disabled.h"
 #include "quorda/grid/field_save.h"
 #include "quorda/odbc/odbc_error.h"
+#include "quorda/rtl/replace_file.h"
 #include "quorda/rtl/strings.h"
 #include "quorda/tools/text_transfer.h"
-#include "replace_file.h"
 
 #include <QComboBox>
 #include <QCryptographicHash>
@@ -193,9 +194,8 @@ namespace {
 // dataset returns to the row it stood on, however the export ended.
 class TControlsHeld {
 public:
-    explicit TControlsHeld(TDataSet& DataSet) : FDataSet(DataSet), FCurrent(DataSet.GetBookmark()) {
-        FDataSet.DisableControls();
-    }
+    explicit TControlsHeld(TDataSet& DataSet)
+        : FDataSet(DataSet), FCurrent(DataSet.GetBookmark()), FDisabled(DataSet) {}
     ~TControlsHeld() {
         try {
             FDataSet.GotoBookmark(FCurrent);
@@ -203,7 +203,6 @@ public:
             // The row cannot be reached again (the connection is gone): the grid shows where the
             // dataset stands, and the export's own error is what the user sees.
         }
-        FDataSet.EnableControls();
     }
     TControlsHeld(const TControlsHeld&) = delete;
     TControlsHeld& operator=(const TControlsHeld&) = delete;
@@ -211,6 +210,8 @@ public:
 private:
     TDataSet& FDataSet;
     TBookmark FCurrent;
+    // Enabled again after the return to the row (members go after the destructor's body).
+    TControlsDisabled FDisabled;
 };
 
 QString LayoutKey(const QString& Sql) {

@@ -6,13 +6,12 @@
 #include "quorda/rtl/exception.h"
 #include "quorda/rtl/in_out_error.h"
 #include "quorda/rtl/numbers.h"
+#include "quorda/rtl/replace_file.h"
 #include "quorda/rtl/strings.h"
 #include "quorda/tools.h"
 #include "table_output.h"
 
-#include <filesystem>
 #include <iostream>
-#include <unistd.h>
 
 namespace quorda::cli {
 
@@ -146,25 +145,17 @@ void RunExport(TODBCDatabase& Db, const std::string& Source, const std::string& 
     OpenQry(query.get());
     // Written beside the target and renamed at the end: a failed export leaves no half file behind
     // under the target's name.
-    const std::filesystem::path target(File);
-    std::filesystem::path temporary = target;
-    temporary += ".part-" + std::to_string(::getpid());
     Progress progress("exported");
     std::int64_t rows = 0;
     try {
-        ExportDataSet(query.get(), temporary.string(), [&](std::int64_t done) {
-            rows = done;
-            progress.Update(done);
+        ReplaceFile(File, [&](const std::string& TempName) {
+            ExportDataSet(query.get(), TempName, [&](std::int64_t done) {
+                rows = done;
+                progress.Update(done);
+            });
         });
-        std::filesystem::rename(temporary, target);
     } catch (const EInOutError& e) {
-        std::error_code ignored;
-        std::filesystem::remove(temporary, ignored);
         RaiseInOutError("Cannot write file", File, e.ErrorCode());
-    } catch (...) {
-        std::error_code ignored;
-        std::filesystem::remove(temporary, ignored);
-        throw;
     }
     progress.Finish(rows);
     std::cout << rows << " rows exported to " << File << '\n';

@@ -121,10 +121,7 @@ bool ConvertDirect(const Variant& Value, TFieldType Type, bool Text, TParamValue
         case varShortInt:
         case varByte:
         case varWord:
-            Item.CType = SQL_C_LONG;
-            Item.SqlType = SQL_INTEGER;
-            StoreValue(Item, static_cast<SQLINTEGER>(Value.AsInteger()));
-            Length = 4;
+            Length = StoreValue(Item, SQL_C_LONG, SQL_INTEGER, static_cast<SQLINTEGER>(Value.AsInteger()));
             return true;
         default:
             return false;
@@ -133,41 +130,26 @@ bool ConvertDirect(const Variant& Value, TFieldType Type, bool Text, TParamValue
         if (Value.VarType() != varInt64 && Value.VarType() != varInteger) {
             return false;
         }
-        Item.CType = SQL_C_SBIGINT;
-        Item.SqlType = SQL_BIGINT;
-        StoreValue(Item, static_cast<SQLBIGINT>(Value.AsInt64()));
-        Length = 8;
+        Length = StoreValue(Item, SQL_C_SBIGINT, SQL_BIGINT, static_cast<SQLBIGINT>(Value.AsInt64()));
         return true;
     case ftFloat:
         if (Value.VarType() != varDouble && Value.VarType() != varSingle) {
             return false;
         }
-        Item.CType = SQL_C_DOUBLE;
-        Item.SqlType = SQL_DOUBLE;
-        StoreValue(Item, Value.AsDouble());
-        Length = 8;
+        Length = StoreValue(Item, SQL_C_DOUBLE, SQL_DOUBLE, Value.AsDouble());
         return true;
     case ftDateTime:
         if (Value.VarType() != varDate) {
             return false;
         }
-        Item.CType = SQL_C_TIMESTAMP;
-        Item.SqlType = SQL_TIMESTAMP;
-        StoreTimestamp(Item, Value.AsDateTime());
-        Length = 16;
+        Length = StoreTimestamp(Item, Value.AsDateTime());
         return true;
-    case ftString: {
+    case ftString:
         if (!Text || Value.VarType() != varString) {
             return false;
         }
-        Item.CType = SQL_C_CHAR;
-        Item.SqlType = SQL_CHAR;
-        const std::string text = Value.AsString();
-        Item.Data.resize(text.size() + 1);
-        std::memcpy(Item.Data.data(), text.c_str(), text.size() + 1);
-        Length = static_cast<SQLLEN>(text.size());
+        Length = StoreText(Item, SQL_CHAR, Value.AsString());
         return true;
-    }
     default:
         return false;
     }

@@ -26,7 +26,16 @@ constexpr SQLULEN kTimestampColumnSize = 23;
 
 } // namespace
 
-void StoreTimestamp(TParamValueItem& Item, TDateTime Value) {
+SQLLEN StoreText(TParamValueItem& Item, SQLSMALLINT SqlType, std::string_view Text) {
+    Item.CType = SQL_C_CHAR;
+    Item.SqlType = SqlType;
+    Item.Data.resize(Text.size() + 1);
+    std::memcpy(Item.Data.data(), Text.data(), Text.size());
+    Item.Data[Text.size()] = std::byte{0};
+    return static_cast<SQLLEN>(Text.size());
+}
+
+SQLLEN StoreTimestamp(TParamValueItem& Item, TDateTime Value) {
     SQL_TIMESTAMP_STRUCT stamp{};
     std::uint16_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, msec = 0;
     DecodeDateTime(Value, year, month, day, hour, minute, second, msec);
@@ -37,7 +46,7 @@ void StoreTimestamp(TParamValueItem& Item, TDateTime Value) {
     stamp.minute = minute;
     stamp.second = second;
     stamp.fraction = FractionFromMilliseconds(msec);
-    StoreValue(Item, stamp);
+    return StoreValue(Item, SQL_C_TIMESTAMP, SQL_TIMESTAMP, stamp);
 }
 
 void TODBCDataSet::Translate(const char* Src, char* Dest, bool ToOem) {
@@ -53,17 +62,12 @@ SQLLEN TODBCDataSet::ConvertData(TODBCParam* Param, TParamValueItem& Item) {
     // native data carries none, its buffer still gets one so the text stays bounded), translated on
     // request.
     auto storeText = [&](SQLSMALLINT SqlType) {
-        Item.CType = SQL_C_CHAR;
-        Item.SqlType = SqlType;
         const std::string text = Param->GetAsMemo();
-        Item.Data.resize(text.size() + 1);
-        auto* dest = reinterpret_cast<char*>(Item.Data.data());
+        const SQLLEN length = StoreText(Item, SqlType, text);
         if (FTranslate && Param->Translate()) {
-            Translate(text.c_str(), dest, true);
-        } else {
-            std::memcpy(dest, text.c_str(), text.size() + 1);
+            Translate(text.c_str(), reinterpret_cast<char*>(Item.Data.data()), true);
         }
-        return static_cast<SQLLEN>(text.size());
+        return length;
     };
 
     switch (dataType) {
@@ -86,58 +90,34 @@ SQLLEN TODBCDataSet::ConvertData(TODBCParam* Param, TParamValueItem& Item) {
     case ftInteger:
     case ftWord:
     case ftBoolean:
-        Item.CType = SQL_C_LONG;
-        Item.SqlType = SQL_INTEGER;
-        StoreValue(Item, static_cast<SQLINTEGER>(Param->AsInteger()));
-        return 4;
+        return StoreValue(Item, SQL_C_LONG, SQL_INTEGER, static_cast<SQLINTEGER>(Param->AsInteger()));
     case ftLargeint:
-        Item.CType = SQL_C_SBIGINT;
-        Item.SqlType = SQL_BIGINT;
-        StoreValue(Item, static_cast<SQLBIGINT>(Param->GetAsVariant().AsInt64()));
-        return 8;
+        return StoreValue(Item, SQL_C_SBIGINT, SQL_BIGINT,
+                          static_cast<SQLBIGINT>(Param->GetAsVariant().AsInt64()));
     case ftFloat:
-        Item.CType = SQL_C_DOUBLE;
-        Item.SqlType = SQL_DOUBLE;
-        StoreValue(Item, Param->AsFloat());
-        return 8;
-    case ftCurrency: {
-        Item.CType = SQL_C_CHAR;
-        Item.SqlType = SQL_CHAR;
-        const std::string text = Param->AsString();
-        Item.Data.assign(text.size() + 1, std::byte{0});
-        std::memcpy(Item.Data.data(), text.data(), text.size());
-        return static_cast<SQLLEN>(text.size());
-    }
+        return StoreValue(Item, SQL_C_DOUBLE, SQL_DOUBLE, Param->AsFloat());
+    case ftCurrency:
+        return StoreText(Item, SQL_CHAR, Param->AsString());
     case ftDate: {
-        Item.CType = SQL_C_DATE;
-        Item.SqlType = SQL_DATE;
         SQL_DATE_STRUCT date{};
         std::uint16_t year = 0, month = 0, day = 0;
         DecodeDate(Param->AsDate(), year, month, day);
         date.year = static_cast<SQLSMALLINT>(year);
         date.month = month;
         date.day = day;
-        StoreValue(Item, date);
-        return 6;
+        return StoreValue(Item, SQL_C_DATE, SQL_DATE, date);
     }
     case ftTime: {
-        Item.CType = SQL_C_TIME;
-        Item.SqlType = SQL_TIME;
         SQL_TIME_STRUCT time{};
         std::uint16_t hour = 0, minute = 0, second = 0, msec = 0;
         DecodeTime(Param->AsTime(), hour, minute, second, msec);
         time.hour = hour;
         time.minute = minute;
         time.second = second;
-        StoreValue(Item, time);
-        return 6;
+        return StoreValue(Item, SQL_C_TIME, SQL_TIME, time);
     }
-    case ftDateTime: {
-        Item.CType = SQL_C_TIMESTAMP;
-        Item.SqlType = SQL_TIMESTAMP;
-        StoreTimestamp(Item, Param->AsDateTime());
-        return 16;
-    }
+    case ftDateTime:
+        return StoreTimestamp(Item, Param->AsDateTime());
     default:
         throw EODBCDatabaseError("Parameter type not supported");
     }

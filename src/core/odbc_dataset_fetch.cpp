@@ -70,11 +70,6 @@ inline int FractionMilliseconds(SQLUINTEGER Fraction) {
     return static_cast<int>(Fraction / divisor);
 }
 
-// Asked for every fetched row: a plain success needs neither diagnostics nor a trace line.
-inline bool PlainSuccess(SQLRETURN Ret) {
-    return Ret == SQL_SUCCESS && !ODBCTraceEnabled();
-}
-
 } // namespace
 
 void FieldReadSizes(const TField& Field, const TFieldValueItem& Item, std::size_t& Count,
@@ -176,8 +171,8 @@ SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
     if (BlockMode() && FEngine->RowStatus.size() >= static_cast<std::size_t>(FRowSetSize)) {
         status = FEngine->RowStatus.data();
     }
-    const SQLRETURN ret = SQLExtendedFetch(FEngine->Stmt.Get(), Orientation, Offset, &fetched, status);
-    return PlainSuccess(ret) ? ret : CheckCall(ret, "SQLExtendedFetch");
+    return CheckCall(SQLExtendedFetch(FEngine->Stmt.Get(), Orientation, Offset, &fetched, status),
+                     "SQLExtendedFetch");
 }
 
 void TODBCDataSet::InternalFirst() {
@@ -227,8 +222,7 @@ TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientatio
         ret = ExtendedFetch(Orientation, 0);
     } else {
         // Forward-only: a step back moves forward as well.
-        ret = SQLFetch(FEngine->Stmt.Get());
-        ret = PlainSuccess(ret) ? ret : CheckCall(ret, "SQLFetch");
+        ret = CheckCall(SQLFetch(FEngine->Stmt.Get()), "SQLFetch");
     }
     if (ret == SQL_NO_DATA_FOUND) {
         if (Orientation != SQL_FETCH_NEXT) {

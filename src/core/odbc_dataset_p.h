@@ -16,6 +16,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorda {
@@ -42,14 +43,19 @@ struct TParamValueItem {
     const std::byte* BoundData = nullptr;
 };
 
-// A fixed-width value as the item's bytes, and the same for a date-time as an ODBC time stamp: the
-// layouts single parameters and batches send alike.
+// Item as a parameter of the C and SQL types given, holding a fixed-width Value, a date-time as an
+// ODBC time stamp, or text with its terminating zero: the layouts single parameters and batches send
+// alike. Each returns the value's length.
 template <typename T>
-void StoreValue(TParamValueItem& Item, const T& Value) {
+SQLLEN StoreValue(TParamValueItem& Item, SQLSMALLINT CType, SQLSMALLINT SqlType, const T& Value) {
+    Item.CType = CType;
+    Item.SqlType = SqlType;
     Item.Data.resize(sizeof(T));
     std::memcpy(Item.Data.data(), &Value, sizeof(T));
+    return sizeof(T);
 }
-void StoreTimestamp(TParamValueItem& Item, TDateTime Value);
+SQLLEN StoreTimestamp(TParamValueItem& Item, TDateTime Value);
+SQLLEN StoreText(TParamValueItem& Item, SQLSMALLINT SqlType, std::string_view Text);
 
 // Whether a parameter bound as CType may keep its binding across executions, only its value bytes
 // and length rewritten. SQLite ODBC 0.9998 reads the length of a binary parameter when it is bound,

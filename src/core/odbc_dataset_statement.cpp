@@ -20,7 +20,7 @@ bool TODBCDataSet::RetCodeIsSuccessful(SQLRETURN RetCode) {
     return quorda::RetCodeIsSuccessful(RetCode);
 }
 
-SQLRETURN TODBCDataSet::CheckCall(SQLRETURN Ret, std::string_view Call) {
+SQLRETURN TODBCDataSet::CheckReturnedCode(SQLRETURN Ret, std::string_view Call) {
     TraceODBC(Ret, Call);
     if (!RetCodeIsSuccessful(Ret)) {
         RefuseMissingStatement(Ret);

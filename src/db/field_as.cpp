@@ -15,35 +15,25 @@ TLocalMSecs LocalMSecs(std::int64_t Day, std::int64_t MSecs) {
     return TLocalMSecs{std::chrono::milliseconds{(Day - detail::kEpochDayNumber) * MSecsPerDay + MSecs}};
 }
 
-std::size_t DateTimeSlotSize(TFieldType DataType) {
-    return DataType == ftDateTime ? sizeof(double) : sizeof(std::int32_t);
-}
-
-bool IsDateTimeType(TFieldType DataType) {
-    return DataType == ftDate || DataType == ftTime || DataType == ftDateTime;
-}
-
 } // namespace
 
 namespace detail {
 
 std::optional<TDateTime> ReadDateTimeSlot(const TField& Field) {
     const TFieldDataView view = Field.DataView();
-    if (!SlotOfSize(view, DateTimeSlotSize(Field.DataType()))) {
+    if (!IsDateTimeSlot(view, Field.DataType())) {
         return TFieldAsAccessor<double, &TField::AsFloat>::Read(Field);
     }
     if (view.Data == nullptr) {
         return std::nullopt;
     }
-    TDateTimeRec rec{};
-    std::memcpy(&rec, view.Data, view.Size);
-    return DateTimeRecToDateTime(Field.DataType(), rec);
+    return SlotDateTime(view, Field.DataType());
 }
 
 std::optional<TLocalMSecs> ReadLocalMSecs(const TField& Field) {
     const TFieldType type = Field.DataType();
     const TFieldDataView view = Field.DataView();
-    if (IsDateTimeType(type) && SlotOfSize(view, DateTimeSlotSize(type))) {
+    if (IsDateTimeSlot(view, type)) {
         if (view.Data == nullptr) {
             return std::nullopt;
         }

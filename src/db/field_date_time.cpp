@@ -1,8 +1,6 @@
 #include "quorda/db/date_time_fields.h"
 #include "quorda/rtl/format_settings.h"
 
-#include <cstring>
-
 namespace quorda {
 
 TDateTimeField::TDateTimeField(TComponent* AOwner) : TField(AOwner) {
@@ -22,10 +20,8 @@ TDateTime TDateTimeField::GetAsDateTime() const {
     if (view.Direct && view.Data == nullptr) {
         return 0.0;
     }
-    if (view.Direct && view.Size == (DataType() == ftDateTime ? sizeof(double) : sizeof(std::int32_t))) {
-        TDateTimeRec rec{};
-        std::memcpy(&rec, view.Data, view.Size);
-        return DateTimeRecToDateTime(DataType(), rec);
+    if (detail::IsDateTimeSlot(view, DataType())) {
+        return detail::SlotDateTime(view, DataType());
     }
     TDateTime value = 0;
     return GetData(&value, false) ? value : 0.0;

@@ -27,12 +27,6 @@ std::size_t Utf8CutLength(const std::string& Text, std::size_t Limit) {
     return cut;
 }
 
-// The text in a slot of the dataset's record buffer: zero-padded, read up to its zero.
-std::string_view SlotText(const TFieldDataView& View) {
-    const auto* text = reinterpret_cast<const char*>(View.Data);
-    return {text, strnlen(text, View.Size)};
-}
-
 } // namespace
 
 TStringField::TStringField(TComponent* AOwner) : TField(AOwner) {
@@ -61,7 +55,7 @@ bool TStringField::GetValue(std::string& Value) const {
             Value.clear();
             return false;
         }
-        Value.assign(SlotText(view));
+        Value.assign(detail::SlotText(view));
         return true;
     }
     const auto dataSize = static_cast<std::size_t>(DataSize());
@@ -86,7 +80,7 @@ std::string TStringField::GetAsString() const {
     // A fresh string built from the slot at once: cheaper than assigning to an empty one.
     const TFieldDataView view = DataView();
     if (view.Direct) {
-        return view.Data == nullptr ? std::string() : std::string(SlotText(view));
+        return view.Data == nullptr ? std::string() : std::string(detail::SlotText(view));
     }
     std::string value;
     GetValue(value);

@@ -1,5 +1,5 @@
 // Find: moving through the open selection to the next row whose columns match the fields' find values.
-#include "controls_disabled_p.h"
+#include "quorda/db/controls_disabled.h"
 #include "quorda/db/field.h"
 #include "quorda/entity/entity.h"
 #include "quorda/rtl/datetime.h"

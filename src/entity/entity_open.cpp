@@ -1,6 +1,6 @@
 // Opening an entity's selection in DataQuery, re-opening it after other entities wrote, and how its
 // columns are shown.
-#include "controls_disabled_p.h"
+#include "quorda/db/controls_disabled.h"
 #include "quorda/db/field.h"
 #include "quorda/db/numeric_fields.h"
 #include "quorda/entity/entity.h"

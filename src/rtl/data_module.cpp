@@ -1,11 +1,11 @@
 #include "quorda/rtl/data_module.h"
 
 #include "quorda/rtl/filer.h"
+#include "quorda/rtl/in_out_error.h"
 #include "quorda/rtl/object_text.h"
 #include "quorda/rtl/published.h"
+#include "quorda/rtl/replace_file.h"
 
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 
@@ -64,18 +64,14 @@ void TDataModule::SaveToStream(TStream& Stream, TStreamFormat Format) {
 void TDataModule::SaveToFile(const std::string& FileName, TStreamFormat Format) {
     TMemoryStream data;
     SaveToStream(data, Format);
-    const std::string temporary = FileName + ".saving";
     try {
-        TFileStream file(temporary, fmCreate);
-        file.WriteBuffer(data.Memory(), data.Size());
-    } catch (...) {
-        std::remove(temporary.c_str());
-        throw;
-    }
-    if (std::rename(temporary.c_str(), FileName.c_str()) != 0) {
-        const std::string reason = std::strerror(errno);
-        std::remove(temporary.c_str());
-        throw EFCreateError(FormatMessage(SFCreateError, FileName, reason));
+        ReplaceFile(FileName, [&](const std::string& TempName) {
+            TFileStream file(TempName, fmCreate);
+            file.WriteBuffer(data.Memory(), data.Size());
+        });
+    } catch (const EInOutError& e) {
+        // A stream's file that cannot be put in place is the stream's create error.
+        throw EFCreateError(FormatMessage(SFCreateError, FileName, std::strerror(e.ErrorCode())));
     }
 }
 

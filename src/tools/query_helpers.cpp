@@ -1,6 +1,7 @@
 #include "quorda/tools/query_helpers.h"
 
 #include "query_bodies_p.h"
+#include "quorda/db/controls_disabled.h"
 #include "quorda/rtl/exception.h"
 
 namespace quorda {
@@ -8,18 +9,6 @@ namespace quorda {
 TODBCDatabase* DataBase = nullptr;
 
 namespace {
-
-// Keeps the dataset's controls disabled for its lifetime.
-class TControlsDisabled {
-public:
-    explicit TControlsDisabled(TDataSet& DataSet) : FDataSet(DataSet) { FDataSet.DisableControls(); }
-    ~TControlsDisabled() { FDataSet.EnableControls(); }
-    TControlsDisabled(const TControlsDisabled&) = delete;
-    TControlsDisabled& operator=(const TControlsDisabled&) = delete;
-
-private:
-    TDataSet& FDataSet;
-};
 
 // Parameter i := Values[i]. Reading past the values would read memory that is not there: too few
 // values is an error instead.

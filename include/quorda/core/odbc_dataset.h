@@ -3,6 +3,7 @@
 #include "quorda/core/database_client.h"
 #include "quorda/core/odbc_params.h"
 #include "quorda/db/dataset.h"
+#include "quorda/odbc/odbc_check.h"
 #include "quorda/odbc/odbc_error.h"
 #include "quorda/odbc/odbc_types.h"
 #include "quorda/rtl/strings.h"
@@ -224,8 +225,14 @@ protected:
     // tested with RetCodeIsSuccessful, and a failure raises the EODBCError read from the
     // environment, connection and statement (CheckCall) or from the statement alone (CheckStmtCall,
     // for parameter binding and data at execution). Both return the code.
-    SQLRETURN CheckCall(SQLRETURN Ret, std::string_view Call);
+    // Every fetched row passes CheckCall: a plain success with tracing off needs nothing more and is
+    // answered inline.
+    SQLRETURN CheckCall(SQLRETURN Ret, std::string_view Call) {
+        return Ret == kSQLSuccess && !ODBCTraceEnabled() ? Ret : CheckReturnedCode(Ret, Call);
+    }
     SQLRETURN CheckStmtCall(SQLRETURN Ret, std::string_view Call);
+    // CheckCall's trace and test of every other return code.
+    SQLRETURN CheckReturnedCode(SQLRETURN Ret, std::string_view Call);
     // Row bookkeeping of a fresh execution (record count unknown, rows not numbered yet).
     void ResetRowCounters();
 

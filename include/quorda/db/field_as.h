@@ -87,7 +87,32 @@ QUORDA_READ_INLINE inline std::optional<T> ReadSlot(const TField& Field) {
     return static_cast<T>(LoadNative<Native>(view.Data));
 }
 
-// A date, time or date-time slot as its TDateTime (DateTimeRecToDateTime).
+// The text in a slot: zero-padded, read up to its zero.
+inline std::string_view SlotText(const TFieldDataView& View) {
+    const auto* text = reinterpret_cast<const char*>(View.Data);
+    return {text, strnlen(text, View.Size)};
+}
+
+// Whether View is the slot of a date, time or date-time field of DataType (or a NULL there).
+inline bool IsDateTimeSlot(const TFieldDataView& View, TFieldType DataType) {
+    switch (DataType) {
+    case ftDate:
+    case ftTime:
+        return SlotOfSize(View, sizeof(std::int32_t));
+    case ftDateTime:
+        return SlotOfSize(View, sizeof(double));
+    default:
+        return false;
+    }
+}
+
+// The TDateTime of such a slot holding a value.
+inline TDateTime SlotDateTime(const TFieldDataView& View, TFieldType DataType) {
+    TDateTimeRec rec{};
+    std::memcpy(&rec, View.Data, View.Size);
+    return DateTimeRecToDateTime(DataType, rec);
+}
+// A date, time or date-time slot as its TDateTime.
 QUORDA_API std::optional<TDateTime> ReadDateTimeSlot(const TField& Field);
 // The same slot as milliseconds since 1970-01-01, local time.
 QUORDA_API std::optional<TLocalMSecs> ReadLocalMSecs(const TField& Field);
@@ -108,9 +133,7 @@ struct QUORDA_API TFieldAs<std::string_view> {
                 if (view.Data == nullptr) {
                     return std::nullopt;
                 }
-                // The slot is zero-padded; the value may fill it to the last byte the field reads.
-                const auto* text = reinterpret_cast<const char*>(view.Data);
-                return std::string_view(text, strnlen(text, view.Size));
+                return detail::SlotText(view);
             }
         }
         return ReadText(Field);
@@ -135,41 +158,44 @@ struct TFieldAs<std::string> {
     }
 };
 
+namespace detail {
+
+// A whole-number field as Int straight from its slot, where the slot's width fits Int; through the
+// classic accessor Get otherwise (a 64-bit value read as 32 bits takes AsInteger's range check).
+template <typename Int, Int (TField::*Get)() const>
+QUORDA_READ_INLINE inline std::optional<Int> ReadWholeNumber(const TField& Field) {
+    switch (Field.DataType()) {
+    case ftLargeint:
+        if constexpr (sizeof(Int) >= sizeof(std::int64_t)) {
+            return ReadSlot<Int, std::int64_t, Get>(Field);
+        }
+        break;
+    case ftInteger:
+    case ftAutoInc:
+        return ReadSlot<Int, std::int32_t, Get>(Field);
+    case ftSmallint:
+        return ReadSlot<Int, std::int16_t, Get>(Field);
+    case ftWord:
+        return ReadSlot<Int, std::uint16_t, Get>(Field);
+    default:
+        break;
+    }
+    return TFieldAsAccessor<Int, Get>::Read(Field);
+}
+
+} // namespace detail
+
 template <>
 struct TFieldAs<std::int32_t> {
     QUORDA_READ_INLINE static std::optional<std::int32_t> Read(const TField& Field) {
-        using Int = std::int32_t;
-        switch (Field.DataType()) {
-        case ftInteger:
-        case ftAutoInc:
-            return detail::ReadSlot<Int, std::int32_t, &TField::AsInteger>(Field);
-        case ftSmallint:
-            return detail::ReadSlot<Int, std::int16_t, &TField::AsInteger>(Field);
-        case ftWord:
-            return detail::ReadSlot<Int, std::uint16_t, &TField::AsInteger>(Field);
-        default:
-            return detail::TFieldAsAccessor<Int, &TField::AsInteger>::Read(Field);
-        }
+        return detail::ReadWholeNumber<std::int32_t, &TField::AsInteger>(Field);
     }
 };
 
 template <>
 struct TFieldAs<std::int64_t> {
     QUORDA_READ_INLINE static std::optional<std::int64_t> Read(const TField& Field) {
-        using Int = std::int64_t;
-        switch (Field.DataType()) {
-        case ftLargeint:
-            return detail::ReadSlot<Int, std::int64_t, &TField::AsLargeInt>(Field);
-        case ftInteger:
-        case ftAutoInc:
-            return detail::ReadSlot<Int, std::int32_t, &TField::AsLargeInt>(Field);
-        case ftSmallint:
-            return detail::ReadSlot<Int, std::int16_t, &TField::AsLargeInt>(Field);
-        case ftWord:
-            return detail::ReadSlot<Int, std::uint16_t, &TField::AsLargeInt>(Field);
-        default:
-            return detail::TFieldAsAccessor<Int, &TField::AsLargeInt>::Read(Field);
-        }
+        return detail::ReadWholeNumber<std::int64_t, &TField::AsLargeInt>(Field);
     }
 };
 

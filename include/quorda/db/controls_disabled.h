@@ -7,8 +7,9 @@
 
 namespace quorda {
 
-// Keeps a dataset's controls disabled for a scope, enabled again also when the scope raises. A
-// control failing to repaint at the end is shown to the user, never thrown from the destructor.
+// Keeps a dataset's controls disabled for a scope (DisableControls), enabled again also when the
+// scope raises. A control failing to repaint at the end is shown to the user
+// (Application::HandleException), never thrown from the destructor.
 class TControlsDisabled {
 public:
     explicit TControlsDisabled(TDataSet& DataSet) : FDataSet(DataSet) { FDataSet.DisableControls(); }

@@ -1,12 +1,13 @@
-#include "replace_file.h"
+#include "quorda/rtl/replace_file.h"
+
+#include "quorda/rtl/in_out_error.h"
 
 #include <cerrno>
 #include <filesystem>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
-namespace quorda::browser {
+namespace quorda {
 
 namespace fs = std::filesystem;
 
@@ -15,12 +16,12 @@ namespace {
 // Removes the temporary file unless it was renamed.
 class TTempFile {
 public:
-    explicit TTempFile(const fs::path& Target) {
-        std::string name = (Target.parent_path() / ("." + Target.filename().string() + ".XXXXXX")).string();
+    // Target as the caller named it; Path made absolute.
+    TTempFile(const std::string& Target, const fs::path& Path) {
+        std::string name = (Path.parent_path() / ("." + Path.filename().string() + ".XXXXXX")).string();
         const int fd = mkstemp(name.data());
         if (fd < 0) {
-            throw fs::filesystem_error("cannot create a file beside", Target,
-                                       std::error_code(errno, std::generic_category()));
+            RaiseInOutError("Cannot write file", Target, errno);
         }
         close(fd);
         FName = name;
@@ -51,13 +52,15 @@ fs::perms NewFilePermissions() {
 
 void ReplaceFile(const std::string& Target, const std::function<void(const std::string& TempName)>& Write) {
     const fs::path target = fs::absolute(Target);
-    TTempFile temp(target);
+    TTempFile temp(Target, target);
     Write(temp.Name().string());
     std::error_code error;
     const fs::file_status existing = fs::status(target, error);
-    fs::permissions(temp.Name(), fs::exists(existing) ? existing.permissions() : NewFilePermissions());
-    fs::rename(temp.Name(), target);
+    fs::permissions(temp.Name(), fs::exists(existing) ? existing.permissions() : NewFilePermissions(), error);
+    if (std::rename(temp.Name().c_str(), target.c_str()) != 0) {
+        RaiseInOutError("Cannot write file", Target, errno);
+    }
     temp.Release();
 }
 
-} // namespace quorda::browser
+} // namespace quorda
