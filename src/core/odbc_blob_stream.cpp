@@ -123,16 +123,16 @@ bool TODBCBlobStream::ReadFromRowset(bool Text) {
         return false;
     }
     const TFieldValueItem& item = *FDataSet->FFieldValues[index];
-    const auto row = static_cast<std::size_t>(FDataSet->FRowsetIndex);
-    const SQLLEN indicator = item.Indicators[row];
+    const std::byte* row = FDataSet->FEngine->Rows.Row(static_cast<std::size_t>(FDataSet->FRowsetIndex));
+    const SQLLEN indicator = TRowArea::Indicator(row, item.IndicatorOffset);
     if (indicator == SQL_NULL_DATA) {
         return true;
     }
-    const std::size_t capacity = static_cast<std::size_t>(item.Length) - (Text ? 1 : 0);
+    const std::size_t capacity = static_cast<std::size_t>(item.BindLength) - (Text ? 1 : 0);
     if (indicator < 0 || static_cast<std::size_t>(indicator) > capacity) {
         return false;
     }
-    WriteBuffer(item.Data.data() + row * item.RowStride, static_cast<std::int64_t>(indicator));
+    WriteBuffer(row + item.RecordOffset + 1, static_cast<std::int64_t>(indicator));
     return true;
 }
 

@@ -283,13 +283,23 @@ TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool 
 
 void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
     std::memcpy(Buffer + kRecordRowNumberOffset, &FCurrentRow, sizeof FCurrentRow);
+    const TRowArea& area = FEngine->Rows;
     // Row 0 of a single-row binding is its only one.
-    const auto row = static_cast<std::size_t>(BlockMode() ? FRowsetIndex : 0);
-    const bool trimRight = FODBCDatabase != nullptr && FODBCDatabase->StringTrimRight();
-    for (const auto& owned : FFieldValues) {
-        const TFieldValueItem& item = *owned;
-        const std::byte* data = item.Data.data() + row * item.RowStride;
-        const SQLLEN indicator = item.IndicatorCells[row];
+    const std::byte* row = area.Row(static_cast<std::size_t>(BlockMode() ? FRowsetIndex : 0));
+    // The values kept as the driver wrote them come over in one piece; a NULL among them leaves a
+    // cleared slot.
+    std::memcpy(Buffer + kRecordBodyOffset, row + kRecordBodyOffset, area.FixedEnd - kRecordBodyOffset);
+    for (const TRowArea::TFixedColumn& column : area.Fixed) {
+        if (TRowArea::Indicator(row, column.IndicatorOffset) == SQL_NULL_DATA) {
+            std::memset(Buffer + column.RecordOffset, 0, 1 + column.DataSize);
+        }
+    }
+    const bool trimRight =
+        !area.Converted.empty() && FODBCDatabase != nullptr && FODBCDatabase->StringTrimRight();
+    for (const TFieldValueItem* converted : area.Converted) {
+        const TFieldValueItem& item = *converted;
+        const std::byte* data = row + item.RecordOffset + 1;
+        const SQLLEN indicator = TRowArea::Indicator(row, item.IndicatorOffset);
         std::byte* slot = Buffer + item.RecordOffset + 1;
         if (indicator == SQL_NULL_DATA) {
             std::memset(slot - 1, 0, 1 + item.DataSize);
@@ -345,14 +355,7 @@ void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
             break;
         }
         default:
-            // Fixed-width values: the usual widths copy inline.
-            if (item.DataSize == 4) {
-                std::memcpy(slot, data, 4);
-            } else if (item.DataSize == 8) {
-                std::memcpy(slot, data, 8);
-            } else {
-                std::memcpy(slot, data, item.DataSize);
-            }
+            std::memcpy(slot, data, item.DataSize);
             break;
         }
     }

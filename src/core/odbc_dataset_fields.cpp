@@ -100,6 +100,7 @@ void TODBCDataSet::InternalInitFieldDefs() {
     CheckCall(SQLNumResultCols(FEngine->Stmt.Get(), &columnCount), "SQLNumResultCols");
     FieldDefs().Clear();
     FFieldValues.clear();
+    FEngine->Rows = {};
     if (columnCount <= 0) {
         return;
     }
@@ -115,7 +116,7 @@ void TODBCDataSet::InternalInitFieldDefs() {
                   "SQLSetStmtOption(SQL_ROWSET_SIZE)");
     }
     const auto blobCap = static_cast<SQLULEN>(FBlobBufferSize);
-    std::size_t recordOffset = kRecordHeaderSize;
+    std::vector<std::size_t> slotSizes;
     for (SQLUSMALLINT column = 1; column <= static_cast<SQLUSMALLINT>(columnCount); ++column) {
         std::array<SQLCHAR, 33> nameBuffer{};
         SQLSMALLINT nameLength = 0;
@@ -170,41 +171,86 @@ void TODBCDataSet::InternalInitFieldDefs() {
         auto owned = std::make_unique<TFieldValueItem>();
         TFieldValueItem& item = *owned;
         const std::size_t fixedSize = FixedCTypeSize(cType);
-        // A date, time or time stamp is bound as its structure, whatever length the driver reports.
-        auto length = std::max(static_cast<std::size_t>(dataSize) + 1, fixedSize);
-        // Column-wise rowsets place fixed-size values at the size of their C type.
-        SQLLEN bindLength = static_cast<SQLLEN>(length);
-        if (block && fixedSize > 0) {
-            bindLength = static_cast<SQLLEN>(fixedSize);
-        }
         item.CType = cType;
         item.FieldType = dataType;
-        item.RowStride = block && fixedSize > 0 ? fixedSize : length;
-        item.RecordOffset = recordOffset;
         item.DataSize = static_cast<std::size_t>(GetDefDataSize(*def));
-        item.Length = static_cast<SQLLEN>(length);
-        item.Data.assign(length * rows, std::byte{0});
-        SQLLEN* indicator = &item.Length;
-        if (block) {
-            item.Indicators.assign(rows, 0);
-            indicator = item.Indicators.data();
-        }
-        item.IndicatorCells = indicator;
-        recordOffset += 1 + item.DataSize;
+        // A date, time or time stamp is bound as its structure, whatever length the driver reports;
+        // a value of fixed size at the size of its C type.
+        const std::size_t length =
+            fixedSize > 0 ? fixedSize : std::max(static_cast<std::size_t>(dataSize) + 1, fixedSize);
+        item.BindLength = static_cast<SQLLEN>(length);
+        slotSizes.push_back(std::max(length, item.DataSize));
         FFieldValues.push_back(std::move(owned));
-        CheckCall(SQLBindCol(FEngine->Stmt.Get(), column, cType, item.Data.data(), bindLength, indicator),
+    }
+    LayOutRows(slotSizes, rows);
+    TRowArea& area = FEngine->Rows;
+    if (block) {
+        // SQLite ODBC takes the bind type as a statement attribute only.
+        CheckCall(SQLSetStmtAttr(FEngine->Stmt.Get(), SQL_ATTR_ROW_BIND_TYPE,
+                                 reinterpret_cast<SQLPOINTER>(static_cast<std::uintptr_t>(area.RowSize)), 0),
+                  "SQLSetStmtAttr(SQL_ATTR_ROW_BIND_TYPE)");
+    }
+    for (std::size_t i = 0; i < FFieldValues.size(); ++i) {
+        const TFieldValueItem& item = *FFieldValues[i];
+        std::byte* row = area.Bytes.data();
+        CheckCall(SQLBindCol(FEngine->Stmt.Get(), static_cast<SQLUSMALLINT>(i + 1), item.CType,
+                             row + item.RecordOffset + 1, item.BindLength,
+                             reinterpret_cast<SQLLEN*>(row + item.IndicatorOffset)),
                   "SQLBindCol");
     }
 }
 
-std::size_t TODBCDataSet::RecordBufferSize() const {
-    auto size = static_cast<std::size_t>(FieldDefs().Count() + FRecordDataSize + 1);
-    // A slot is never smaller than its native value, even where the driver reported a shorter column.
-    if (!FFieldValues.empty()) {
-        const TFieldValueItem& last = *FFieldValues.back();
-        size = std::max(size, last.RecordOffset + 1 + last.DataSize);
+namespace {
+
+constexpr std::size_t AlignedSize(std::size_t Size) {
+    return (Size + 7) & ~std::size_t{7};
+}
+
+// Whether the record holds a column's value exactly as the driver writes it.
+bool KeptAsWritten(const TFieldValueItem& Item) {
+    return Item.FieldType != ftDate && Item.FieldType != ftTime && Item.FieldType != ftDateTime &&
+           FixedCTypeSize(Item.CType) == Item.DataSize;
+}
+
+} // namespace
+
+void TODBCDataSet::LayOutRows(const std::vector<std::size_t>& SlotSizes, std::size_t RowCount) {
+    TRowArea& area = FEngine->Rows;
+    // Per column: the length/indicator cell, then the null indicator byte just before the slot.
+    std::size_t offset = kRecordBodyOffset;
+    auto place = [&](TFieldValueItem& Item, std::size_t SlotSize) {
+        Item.IndicatorOffset = offset;
+        Item.RecordOffset = offset + 2 * sizeof(SQLLEN) - 1;
+        offset += 2 * sizeof(SQLLEN) + AlignedSize(SlotSize);
+    };
+    for (std::size_t i = 0; i < FFieldValues.size(); ++i) {
+        TFieldValueItem& item = *FFieldValues[i];
+        if (KeptAsWritten(item)) {
+            place(item, SlotSizes[i]);
+            area.Fixed.push_back({item.IndicatorOffset, item.RecordOffset, item.DataSize});
+        }
     }
-    return size;
+    area.FixedEnd = offset;
+    for (std::size_t i = 0; i < FFieldValues.size(); ++i) {
+        TFieldValueItem& item = *FFieldValues[i];
+        if (!KeptAsWritten(item)) {
+            place(item, SlotSizes[i]);
+            area.Converted.push_back(&item);
+        }
+    }
+    area.RowSize = offset;
+    area.Bytes.assign(offset * RowCount, std::byte{0});
+    // The front is copied as it is: its null indicator bytes say "has a value" until a NULL clears them.
+    for (std::size_t row = 0; row < RowCount; ++row) {
+        for (const TRowArea::TFixedColumn& column : area.Fixed) {
+            area.Bytes[row * offset + column.RecordOffset] = static_cast<std::byte>('1');
+        }
+    }
+}
+
+std::size_t TODBCDataSet::RecordBufferSize() const {
+    const auto size = static_cast<std::size_t>(FieldDefs().Count() + FRecordDataSize + 1);
+    return std::max(size, FEngine->Rows.RowSize);
 }
 
 std::byte* TODBCDataSet::FieldSlot(TRecordBuffer Buffer, const TField* Field, std::size_t& DataSize) const {
@@ -232,6 +278,7 @@ void TODBCDataSet::FreeRecordBuffer(TRecordBuffer& Buffer) {
 }
 
 void TODBCDataSet::DestroyFields() {
+    FEngine->Rows = {};
     FFieldValues.clear();
     TDataSet::DestroyFields();
 }

@@ -64,25 +64,16 @@ constexpr bool KeepsBinding(SQLSMALLINT CType) {
     return CType != SQL_C_BINARY;
 }
 
-// One result column bound with SQLBindCol. In single-row mode Data holds one slot of Length bytes
-// and Length doubles as the length/indicator cell after each fetch; in block mode Data holds
-// RowSetSize slots and Indicators one SQLLEN cell per row.
+// One result column bound with SQLBindCol, at its place in the engine's row area (see TRowArea).
 struct TFieldValueItem {
-    std::vector<std::byte> Data;
-    SQLLEN Length = 0;
-    // Carried along when a block-mode row is copied.
-    std::int32_t Value1 = 0;
-    std::int32_t Value2 = 0;
-    std::vector<SQLLEN> Indicators;
-    // The indicator cells bound for the column: &Length in single-row mode, Indicators in block mode.
-    const SQLLEN* IndicatorCells = nullptr;
-
     // Precomputed once at bind time so the per-row copy does not walk the definitions.
     SQLSMALLINT CType = 0;
-    // Bytes between rows of this column in block mode (the bound buffer length for character and
-    // binary data, the size of the C type for fixed-size types).
-    std::size_t RowStride = 0;
-    // Offset of the column's null indicator byte in a record buffer (its data slot follows).
+    // The buffer length the column is bound with.
+    SQLLEN BindLength = 0;
+    // Offset of the SQLLEN length/indicator cell the driver writes, in a row of the row area.
+    std::size_t IndicatorOffset = 0;
+    // Offset of the column's null indicator byte in a record buffer and in a row of the row area (its
+    // data slot follows; the driver writes the column's value there).
     std::size_t RecordOffset = 0;
     // The definition's data size (GetDefDataSize).
     std::size_t DataSize = 0;
@@ -96,6 +87,34 @@ struct TFieldValueItem {
     std::size_t ReadClear = 0;
 };
 
+// The rows the driver fetches into: one row, or a rowset bound row-wise. A row is laid out as a
+// record buffer, so the columns whose values the record holds as the driver writes them (whole
+// numbers and doubles) sit together at the front and reach a record with one copy; every other
+// column (text, dates, binary data) is converted into the record one by one.
+struct TRowArea {
+    std::vector<std::byte> Bytes;
+    // Bytes per row: the row-wise bind type of a rowset.
+    std::size_t RowSize = 0;
+    // The copied front of a row: [kRecordBodyOffset, FixedEnd).
+    std::size_t FixedEnd = 0;
+    // A column of the front: a NULL there clears the record's slot after the copy.
+    struct TFixedColumn {
+        std::size_t IndicatorOffset;
+        std::size_t RecordOffset;
+        std::size_t DataSize;
+    };
+    std::vector<TFixedColumn> Fixed;
+    // The columns converted one by one.
+    std::vector<const TFieldValueItem*> Converted;
+
+    const std::byte* Row(std::size_t Index) const { return Bytes.data() + Index * RowSize; }
+    static SQLLEN Indicator(const std::byte* Row, std::size_t Offset) {
+        SQLLEN value;
+        std::memcpy(&value, Row + Offset, sizeof value);
+        return value;
+    }
+};
+
 // The 8-byte bookmark: the numbering origin in force when it was taken and the row number.
 struct TODBCBookmark {
     std::int32_t Origin;
@@ -103,11 +122,13 @@ struct TODBCBookmark {
 };
 static_assert(sizeof(TODBCBookmark) == 8);
 
-// Layout of an engine record buffer: row number, bookmark flag, then per field definition one null
-// indicator byte ('1' when the column has a value) followed by its data slot.
+// Layout of an engine record buffer: row number, bookmark flag, then per column the driver's SQLLEN
+// length/indicator cell, one null indicator byte ('1' when the column has a value) and the column's
+// data slot, the cell and the slot 8-byte aligned (the row area binds them in place).
 inline constexpr std::size_t kRecordRowNumberOffset = 0;
 inline constexpr std::size_t kRecordFlagOffset = 4;
 inline constexpr std::size_t kRecordHeaderSize = 5;
+inline constexpr std::size_t kRecordBodyOffset = 8;
 // The row number of a row that has not been numbered yet.
 inline constexpr std::int32_t kRowNotNumbered = 4095;
 
@@ -119,6 +140,7 @@ struct TODBCDataSetEngine {
     TODBCStatementHandle Stmt;
     std::vector<SQLUSMALLINT> RowStatus;
     SQLUSMALLINT SingleRowStatus = 0;
+    TRowArea Rows;
     // Held while the statement handle is set or freed, and by Cancel, so that a cancel from another
     // thread never reaches a freed handle.
     std::mutex StmtLock;

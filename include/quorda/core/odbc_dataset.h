@@ -240,6 +240,9 @@ protected:
     int GetSpecialDataSize(TFieldType FieldType, int Size);
     int GetDefDataSize(const TFieldDef& FieldDef) const;
     void SetOrigin();
+    // Places every described column in a row of the engine's row area (slots of SlotSizes bytes) and
+    // makes room for RowCount rows.
+    void LayOutRows(const std::vector<std::size_t>& SlotSizes, std::size_t RowCount);
     // One fetch step in the direction Orientation (SQL_FETCH_NEXT / SQL_FETCH_PRIOR).
     TGetResult FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientation);
     // Copies the row the bindings hold into Buffer, converting to the native formats.

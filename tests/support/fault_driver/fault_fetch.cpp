@@ -132,9 +132,18 @@ SQLRETURN FetchRowset(Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long 
             if (number < 1 || number > stmt.Result.Columns.size() || binding.Data == nullptr) {
                 continue;
             }
-            // Column-wise binding, the only kind the library uses.
-            auto* data = static_cast<char*>(binding.Data) + i * binding.BufferLength;
-            SQLLEN* indicator = binding.Indicator != nullptr ? binding.Indicator + i : nullptr;
+            // Row-wise when a bind type (the row's size) is set, column-wise otherwise.
+            const SQLULEN rowSize = stmt.Option(SQL_BIND_TYPE, SQL_BIND_BY_COLUMN);
+            const auto step =
+                static_cast<size_t>(rowSize != SQL_BIND_BY_COLUMN ? rowSize : binding.BufferLength);
+            auto* data = static_cast<char*>(binding.Data) + static_cast<size_t>(i) * step;
+            SQLLEN* indicator = nullptr;
+            if (binding.Indicator != nullptr) {
+                indicator = rowSize != SQL_BIND_BY_COLUMN
+                                ? reinterpret_cast<SQLLEN*>(reinterpret_cast<char*>(binding.Indicator) +
+                                                            static_cast<size_t>(i) * rowSize)
+                                : binding.Indicator + i;
+            }
             size_t offsetInValue = 0;
             bool done = false;
             Value value = static_cast<size_t>(number - 1) < row.size() ? row[number - 1] : std::nullopt;
