@@ -212,10 +212,8 @@ bool TDataSet::FilterRecord() {
     return accept;
 }
 
-void TDataSet::CheckActive() {
-    if (!Active()) {
-        DatabaseError(SInactiveDataset);
-    }
+void TDataSet::RaiseInactive() {
+    DatabaseError(SInactiveDataset);
 }
 
 void TDataSet::CheckInactive() {
@@ -224,10 +222,8 @@ void TDataSet::CheckInactive() {
     }
 }
 
-void TDataSet::CheckBiDirectional() {
-    if (FIsUniDirectional) {
-        DatabaseError(SUniDirectional);
-    }
+void TDataSet::RaiseUniDirectional() {
+    DatabaseError(SUniDirectional);
 }
 
 void TDataSet::SetFiltered(bool Value) {
@@ -261,14 +257,6 @@ void TDataSet::InternalPost() {
 }
 
 // ---- data events
-
-void TDataSet::DataEvent(TDataEvent Event, std::intptr_t Info) {
-    // Every step of the cursor sends two events; with no data source attached they have nothing to do.
-    if (FDataSources.empty() && Event != deFieldChange && Event != deLayoutChange) {
-        return;
-    }
-    HandleDataEvent(Event, Info);
-}
 
 void TDataSet::HandleDataEvent(TDataEvent Event, std::intptr_t Info) {
     switch (Event) {

@@ -71,6 +71,16 @@ int TDataSet::MoveBy(int Distance) {
         [&] {
             if (Distance > 0) {
                 FBOF = false;
+                if (Distance == 1 && FActiveRecord == FRecordCount - 1 && FRecordCount == FBufferCount) {
+                    // The step of a scan: the next record enters the full ring, the first falls out.
+                    if (GetNextRecord()) {
+                        scrolled = -1;
+                        moved = 1;
+                    } else {
+                        FEOF = true;
+                    }
+                    return;
+                }
                 while (Distance > 0 && !FEOF) {
                     if (FActiveRecord < FRecordCount - 1) {
                         ++FActiveRecord;
@@ -128,24 +138,16 @@ void TDataSet::Refresh() {
     DoAfterRefresh();
 }
 
-void TDataSet::CheckBrowseMode() {
-    CheckActive();
-    DataEvent(deCheckBrowseMode, 0);
-    switch (FState) {
-    case dsEdit:
-    case dsInsert:
-        UpdateRecord();
-        if (FModified) {
-            Post();
-        } else {
-            Cancel();
-        }
-        break;
-    case dsSetKey:
+void TDataSet::EndPendingEdit() {
+    if (FState == dsSetKey) {
         Post();
-        break;
-    default:
-        break;
+        return;
+    }
+    UpdateRecord();
+    if (FModified) {
+        Post();
+    } else {
+        Cancel();
     }
 }
 

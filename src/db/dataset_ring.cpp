@@ -11,11 +11,12 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 #include <utility>
 
 namespace quorda {
 
-void TDataSet::CheckRing() const {
+void TDataSet::CheckRingInvariants() const {
 #ifndef NDEBUG
     if (FBuffers.empty()) {
         assert(FBufferCount == -1);
@@ -108,14 +109,26 @@ void TDataSet::RecalcBufListSize() {
     CheckRing();
 }
 
-// A ring of one record plus the spare (forward-only cursors, datasets without links) shifts on every
-// fetch: two buffers only swap.
-void TDataSet::ShiftBuffersBackward() {
-    if (FBuffers.size() == 2) {
-        std::swap(FBuffers[0], FBuffers[1]);
-        return;
+namespace {
+
+// The first buffer goes to the end, every other one moves down a place. A ring of one record plus
+// the spare (forward-only cursors, datasets without links) does this on every fetch: it only swaps.
+inline void RotateDown(std::vector<TRecordBuffer>& Buffers) {
+    TRecordBuffer* ring = Buffers.data();
+    const std::size_t last = Buffers.size() - 1;
+    TRecordBuffer first = ring[0];
+    if (last == 1) {
+        ring[0] = ring[1];
+    } else {
+        std::memmove(ring, ring + 1, last * sizeof(TRecordBuffer));
     }
-    std::rotate(FBuffers.begin(), FBuffers.begin() + 1, FBuffers.end());
+    ring[last] = first;
+}
+
+} // namespace
+
+void TDataSet::ShiftBuffersBackward() {
+    RotateDown(FBuffers);
 }
 
 void TDataSet::ShiftBuffersForward() {
@@ -144,26 +157,25 @@ bool TDataSet::GetNextRecord() {
     if (FRecordCount > 0) {
         SetCurrentRecord(FRecordCount - 1);
     }
-    bool ok = GetRecord(FBuffers[static_cast<std::size_t>(FBufferCount)], gmNext, true) == grOK;
-    if (ok) {
-        if (FRecordCount == 0) {
-            ActivateBuffers();
-        }
-        if (FRecordCount == FBufferCount) {
-            // The new record takes the last place; the first one falls out.
-            ShiftBuffersBackward();
-            FCurrentRecord = FRecordCount - 1;
-        } else {
-            ++FRecordCount;
-            FCurrentRecord = FRecordCount - 1;
-            std::swap(FBuffers[static_cast<std::size_t>(FCurrentRecord)],
-                      FBuffers[static_cast<std::size_t>(FBufferCount)]);
-        }
-    } else {
+    if (GetRecord(FBuffers[static_cast<std::size_t>(FBufferCount)], gmNext, true) != grOK) {
         CursorPosChanged();
+        CheckRing();
+        return false;
     }
+    if (FRecordCount == 0) {
+        ActivateBuffers();
+    }
+    if (FRecordCount == FBufferCount) {
+        // The new record takes the last place; the first one falls out.
+        RotateDown(FBuffers);
+    } else {
+        ++FRecordCount;
+        std::swap(FBuffers[static_cast<std::size_t>(FRecordCount - 1)],
+                  FBuffers[static_cast<std::size_t>(FBufferCount)]);
+    }
+    FCurrentRecord = FRecordCount - 1;
     CheckRing();
-    return ok;
+    return true;
 }
 
 int TDataSet::GetNextRecords() {
@@ -205,10 +217,7 @@ int TDataSet::GetPriorRecords() {
     return result;
 }
 
-void TDataSet::SetCurrentRecord(int Index) {
-    if (FCurrentRecord == Index) {
-        return;
-    }
+void TDataSet::PositionCursorOn(int Index) {
     if (!FIsUniDirectional) {
         TRecordBuffer buffer = FBuffers[static_cast<std::size_t>(Index)];
         switch (GetBookmarkFlag(buffer)) {

@@ -109,8 +109,15 @@ public:
     // Refills the ring around the cursor's current record: rmExact raises when that record is gone,
     // rmCenter centres it in the ring instead of keeping its position.
     virtual void Resync(const TResyncMode& Mode);
-    // Posts or cancels a pending edit (post when modified).
-    void CheckBrowseMode();
+    // Posts or cancels a pending edit (post when modified). Runs before every move, so the browsing
+    // case stays inline.
+    void CheckBrowseMode() {
+        CheckActive();
+        DataEvent(deCheckBrowseMode, 0);
+        if (FState == dsEdit || FState == dsInsert || FState == dsSetKey) {
+            EndPendingEdit();
+        }
+    }
     // Forgets which buffer the cursor stands on, so the next fetch repositions it.
     void CursorPosChanged() { FCurrentRecord = -1; }
     // Brings the cursor onto the active record.
@@ -172,8 +179,13 @@ public:
     virtual Variant GetStateFieldValue(TDataSetState AState, TField* Field);
     virtual bool IsSequenced() { return true; }
     // The single broadcast point of data events: updates the dataset's own bookkeeping and passes
-    // the event to every attached data source unless controls are disabled.
-    virtual void DataEvent(TDataEvent Event, std::intptr_t Info);
+    // the event to every attached data source unless controls are disabled. Every step of the cursor
+    // sends two events; with no data source attached only a field or layout change has work to do.
+    virtual void DataEvent(TDataEvent Event, std::intptr_t Info) {
+        if (!FDataSources.empty() || Event == deFieldChange || Event == deLayoutChange) {
+            HandleDataEvent(Event, Info);
+        }
+    }
 
     // --- events
     TDataSetNotifyEvent BeforeOpen;
@@ -233,9 +245,17 @@ protected:
     void SetUniDirectional(bool Value) { FIsUniDirectional = Value; }
     void SetDefaultFields(bool Value) { FDefaultFields = Value; }
 
-    virtual void CheckActive();
+    virtual void CheckActive() {
+        if (!Active()) {
+            RaiseInactive();
+        }
+    }
     virtual void CheckInactive();
-    void CheckBiDirectional();
+    void CheckBiDirectional() const {
+        if (FIsUniDirectional) {
+            RaiseUniDirectional();
+        }
+    }
 
     // Links the fields to the field definitions (Binding true) or unlinks them; lays out the
     // calculated-field area. A data field without a definition raises "Field not found".
@@ -261,8 +281,12 @@ protected:
     virtual int GetPriorRecords();
     virtual bool GetPriorRecord();
     // Brings the cursor onto the record of buffer Index (InternalSetToRecord, or InternalFirst /
-    // InternalLast for a crack buffer).
-    virtual void SetCurrentRecord(int Index);
+    // InternalLast for a crack buffer). Every fetch asks; mostly the cursor stands there already.
+    virtual void SetCurrentRecord(int Index) {
+        if (FCurrentRecord != Index) {
+            PositionCursorOn(Index);
+        }
+    }
     bool BookmarkAvailable();
     virtual TBookmarkStr GetBookmarkStr();
     virtual void SetBookmarkStr(const TBookmarkStr& Value);
@@ -344,6 +368,12 @@ private:
 
     // DataEvent's work once it has something to do (see there).
     void HandleDataEvent(TDataEvent Event, std::intptr_t Info);
+    // SetCurrentRecord's work when the cursor stands elsewhere.
+    void PositionCursorOn(int Index);
+    // CheckBrowseMode's work in the editing states.
+    void EndPendingEdit();
+    [[noreturn]] static void RaiseInactive();
+    [[noreturn]] static void RaiseUniDirectional();
     void Fire(const TDataSetNotifyEvent& Event) {
         if (Event) {
             Event(this);
@@ -364,7 +394,12 @@ private:
     bool LocateRecord(const std::vector<TField*>& KeyFields, const Variant& KeyValues, bool CaseInsensitive,
                       bool PartialKey);
     // Debug builds check the ring's three integers after every ring operation.
-    void CheckRing() const;
+    void CheckRing() const {
+#ifndef NDEBUG
+        CheckRingInvariants();
+#endif
+    }
+    void CheckRingInvariants() const;
 
     std::unique_ptr<TFieldDefs> FFieldDefs;
     std::unique_ptr<TFields> FFields;
