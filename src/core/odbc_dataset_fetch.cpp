@@ -165,14 +165,11 @@ void TODBCDataSet::RaiseForwardOnly() {
 
 SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
     CheckScrollable();
+    // Rowsets are forward-only: a scrollable cursor fetches one row, with one status cell.
     SQLULEN fetched = 0;
-    // A rowset cursor writes one status cell per row of the rowset.
-    SQLUSMALLINT* status = &FEngine->SingleRowStatus;
-    if (BlockMode() && FEngine->RowStatus.size() >= static_cast<std::size_t>(FRowSetSize)) {
-        status = FEngine->RowStatus.data();
-    }
-    return CheckCall(SQLExtendedFetch(FEngine->Stmt.Get(), Orientation, Offset, &fetched, status),
-                     "SQLExtendedFetch");
+    return CheckCall(
+        SQLExtendedFetch(FEngine->Stmt.Get(), Orientation, Offset, &fetched, &FEngine->SingleRowStatus),
+        "SQLExtendedFetch");
 }
 
 void TODBCDataSet::InternalFirst() {
@@ -194,7 +191,9 @@ void TODBCDataSet::InternalLast() {
     ResetNumbering(-1, 1);
 }
 
-TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientation) {
+// FetchStep and CopyRowToBuffer run for every row fetched: inline in GetRecord, their only caller.
+[[gnu::always_inline]] inline TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer,
+                                                                 SQLUSMALLINT Orientation) {
     // A forward-only cursor that reported its end stays there, whichever way the step goes: no row can
     // follow, and after a rowset fetch's SQL_NO_DATA the driver manager refuses another fetch (S1010).
     // The answer is the one a fetch gave before: the end going forward, the start going back.
@@ -281,7 +280,7 @@ TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool 
 
 // ---- the row into the record buffer
 
-void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
+[[gnu::always_inline]] inline void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
     std::memcpy(Buffer + kRecordRowNumberOffset, &FCurrentRow, sizeof FCurrentRow);
     const TRowArea& area = FEngine->Rows;
     // Row 0 of a single-row binding is its only one.

@@ -19,11 +19,6 @@ bool TraceRequestedByEnvironment() {
     return value != nullptr && std::strcmp(value, "1") == 0;
 }
 
-std::atomic<bool>& TraceFlag() {
-    static std::atomic<bool> enabled{TraceRequestedByEnvironment()};
-    return enabled;
-}
-
 std::mutex traceLock;
 TODBCTraceSink traceSink;
 
@@ -89,12 +84,23 @@ SQLRETURN TraceODBC(SQLRETURN ret, std::string_view call) noexcept {
     return ret;
 }
 
-bool ODBCTraceEnabled() {
-    return TraceFlag().load(std::memory_order_relaxed);
+namespace detail {
+
+std::atomic<signed char> ODBCTraceState{-1};
+
+bool ReadODBCTraceState() {
+    // Two threads may read the environment at once; both store the same answer, unless the flag was
+    // switched meanwhile, which then wins.
+    signed char unread = -1;
+    const signed char requested = TraceRequestedByEnvironment() ? 1 : 0;
+    ODBCTraceState.compare_exchange_strong(unread, requested, std::memory_order_relaxed);
+    return ODBCTraceState.load(std::memory_order_relaxed) != 0;
 }
 
+} // namespace detail
+
 void SetODBCTraceEnabled(bool enabled) {
-    TraceFlag().store(enabled, std::memory_order_relaxed);
+    detail::ODBCTraceState.store(enabled ? 1 : 0, std::memory_order_relaxed);
 }
 
 TODBCTraceSink SetODBCTraceSink(TODBCTraceSink sink) {

@@ -3,6 +3,7 @@
 #include "quorda/export.h"
 #include "quorda/odbc/odbc_types.h"
 
+#include <atomic>
 #include <functional>
 #include <string_view>
 
@@ -21,8 +22,19 @@ QUORDA_API SQLRETURN TraceODBC(SQLRETURN ret, std::string_view call) noexcept;
 
 // The call trace goes to stderr, one line per call, when the environment variable QUORDA_ODBC_TRACE
 // is "1" at the first traced call. Tests and tools may switch it and redirect the lines.
-QUORDA_API bool ODBCTraceEnabled();
 QUORDA_API void SetODBCTraceEnabled(bool enabled);
+
+namespace detail {
+// -1 until the environment was read, then 0 or 1. Constant-initialised, so a check during another
+// library's start-up is safe; read by every checked call, so the check stays inline.
+QUORDA_API extern std::atomic<signed char> ODBCTraceState;
+QUORDA_API bool ReadODBCTraceState();
+} // namespace detail
+
+inline bool ODBCTraceEnabled() {
+    const signed char state = detail::ODBCTraceState.load(std::memory_order_relaxed);
+    return state < 0 ? detail::ReadODBCTraceState() : state != 0;
+}
 using TODBCTraceSink = std::function<void(std::string_view line)>;
 // Replaces where trace lines go (empty: stderr); returns the previous sink.
 QUORDA_API TODBCTraceSink SetODBCTraceSink(TODBCTraceSink sink);
