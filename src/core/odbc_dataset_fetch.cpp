@@ -163,13 +163,18 @@ void TODBCDataSet::RaiseForwardOnly() {
     DatabaseError(SUniDirectional);
 }
 
-SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
-    CheckScrollable();
+// Inline in FetchStep, which makes this step for every row of a scrollable cursor.
+[[gnu::always_inline]] inline SQLRETURN TODBCDataSet::ScrollFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
     // Rowsets are forward-only: a scrollable cursor fetches one row, with one status cell.
     SQLULEN fetched = 0;
     return CheckCall(
         SQLExtendedFetch(FEngine->Stmt.Get(), Orientation, Offset, &fetched, &FEngine->SingleRowStatus),
         "SQLExtendedFetch");
+}
+
+SQLRETURN TODBCDataSet::ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset) {
+    CheckScrollable();
+    return ScrollFetch(Orientation, Offset);
 }
 
 void TODBCDataSet::InternalFirst() {
@@ -218,7 +223,7 @@ void TODBCDataSet::InternalLast() {
             FRowsetIndex = 0;
         }
     } else if (!FForwardOnlyCursor) {
-        ret = ExtendedFetch(Orientation, 0);
+        ret = ScrollFetch(Orientation, 0);
     } else {
         // Forward-only: a step back moves forward as well.
         ret = CheckCall(SQLFetch(FEngine->Stmt.Get()), "SQLFetch");
@@ -288,15 +293,13 @@ TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool 
     // The values kept as the driver wrote them come over in one piece; a NULL among them leaves a
     // cleared slot.
     std::memcpy(Buffer + kRecordBodyOffset, row + kRecordBodyOffset, area.FixedEnd - kRecordBodyOffset);
-    for (const TRowArea::TFixedColumn& column : area.Fixed) {
-        if (TRowArea::Indicator(row, column.IndicatorOffset) == SQL_NULL_DATA) {
-            std::memset(Buffer + column.RecordOffset, 0, 1 + column.DataSize);
+    const std::byte* cells = row + kRecordBodyOffset;
+    for (std::size_t i = 0; i < area.Fixed.size(); ++i) {
+        if (TRowArea::Indicator(cells, i * sizeof(SQLLEN)) == SQL_NULL_DATA) {
+            std::memset(Buffer + area.Fixed[i].RecordOffset, 0, 1 + area.Fixed[i].DataSize);
         }
     }
-    const bool trimRight =
-        !area.Converted.empty() && FODBCDatabase != nullptr && FODBCDatabase->StringTrimRight();
-    for (const TFieldValueItem* converted : area.Converted) {
-        const TFieldValueItem& item = *converted;
+    for (const TRowArea::TConvertedColumn& item : area.Converted) {
         const std::byte* data = row + item.RecordOffset + 1;
         const SQLLEN indicator = TRowArea::Indicator(row, item.IndicatorOffset);
         std::byte* slot = Buffer + item.RecordOffset + 1;
@@ -316,7 +319,9 @@ TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool 
             } else {
                 length = Utf8CompleteLength(text, strnlen(text, capacity));
             }
-            if (trimRight) {
+            // Only a value ending in a blank asks whether blanks are trimmed.
+            if (length > 0 && static_cast<unsigned char>(text[length - 1]) <= ' ' &&
+                FODBCDatabase != nullptr && FODBCDatabase->StringTrimRight()) {
                 while (length > 0 && static_cast<unsigned char>(text[length - 1]) <= ' ') {
                     --length;
                 }

@@ -216,26 +216,34 @@ bool KeptAsWritten(const TFieldValueItem& Item) {
 
 void TODBCDataSet::LayOutRows(const std::vector<std::size_t>& SlotSizes, std::size_t RowCount) {
     TRowArea& area = FEngine->Rows;
-    // Per column: the length/indicator cell, then the null indicator byte just before the slot.
-    std::size_t offset = kRecordBodyOffset;
-    auto place = [&](TFieldValueItem& Item, std::size_t SlotSize) {
-        Item.IndicatorOffset = offset;
-        Item.RecordOffset = offset + 2 * sizeof(SQLLEN) - 1;
-        offset += 2 * sizeof(SQLLEN) + AlignedSize(SlotSize);
-    };
+    std::size_t fixedCount = 0;
+    for (const auto& item : FFieldValues) {
+        fixedCount += KeptAsWritten(*item) ? 1 : 0;
+    }
+    // The front: the length/indicator cells of its columns side by side, then each column's null
+    // indicator byte just before its slot.
+    std::size_t offset = kRecordBodyOffset + fixedCount * sizeof(SQLLEN);
+    std::size_t cell = kRecordBodyOffset;
     for (std::size_t i = 0; i < FFieldValues.size(); ++i) {
         TFieldValueItem& item = *FFieldValues[i];
         if (KeptAsWritten(item)) {
-            place(item, SlotSizes[i]);
-            area.Fixed.push_back({item.IndicatorOffset, item.RecordOffset, item.DataSize});
+            item.IndicatorOffset = cell;
+            item.RecordOffset = offset + sizeof(SQLLEN) - 1;
+            cell += sizeof(SQLLEN);
+            offset += sizeof(SQLLEN) + AlignedSize(SlotSizes[i]);
+            area.Fixed.push_back({item.RecordOffset, item.DataSize});
         }
     }
     area.FixedEnd = offset;
+    // Every other column: its cell, then its null indicator byte and slot.
     for (std::size_t i = 0; i < FFieldValues.size(); ++i) {
         TFieldValueItem& item = *FFieldValues[i];
         if (!KeptAsWritten(item)) {
-            place(item, SlotSizes[i]);
-            area.Converted.push_back(&item);
+            item.IndicatorOffset = offset;
+            item.RecordOffset = offset + 2 * sizeof(SQLLEN) - 1;
+            offset += 2 * sizeof(SQLLEN) + AlignedSize(SlotSizes[i]);
+            area.Converted.push_back(
+                {item.IndicatorOffset, item.RecordOffset, item.DataSize, item.FieldType});
         }
     }
     area.RowSize = offset;

@@ -97,15 +97,21 @@ struct TRowArea {
     std::size_t RowSize = 0;
     // The copied front of a row: [kRecordBodyOffset, FixedEnd).
     std::size_t FixedEnd = 0;
-    // A column of the front: a NULL there clears the record's slot after the copy.
+    // The columns of the front, in the order of their length/indicator cells, which lie side by side
+    // from kRecordBodyOffset on: a NULL clears the record's slot after the copy.
     struct TFixedColumn {
-        std::size_t IndicatorOffset;
         std::size_t RecordOffset;
         std::size_t DataSize;
     };
     std::vector<TFixedColumn> Fixed;
-    // The columns converted one by one.
-    std::vector<const TFieldValueItem*> Converted;
+    // The columns converted one by one (offsets and sizes as in TFieldValueItem).
+    struct TConvertedColumn {
+        std::size_t IndicatorOffset;
+        std::size_t RecordOffset;
+        std::size_t DataSize;
+        TFieldType FieldType;
+    };
+    std::vector<TConvertedColumn> Converted;
 
     const std::byte* Row(std::size_t Index) const { return Bytes.data() + Index * RowSize; }
     static SQLLEN Indicator(const std::byte* Row, std::size_t Offset) {

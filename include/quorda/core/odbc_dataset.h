@@ -258,6 +258,8 @@ protected:
     // A forward-only cursor is refused without a call: after SQLFetch the driver manager answers any
     // SQLExtendedFetch with a sequence error.
     SQLRETURN ExtendedFetch(SQLUSMALLINT Orientation, SQLLEN Offset);
+    // ExtendedFetch on a cursor known to be scrollable.
+    SQLRETURN ScrollFetch(SQLUSMALLINT Orientation, SQLLEN Offset);
     // Raises SUniDirectional when the statement's cursor is forward-only (asked on every scrollable
     // fetch: the test is inline, the raise is not).
     void CheckScrollable() const {
