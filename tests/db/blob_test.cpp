@@ -9,88 +9,80 @@ using namespace quorda::dbtest;
 
 namespace {
 
-class BlobTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        DataSet.FieldDefs().Add("ID", ftInteger);
-        DataSet.FieldDefs().Add("NOTE", ftMemo);
-        DataSet.FieldDefs().Add("DATA", ftBlob);
-        DataSet.CreateDataSet();
-        DataSet.AppendRecord({1, "first note"});
-        DataSet.AppendRecord({2});
-        DataSet.First();
-    }
+// Values are per row, Post keeps them and Cancel discards them; streams copy binary data with its
+// zeros and signal the change when done; writes need an edit, a writable field and a live cursor.
+TEST(Blob, ValuesLiveInTheirRowAndStreamsWriteOnlyWhileEditing) {
+    TMemDataSet dataSet(nullptr);
+    dataSet.FieldDefs().Add("ID", ftInteger);
+    dataSet.FieldDefs().Add("NOTE", ftMemo);
+    dataSet.FieldDefs().Add("DATA", ftBlob);
+    dataSet.CreateDataSet();
+    dataSet.AppendRecord({1, "first note"});
+    dataSet.AppendRecord({2});
+    dataSet.First();
+    const auto note = [&] { return static_cast<TBlobField*>(dataSet.FieldByName("NOTE")); };
+    const auto data = [&] { return static_cast<TBlobField*>(dataSet.FieldByName("DATA")); };
+    EXPECT_EQ(note()->BlobSize(), 10);
+    EXPECT_TRUE(data()->IsNull());
+    EXPECT_EQ(note()->DisplayText(), "(MEMO)");
+    EXPECT_EQ(data()->DisplayText(), "(blob)");
+    EXPECT_EQ(MessageOf([&] { dataSet.CreateBlobStream(note(), bmWrite); }), SNotEditing);
+    EXPECT_THROW(note()->SetAsString("x"), EDatabaseError);
+    dataSet.Edit();
+    note()->SetAsString("changed");
+    EXPECT_TRUE(note()->Modified());
+    EXPECT_EQ(note()->AsString(), "changed");
+    EXPECT_EQ(note()->OldValue().AsString(), "first note");
+    dataSet.Cancel();
+    EXPECT_EQ(note()->AsString(), "first note");
+    dataSet.Edit();
+    note()->SetAsString("second");
+    note()->SetAsString("third");
+    dataSet.Post();
+    dataSet.Next();
+    EXPECT_TRUE(VarIsNull(note()->Value()));
+    dataSet.Prior();
+    EXPECT_EQ(note()->AsString(), "third");
 
-    TBlobField* Note() { return static_cast<TBlobField*>(DataSet.FieldByName("NOTE")); }
-    TBlobField* Data() { return static_cast<TBlobField*>(DataSet.FieldByName("DATA")); }
-
-    TMemDataSet DataSet{nullptr};
-};
-
-TEST_F(BlobTest, ValuesArePerRowPostKeepsThemAndCancelDiscardsThem) {
-    EXPECT_EQ(Note()->BlobSize(), 10);
-    EXPECT_TRUE(Data()->IsNull());
-    EXPECT_EQ(Note()->DisplayText(), "(MEMO)");
-    EXPECT_EQ(Data()->DisplayText(), "(blob)");
-    DataSet.Edit();
-    Note()->SetAsString("changed");
-    EXPECT_TRUE(Note()->Modified());
-    EXPECT_EQ(Note()->AsString(), "changed");
-    EXPECT_EQ(Note()->OldValue().AsString(), "first note");
-    DataSet.Cancel();
-    EXPECT_EQ(Note()->AsString(), "first note");
-    DataSet.Edit();
-    Note()->SetAsString("second");
-    Note()->SetAsString("third");
-    DataSet.Post();
-    DataSet.Next();
-    EXPECT_TRUE(VarIsNull(Note()->Value()));
-    DataSet.Prior();
-    EXPECT_EQ(Note()->AsString(), "third");
-    DataSet.Edit();
-    Note()->Clear();
-    DataSet.Post();
-    EXPECT_TRUE(Note()->IsNull());
-}
-
-TEST_F(BlobTest, StreamsCopyBinaryDataWithZerosAndSignalTheChangeWhenDone) {
     const std::string bytes("\0\x01\xff\0tail", 8);
     std::vector<std::string> changes;
-    Data()->OnChange = [&](TField* Field) { changes.push_back(Field->FieldName()); };
-    DataSet.Edit();
+    data()->OnChange = [&](TField* Field) { changes.push_back(Field->FieldName()); };
+    dataSet.Edit();
     {
-        auto stream = DataSet.CreateBlobStream(Data(), bmWrite);
+        auto stream = dataSet.CreateBlobStream(data(), bmWrite);
         stream->WriteBuffer(bytes.data(), 8);
         EXPECT_TRUE(changes.empty());
     }
     EXPECT_EQ(changes, (std::vector<std::string>{"DATA"}));
-    EXPECT_TRUE(DataSet.Modified());
+    EXPECT_TRUE(dataSet.Modified());
     {
-        auto stream = DataSet.CreateBlobStream(Data(), bmReadWrite);
+        auto stream = dataSet.CreateBlobStream(data(), bmReadWrite);
         stream->Seek(0, soEnd);
         stream->WriteBuffer("!", 1);
     }
-    DataSet.Post();
+    dataSet.Post();
     TMemoryStream target;
-    Data()->SaveToStream(target);
+    data()->SaveToStream(target);
     EXPECT_EQ(target.DataString(), bytes + "!");
-    EXPECT_EQ(Data()->AsString(), bytes + "!");
-}
+    EXPECT_EQ(data()->AsString(), bytes + "!");
 
-TEST_F(BlobTest, WritesNeedAnEditAWritableFieldAndALiveCursor) {
-    EXPECT_EQ(MessageOf([&] { DataSet.CreateBlobStream(Note(), bmWrite); }), SNotEditing);
-    EXPECT_THROW(Note()->SetAsString("x"), EDatabaseError);
-    DataSet.Edit();
     // A stream outliving the dataset's cursor writes nothing.
-    auto stream = DataSet.CreateBlobStream(Note(), bmWrite);
+    dataSet.Edit();
+    auto stream = dataSet.CreateBlobStream(note(), bmWrite);
     stream->WriteBuffer("late", 4);
-    DataSet.Close();
+    dataSet.Close();
     stream.reset();
-    DataSet.Open();
-    Note()->SetReadOnly(true);
-    DataSet.Edit();
-    EXPECT_THROW(Note()->SetAsString("x"), EDatabaseError);
-    EXPECT_EQ(Note()->AsString(), "first note");
+    dataSet.Open();
+    note()->SetReadOnly(true);
+    dataSet.Edit();
+    EXPECT_THROW(note()->SetAsString("x"), EDatabaseError);
+    EXPECT_EQ(note()->AsString(), "third");
+    dataSet.Cancel();
+    note()->SetReadOnly(false);
+    dataSet.Edit();
+    note()->Clear();
+    dataSet.Post();
+    EXPECT_TRUE(note()->IsNull());
 }
 
 } // namespace

@@ -39,7 +39,7 @@ protected:
     TRecordingLink Link{Log, "link", 3, &Source};
 };
 
-TEST_F(EditingTest, EditPostInsertAndCancelRunTheirEventsInOrder) {
+TEST_F(EditingTest, EditPostInsertAndCancelRunTheirEventsInOrderAndPlaceRecords) {
     DataSet.Next();
     Log.clear();
     DataSet.Edit();
@@ -68,10 +68,8 @@ TEST_F(EditingTest, EditPostInsertAndCancelRunTheirEventsInOrder) {
                           "link:DataSetChanged", "AfterCancel", "AfterScroll"}));
     EXPECT_EQ(CurrentId(DataSet), 4);
     EXPECT_EQ(DataSet.RecordCount(), 5);
-}
-
-TEST_F(EditingTest, InsertGoesBeforeTheActiveRecordAppendAfterTheLast) {
-    DataSet.MoveBy(2);
+    // Insert goes before the active record, Append after the last.
+    DataSet.Prior();
     DataSet.Insert();
     EXPECT_EQ(DataSet.State(), dsInsert);
     EXPECT_TRUE(DataSet.FieldByName("ID")->IsNull());
@@ -97,7 +95,9 @@ TEST_F(EditingTest, InsertGoesBeforeTheActiveRecordAppendAfterTheLast) {
     EXPECT_EQ(Ids(), (std::vector<int>{7, 1, 2, 30, 3, 4, 5, 60}));
 }
 
-TEST_F(EditingTest, CancelAndCloseDiscardAnEditMovingAwayPostsIt) {
+// Cancel and Close discard an edit, moving away posts it; rule violations raise the framework's
+// messages; Delete shows the next record or the previous one at the end.
+TEST_F(EditingTest, CancelCloseRulesAndDelete) {
     DataSet.Edit();
     TField* name = DataSet.FieldByName("NAME");
     name->SetAsString("temporary");
@@ -123,30 +123,6 @@ TEST_F(EditingTest, CancelAndCloseDiscardAnEditMovingAwayPostsIt) {
     DataSet.Next();
     EXPECT_EQ(DataSet.RecordCount(), 5);
     EXPECT_EQ(DataSet.State(), dsBrowse);
-}
-
-TEST_F(EditingTest, DeleteShowsTheNextRecordOrThePreviousAtTheEnd) {
-    DataSet.MoveBy(1);
-    Log.clear();
-    DataSet.Delete();
-    EXPECT_EQ(Log, (Names{"link:CheckBrowseMode", "BeforeDelete", "BeforeScroll", "link:DataSetChanged",
-                          "AfterDelete", "AfterScroll"}));
-    EXPECT_EQ(CurrentId(DataSet), 3);
-    DataSet.Last();
-    DataSet.Delete();
-    EXPECT_EQ(CurrentId(DataSet), 4);
-    EXPECT_EQ(Ids(), (std::vector<int>{1, 3, 4}));
-    while (!DataSet.IsEmpty()) {
-        DataSet.Delete();
-    }
-    EXPECT_EQ(Position(DataSet), "bof eof");
-    EXPECT_EQ(MessageOf([&] { DataSet.Delete(); }), SDatasetEmpty);
-    // Edit on an empty dataset appends.
-    DataSet.Edit();
-    EXPECT_EQ(DataSet.State(), dsInsert);
-}
-
-TEST_F(EditingTest, RuleViolationsRaiseTheFrameworkMessages) {
     EXPECT_EQ(MessageOf([&] { DataSet.Post(); }), "Dataset not in edit or insert mode");
     EXPECT_THROW(DataSet.FieldByName("NAME")->SetAsString("x"), EDatabaseError);
     EXPECT_EQ(MessageOf([&] { DataSet.FieldByName("MISSING"); }), "Field not found: \"MISSING\"");
@@ -173,6 +149,28 @@ TEST_F(EditingTest, RuleViolationsRaiseTheFrameworkMessages) {
     EXPECT_THROW(DataSet.Edit(), EDatabaseError);
     EXPECT_THROW(DataSet.Append(), EDatabaseError);
     EXPECT_EQ(DataSet.State(), dsBrowse);
+    DataSet.SetReadOnly(false);
+    DataSet.OnNewRecord = nullptr;
+    // Delete shows the next record, or the previous one at the end.
+    DataSet.First();
+    DataSet.MoveBy(1);
+    Log.clear();
+    DataSet.Delete();
+    EXPECT_EQ(Log, (Names{"link:CheckBrowseMode", "BeforeDelete", "BeforeScroll", "link:DataSetChanged",
+                          "AfterDelete", "AfterScroll"}));
+    EXPECT_EQ(CurrentId(DataSet), 3);
+    DataSet.Last();
+    DataSet.Delete();
+    EXPECT_EQ(CurrentId(DataSet), 4);
+    EXPECT_EQ(Ids(), (std::vector<int>{1, 3, 4}));
+    while (!DataSet.IsEmpty()) {
+        DataSet.Delete();
+    }
+    EXPECT_EQ(Position(DataSet), "bof eof");
+    EXPECT_EQ(MessageOf([&] { DataSet.Delete(); }), SDatasetEmpty);
+    // Edit on an empty dataset appends.
+    DataSet.Edit();
+    EXPECT_EQ(DataSet.State(), dsInsert);
 }
 
 } // namespace

@@ -11,7 +11,9 @@ using namespace quorda::dbtest;
 
 namespace {
 
-TEST(Navigation, ScrollEventsAnnounceOnlyMovesThatCanHappen) {
+// Scroll events announce only moves that can happen; closed datasets refuse to move, open ones
+// refuse structure changes, and loading defers opening.
+TEST(Navigation, ScrollEventsClosedAndLoadingDatasets) {
     TMemDataSet dataSet(nullptr);
     Names log;
     LogDataSetEvents(dataSet, log);
@@ -32,21 +34,15 @@ TEST(Navigation, ScrollEventsAnnounceOnlyMovesThatCanHappen) {
     log.clear();
     dataSet.Next();
     EXPECT_EQ(log, (Names{"BeforeScroll"}));
-}
-
-TEST(Navigation, ClosedDatasetsRefuseToMoveOpenOnesRefuseStructureChangesAndLoadingDefersOpening) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 2);
     dataSet.Close();
     EXPECT_EQ(MessageOf([&] { dataSet.Next(); }), SInactiveDataset);
     EXPECT_EQ(MessageOf([&] { dataSet.First(); }), SInactiveDataset);
     dataSet.Open();
     // Rows survive closing; fields cannot be attached to an open dataset.
-    EXPECT_EQ(dataSet.RecordCount(), 2);
+    EXPECT_EQ(dataSet.RecordCount(), 1);
     TIntegerField extra(nullptr);
     extra.SetFieldName("EXTRA");
     EXPECT_THROW(extra.SetDataSet(&dataSet), EDatabaseError);
-    // Opening while loading waits for the end of loading.
     dataSet.Close();
     dataSet.BeginLoading();
     dataSet.Open();
@@ -68,18 +64,22 @@ TEST(Navigation, ClosedDatasetsRefuseToMoveOpenOnesRefuseStructureChangesAndLoad
     EXPECT_EQ(reported, (Names{"Unknown field type : BAD"}));
 }
 
-TEST(Bookmarks, SurviveChangesToOtherRowsAndDieWithTheirOwn) {
+// Bookmarks survive changes to other rows and die with their own; comparing follows the row order,
+// not the order of creation; the string form round trips.
+TEST(Bookmarks, SurviveOtherRowsCompareInRowOrderAndRoundTripAsText) {
     TMemDataSet dataSet(nullptr);
     FillNumbers(dataSet, 10);
+    const TBookmark first = dataSet.GetBookmark();
     dataSet.MoveBy(6);
-    TBookmark seventh = dataSet.GetBookmark();
+    const TBookmark seventh = dataSet.GetBookmark();
     ASSERT_FALSE(seventh.IsNil());
     EXPECT_EQ(seventh.Size(), static_cast<std::size_t>(dataSet.BookmarkSize()));
     dataSet.Prior();
-    TBookmark sixth = dataSet.GetBookmark();
+    const TBookmark sixth = dataSet.GetBookmark();
     dataSet.Delete();
     dataSet.First();
     dataSet.InsertRecord({100});
+    const TBookmark inserted = dataSet.GetBookmark();
     dataSet.Last();
     dataSet.Delete();
     dataSet.GotoBookmark(seventh);
@@ -87,36 +87,22 @@ TEST(Bookmarks, SurviveChangesToOtherRowsAndDieWithTheirOwn) {
     EXPECT_EQ(dataSet.RecNo(), 7);
     EXPECT_TRUE(dataSet.BookmarkValid(seventh));
     EXPECT_FALSE(dataSet.BookmarkValid(sixth));
+    EXPECT_LT(dataSet.CompareBookmarks(inserted, first), 0);
+    EXPECT_GT(dataSet.CompareBookmarks(seventh, inserted), 0);
+    EXPECT_EQ(dataSet.CompareBookmarks(first, first), 0);
+    EXPECT_EQ(dataSet.CompareBookmarks(TBookmark(), TBookmark()), 0);
+    EXPECT_GT(dataSet.CompareBookmarks(TBookmark(), first), 0);
+    EXPECT_LT(dataSet.CompareBookmarks(first, TBookmark()), 0);
+    const TBookmarkStr asText = dataSet.Bookmark();
     dataSet.Last();
     EXPECT_EQ(MessageOf([&] { dataSet.GotoBookmark(sixth); }), SInvalidBookmark);
     EXPECT_EQ(CurrentId(dataSet), 9);
     // A nil bookmark goes nowhere.
     dataSet.GotoBookmark(TBookmark());
     EXPECT_EQ(CurrentId(dataSet), 9);
-}
-
-// Comparing follows the row order, not the order of creation; the string form round trips.
-TEST(Bookmarks, CompareFollowRowOrderAndStringsRoundTrip) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 4);
-    TBookmark first = dataSet.GetBookmark();
-    dataSet.Last();
-    TBookmark last = dataSet.GetBookmark();
-    dataSet.First();
-    dataSet.InsertRecord({0});
-    TBookmark inserted = dataSet.GetBookmark();
-    EXPECT_LT(dataSet.CompareBookmarks(inserted, first), 0);
-    EXPECT_GT(dataSet.CompareBookmarks(last, inserted), 0);
-    EXPECT_EQ(dataSet.CompareBookmarks(first, first), 0);
-    EXPECT_EQ(dataSet.CompareBookmarks(TBookmark(), TBookmark()), 0);
-    EXPECT_GT(dataSet.CompareBookmarks(TBookmark(), first), 0);
-    EXPECT_LT(dataSet.CompareBookmarks(first, TBookmark()), 0);
-    dataSet.MoveBy(3);
-    TBookmarkStr third = dataSet.Bookmark();
-    dataSet.First();
-    dataSet.SetBookmark(third);
-    EXPECT_EQ(CurrentId(dataSet), 3);
-    EXPECT_EQ(TBookmark(third), dataSet.GetBookmark());
+    dataSet.SetBookmark(asText);
+    EXPECT_EQ(CurrentId(dataSet), 7);
+    EXPECT_EQ(TBookmark(asText), dataSet.GetBookmark());
     // A new record has none.
     dataSet.Append();
     EXPECT_TRUE(dataSet.GetBookmark().IsNil());

@@ -2,6 +2,7 @@
 #include "quorda/rtl/critical_section.h"
 #include "quorda/rtl/exception.h"
 #include "quorda/rtl/messages.h"
+#include "rtl_test_support.h"
 
 #include <future>
 #include <gtest/gtest.h>
@@ -11,7 +12,7 @@
 namespace quorda {
 namespace {
 
-TEST(Application, ExceptionHandlerIsReplaceableAndRestorable) {
+TEST(Application, ExceptionHandlerAndCursorGuards) {
     std::vector<std::string> shown;
     TExceptionHandler previous =
         Application::SetExceptionHandler([&](const std::exception& e) { shown.push_back(e.what()); });
@@ -24,11 +25,8 @@ TEST(Application, ExceptionHandlerIsReplaceableAndRestorable) {
     Application::HandleException(EDatabaseError("to stderr"));
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "to stderr\n");
     EXPECT_EQ(shown.size(), 1u);
-}
-
-TEST(Application, CursorGuardsNestAndTheHookHearsOnlyChanges) {
     std::vector<TCursor> seen;
-    TCursorHook previous = Screen::SetCursorHook([&](TCursor c) { seen.push_back(c); });
+    TCursorHook previousHook = Screen::SetCursorHook([&](TCursor c) { seen.push_back(c); });
     ASSERT_EQ(Screen::Cursor(), crDefault);
     {
         TScreenCursorGuard wait;
@@ -50,7 +48,7 @@ TEST(Application, CursorGuardsNestAndTheHookHearsOnlyChanges) {
     });
     EXPECT_NO_THROW({ TScreenCursorGuard guard(crArrow); });
     EXPECT_EQ(Screen::Cursor(), crDefault);
-    Screen::SetCursorHook(previous);
+    Screen::SetCursorHook(previousHook);
 }
 
 TEST(CriticalSection, IsRecursiveForItsOwnerAndExclusiveForOthers) {
@@ -69,7 +67,7 @@ TEST(CriticalSection, IsRecursiveForItsOwnerAndExclusiveForOthers) {
     EXPECT_TRUE(otherThreadEnters());
 }
 
-TEST(MessageTable, TextsAreFoundByIdAndFormatWithTheirPlaceholders) {
+TEST(MessageTable, TextsByIdFormattedWithArgumentsOfEveryTypeAndReset) {
     EXPECT_EQ(LoadStr(SODBCParameterNotFound), "ODBC Parameter %s not found");
     EXPECT_EQ(MessageName(SODBCDatabaseExists), "SODBCDatabaseExists");
     EXPECT_EQ(FormatMessage(LoadStr(SODBCInternalComponentError), 816),
@@ -81,9 +79,6 @@ TEST(MessageTable, TextsAreFoundByIdAndFormatWithTheirPlaceholders) {
     EXPECT_EQ(FormatMessage(LoadStr(SODBCTooManyParams), 32768, 32767),
               "ODBC The statement has 32768 parameters, more than the 32767 the driver takes");
     EXPECT_EQ(MessageName(SODBCConnectInputNul), "SODBCConnectInputNul");
-}
-
-TEST(MessageTable, IdsWithoutMessageAreEmptyAndCannotBeTranslated) {
     for (int id = 65513; id <= 65519; ++id) {
         EXPECT_TRUE(LoadStr(id).empty()) << id;
         EXPECT_FALSE(SetMessageText(id, "x")) << id;
@@ -93,16 +88,9 @@ TEST(MessageTable, IdsWithoutMessageAreEmptyAndCannotBeTranslated) {
     ASSERT_TRUE(SetMessageText(SODBCTextTrue, "Wahr"));
     ResetMessageTexts();
     EXPECT_EQ(LoadStr(SODBCTextTrue), "True");
-}
-
-TEST(DatabaseErrors, RaiseEDatabaseErrorWithTheFormattedTextOfArgumentsOfEveryType) {
-    try {
-        DatabaseErrorFmt("name %s", std::string("A"));
-        FAIL() << "no exception";
-    } catch (const EDatabaseError& e) {
-        EXPECT_EQ(e.Message(), "name A");
-        EXPECT_STREQ(e.what(), "name A");
-    }
+    EXPECT_EQ(
+        testing_support::MessageOf<EDatabaseError>([] { DatabaseErrorFmt("name %s", std::string("A")); }),
+        "name A");
     // A format the arguments do not fit keeps its raw text instead of failing differently.
     EXPECT_EQ(FormatMessage("value %d", std::string("text")), "value %d");
     // The arguments travel to the compiled formatter packed; each keeps the width and signedness

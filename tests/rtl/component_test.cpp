@@ -41,7 +41,7 @@ private:
     std::vector<std::string>& FLog;
 };
 
-TEST(Component, ADeletedComponentIsDetachedAndItsPartnersAreTold) {
+TEST(Component, DeletionNotifiesAndNamesOrderAndDesigningFollowTheOwner) {
     std::vector<std::string> log;
     TProbe owner(nullptr, "owner", log);
     auto* a = new TProbe(&owner, "a", log);
@@ -74,52 +74,50 @@ TEST(Component, ADeletedComponentIsDetachedAndItsPartnersAreTold) {
     // data is deleted first (last owned), link hears it, then link goes and outside hears it.
     EXPECT_EQ(log, (std::vector<std::string>{"~form", "~data", "link:remove:Data", "~link",
                                              "outside:remove:Link"}));
-}
-
-TEST(Component, NamesOrderAndDesigningFollowTheOwner) {
-    TComponent owner(nullptr);
-    auto* a = new TComponent(&owner);
-    auto* b = new TComponent(&owner);
-    a->SetName("Query1");
-    EXPECT_EQ(MessageOf<EComponentError>([&] { b->SetName("QUERY1"); }),
+    TComponent holder(nullptr);
+    auto* first = new TComponent(&holder);
+    auto* second = new TComponent(&holder);
+    first->SetName("Query1");
+    EXPECT_EQ(MessageOf<EComponentError>([&] { second->SetName("QUERY1"); }),
               "A component named QUERY1 already exists");
-    EXPECT_EQ(MessageOf<EComponentError>([&] { b->SetName("1st"); }), "'1st' is not a valid component name");
-    EXPECT_THROW(b->SetName("has space"), EComponentError);
-    a->SetName("query1"); // a case change of its own name is fine
-    b->SetName("_Query2");
-    EXPECT_EQ(owner.FindComponent("QUERY1"), a);
-    EXPECT_EQ(owner.FindComponent("_query2"), b);
-    EXPECT_EQ(owner.FindComponent(""), nullptr);
+    EXPECT_EQ(MessageOf<EComponentError>([&] { second->SetName("1st"); }),
+              "'1st' is not a valid component name");
+    EXPECT_THROW(second->SetName("has space"), EComponentError);
+    first->SetName("query1"); // a case change of its own name is fine
+    second->SetName("_Query2");
+    EXPECT_EQ(holder.FindComponent("QUERY1"), first);
+    EXPECT_EQ(holder.FindComponent("_query2"), second);
+    EXPECT_EQ(holder.FindComponent(""), nullptr);
     TComponent other(nullptr);
-    auto* c = new TComponent(&other);
-    EXPECT_NO_THROW(c->SetName("Query1"));
+    auto* third = new TComponent(&other);
+    EXPECT_NO_THROW(third->SetName("Query1"));
     // Moving it into an owner that already has that name is refused; it stays where it was.
-    EXPECT_THROW(owner.InsertComponent(c), EComponentError);
-    c->SetName("Query3");
-    owner.InsertComponent(c);
-    EXPECT_EQ(c->Owner(), &owner);
+    EXPECT_THROW(holder.InsertComponent(third), EComponentError);
+    third->SetName("Query3");
+    holder.InsertComponent(third);
+    EXPECT_EQ(third->Owner(), &holder);
     EXPECT_EQ(other.ComponentCount(), 0);
-    EXPECT_EQ(owner.ComponentCount(), 3);
-    owner.RemoveComponent(c);
-    EXPECT_EQ(c->Owner(), nullptr);
-    delete c;
+    EXPECT_EQ(holder.ComponentCount(), 3);
+    holder.RemoveComponent(third);
+    EXPECT_EQ(third->Owner(), nullptr);
+    delete third;
     // Moving a component within its owner; an index past the end moves it last.
-    b->SetComponentIndex(0);
-    EXPECT_EQ(owner.Components(0), b);
-    b->SetComponentIndex(99);
-    EXPECT_EQ(owner.Components(1), b);
+    second->SetComponentIndex(0);
+    EXPECT_EQ(holder.Components(0), second);
+    second->SetComponentIndex(99);
+    EXPECT_EQ(holder.Components(1), second);
     // Designing spreads to owned components, also to those that join later, unless asked not to.
-    owner.SetDesigning(true);
-    EXPECT_TRUE(a->IsDesigning());
-    auto* late = new TComponent(&owner);
+    holder.SetDesigning(true);
+    EXPECT_TRUE(first->IsDesigning());
+    auto* late = new TComponent(&holder);
     EXPECT_TRUE(late->IsDesigning());
-    owner.RemoveComponent(late);
+    holder.RemoveComponent(late);
     EXPECT_FALSE(late->IsDesigning());
     delete late;
-    owner.SetDesigning(false, false);
-    EXPECT_TRUE(a->IsDesigning());
-    owner.DestroyComponents();
-    EXPECT_EQ(owner.ComponentCount(), 0);
+    holder.SetDesigning(false, false);
+    EXPECT_TRUE(first->IsDesigning());
+    holder.DestroyComponents();
+    EXPECT_EQ(holder.ComponentCount(), 0);
 }
 
 } // namespace

@@ -27,7 +27,7 @@ using namespace testing_support;
 
 } // namespace
 
-TEST(DateTimeCalendar, LandmarkDatesSerialNumbersWeekdaysAndTimeStamps) {
+TEST(DateTimeCalendar, LandmarksInvalidPartsMidnightAndNonFiniteValues) {
     // The classic day numbering: 1899-12-30 is day 0, there is no 1900-02-29, and the calendar is
     // proleptic Gregorian (1582-10-04 is 11 days before 1582-10-15). Weekdays count from Sunday = 1.
     const std::tuple<Ymd, int, int> cases[] = {
@@ -57,9 +57,6 @@ TEST(DateTimeCalendar, LandmarkDatesSerialNumbersWeekdaysAndTimeStamps) {
     EXPECT_EQ(DayOfWeek(-1.25), 6);
     EXPECT_EQ(DateTimeToTimeStamp(-1.25), (TTimeStamp{6 * 3600000, DateDelta - 1}));
     EXPECT_EQ(TimeStampToDateTime(DateTimeToTimeStamp(-1.25)), -1.25);
-}
-
-TEST(DateTimeCalendar, InvalidPartsAreRefused) {
     TDateTime value = 0;
     EXPECT_TRUE(TryEncodeDate(2000, 2, 29, value));
     const Ymd badDates[] = {{1900, 2, 29}, {0, 1, 1}, {10000, 1, 1}, {2000, 13, 1}, {2000, 4, 31}};
@@ -73,9 +70,6 @@ TEST(DateTimeCalendar, InvalidPartsAreRefused) {
     }
     EXPECT_THROW(EncodeDate(2023, 2, 30), EConvertError);
     EXPECT_EQ(MessageOf<EConvertError>([] { EncodeTime(24, 0, 0, 0); }), "Invalid argument to time encode");
-}
-
-TEST(DateTimeCalendar, TimeThatRoundsToMidnightBelongsToTheNextDay) {
     // Day 0 and day -5 with a time a hair before 24:00.
     EXPECT_EQ(Parts(0.99999999999), (std::vector<int>{1899, 12, 31, 0, 0, 0, 0}));
     EXPECT_EQ(Parts(-5.99999999999), (std::vector<int>{1899, 12, 26, 0, 0, 0, 0}));
@@ -95,9 +89,6 @@ TEST(DateTimeCalendar, TimeThatRoundsToMidnightBelongsToTheNextDay) {
     for (double msecs : values) {
         ASSERT_EQ(MSecsToTimeStamp(msecs), MSecsToTimeStamp(msecs + std::copysign(0.25, msecs))) << msecs;
     }
-}
-
-TEST(DateTimeCalendar, NonFiniteValuesHaveNoTimeStampAndTheClockReadsToday) {
     EXPECT_THROW(DateTimeToTimeStamp(NAN), EConvertError);
     EXPECT_THROW(DateTimeToTimeStamp(INFINITY), EConvertError);
     EXPECT_THROW(MSecsToTimeStamp(NAN), EConvertError);
@@ -113,7 +104,7 @@ TEST(DateTimeCalendar, NonFiniteValuesHaveNoTimeStampAndTheClockReadsToday) {
     EXPECT_LT(Time(), 1.0);
 }
 
-TEST(DateTimeText, FormatTokens) {
+TEST(DateTimeText, FormatAndParse) {
     const TDateTime value = EncodeDateTime(2005, 3, 7, 0, 5, 9, 42);
     EXPECT_EQ(DateTimeToStr(-1.25), "1899-12-29 06:00:00");
     EXPECT_EQ(DateTimeToStr(EncodeDate(1, 1, 1)), "0001-01-01"); // midnight: no time part
@@ -154,9 +145,6 @@ TEST(DateTimeText, FormatTokens) {
     for (const auto& [format, edge, text] : edges) {
         EXPECT_EQ(FormatDateTime(format, edge, clock), text) << format;
     }
-}
-
-TEST(DateTimeText, ParseDatesAndTimes) {
     EXPECT_EQ(StrToDate("2000-02-29"), EncodeDate(2000, 2, 29));
     EXPECT_EQ(StrToDate(" 0001-01-01 "), MinDateTime);
     EXPECT_EQ(Map<const char*>({"13:05:07.008", "13:05", "1:05 PM", "12:00 am", "10:00:00.5"},
@@ -176,13 +164,13 @@ TEST(DateTimeText, ParseDatesAndTimes) {
                                [&](const char* text) { return StrToDate(text, dmy); }),
               (std::vector<TDateTime>{EncodeDate(2000, 2, 29), EncodeDate(1900, 3, 1),
                                       EncodeDate(1999, 2, 28), EncodeDate(2024, 1, 1)}));
-    TDateTime value = 0;
+    TDateTime parsed = 0;
     for (const char* bad :
          {"", "2000-02-30", "2000-02", "2000--02-01", "x2000-01-01", "2000-01-01-", "12345-1-1"}) {
-        EXPECT_FALSE(TryStrToDate(bad, value)) << bad;
+        EXPECT_FALSE(TryStrToDate(bad, parsed)) << bad;
     }
     for (const char* bad : {"", "24:00", "12:60", "13:00 PM", "1:2:3:4", "12:00:00.", "12", "12:00x"}) {
-        EXPECT_FALSE(TryStrToTime(bad, value)) << bad;
+        EXPECT_FALSE(TryStrToTime(bad, parsed)) << bad;
     }
     EXPECT_THROW(StrToDate("2000-02-30"), EConvertError);
     EXPECT_THROW(StrToTime("25:00"), EConvertError);

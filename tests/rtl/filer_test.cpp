@@ -162,7 +162,7 @@ TEST(Reader, ValuesReadBackInTheirWiderAndWideFormsAndCanBeSkipped) {
     EXPECT_EQ(skipper.ReadString(), "after");
 }
 
-TEST(Filer, AnAncestorWithTheSameValueSuppressesTheProperty) {
+TEST(Filer, AncestorsSuppressEqualValuesAndStringListsPersistTheirLines) {
     TSample ancestor;
     ancestor.Caption = "Same";
     TSample instance;
@@ -183,18 +183,15 @@ TEST(Filer, AnAncestorWithTheSameValueSuppressesTheProperty) {
     EXPECT_EQ(target.Blob, instance.Blob);
     EXPECT_EQ(target.Caption, "upper");
     EXPECT_EQ(stream.Position(), stream.Size());
-}
-
-TEST(Filer, StringListsPersistTheirLinesAsTheStringsProperty) {
+    // String lists persist their lines as the Strings property.
     TStringList sql;
     sql.SetText("select *\nfrom orders");
-    TStringStream stream(Properties(&sql));
-    TReader reader(stream);
+    TStringStream lines(Properties(&sql));
     TStringList back;
     back.Add("replaced");
     int changes = 0;
     back.OnChange = [&](TObject*) { ++changes; };
-    reader.ReadProperties(&back);
+    TReader(lines).ReadProperties(&back);
     EXPECT_TRUE(back.Equals(sql));
     EXPECT_EQ(changes, 1);
     // Equal to the ancestor: nothing but the end marker.
@@ -233,7 +230,7 @@ TEST(Reader, DamagedInputRaisesAReadError) {
     EXPECT_EQ(reader.ReadString(), "text");
 }
 
-TEST(Extended, KnownValuesHaveTheX87Layout) {
+TEST(Extended, KnownValuesHaveTheX87LayoutAndReadingRoundsToNearestEven) {
     using limits = std::numeric_limits<double>;
     const double inf = limits::infinity(), nan = limits::quiet_NaN(), max = limits::max(),
                  tiny = limits::denorm_min();
@@ -253,9 +250,6 @@ TEST(Extended, KnownValuesHaveTheX87Layout) {
         std::bit_cast<std::uint64_t>(ExtendedToDouble(DoubleToExtended(std::bit_cast<double>(signalling)))),
         signalling);
     EXPECT_TRUE(std::signbit(ExtendedToDouble(DoubleToExtended(-0.0))));
-}
-
-TEST(Extended, ReadingRoundsToNearestEvenAndSaturates) {
     auto make = [](std::uint64_t mantissa, unsigned exponent) {
         TExtended80 bytes{};
         for (int i = 0; i < 8; ++i) {

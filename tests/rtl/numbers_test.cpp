@@ -18,7 +18,7 @@ constexpr double Inf = std::numeric_limits<double>::infinity();
 // Carries through nines that add a digit or change the notation, rounding to 15 digits before the
 // precision, and three-digit exponents are where the stack-buffer text could part from a plain
 // decimal-digit route.
-TEST(FloatText, GeneralFormat) {
+TEST(FloatText, FormatsWithPrecisionDigitsAndPictures) {
     EXPECT_EQ(Map<double>({0, -0.0, 1.5, -1.5, 0.1 + 0.2, 1.0 / 3, 2.0 / 3, 100, 123456789012345.0, 1e15,
                            1234567890123456789.0, 1e-5, 1.5e-6, -2.5e-300, std::numeric_limits<double>::max(),
                            std::numeric_limits<double>::quiet_NaN(), Inf, -Inf},
@@ -30,9 +30,6 @@ TEST(FloatText, GeneralFormat) {
                            4.9406564584124654e-324, -1e-100},
                           [](double value) { return FloatToStr(value); }),
               (Strings{"1", "1E15", "-0.00001", "4.94065645841247E-324", "-1E-100"}));
-}
-
-TEST(FloatText, FormatsWithPrecisionAndDigits) {
     EXPECT_EQ(FloatToStrF(1234.5678, ffGeneral, 6, 0), "1234.57");
     EXPECT_EQ(FloatToStrF(1234567.0, ffGeneral, 4, 0), "1.235E6");
     EXPECT_EQ(FloatToStrF(0.1249999999999999, ffGeneral, 2, 0), "0.13");
@@ -63,9 +60,6 @@ TEST(FloatText, FormatsWithPrecisionAndDigits) {
         settings.CurrencyFormat = settings.NegCurrFormat = static_cast<unsigned char>(layout);
         EXPECT_EQ(FloatToStrF(value, ffCurrency, 15, -1, settings), text) << value << " in layout " << layout;
     }
-}
-
-TEST(FloatText, PictureFormats) {
     const std::tuple<const char*, double, const char*> cases[] = {{"#,##0.00", 1234567.891, "1,234,567.89"},
                                                                   {"#,##0.00", -1234.5, "-1,234.50"},
                                                                   {"#,##0.00", 0, "0.00"},
@@ -92,7 +86,7 @@ TEST(FloatText, PictureFormats) {
               (Strings{"$1,234.50", "($1,234.50)", "zero"}));
 }
 
-TEST(FloatText, ParsingRules) {
+TEST(FloatText, ParsingRulesAndOtherSeparators) {
     EXPECT_EQ(Map<const char*>({"  -1.25e2 ", "+5", ".5", "5.", "1E+3", "1e-400", "0e999"},
                                [](const char* text) { return StrToFloat(text); }),
               (std::vector<double>{-125, 5, 0.5, 5, 1000, 0, 0}));
@@ -102,10 +96,7 @@ TEST(FloatText, ParsingRules) {
          {"", " ", ".", "-", "1x", "1e", "1e+", "e5", "1 2", "1e400", "--1", "0x10", "inf", "nan"}) {
         EXPECT_FALSE(TryStrToFloat(bad, value)) << bad;
     }
-}
-
-// Every text route takes the separators of the settings it is given.
-TEST(FloatText, OtherSeparators) {
+    // Every text route takes the separators of the settings it is given.
     TFormatSettings settings;
     settings.DecimalSeparator = ',';
     settings.ThousandSeparator = '.';
@@ -116,7 +107,6 @@ TEST(FloatText, OtherSeparators) {
     EXPECT_EQ(CurrToStr(Currency(-1.25), settings), "-1,25");
     EXPECT_EQ(StrToFloat("-1,5e3", settings), -1500);
     EXPECT_EQ(StrToCurr("1,5", settings).Raw(), 15000);
-    double value = 0;
     EXPECT_FALSE(TryStrToFloat("1.5", value, settings));
     EXPECT_FALSE(TryStrToFloat("1.000,5", value, settings)); // no thousand separators
 }
@@ -148,7 +138,7 @@ TEST(IntText, DecimalHexRangeAndBooleans) {
 }
 
 // Half away from zero on the decimal value, from floats, text and products alike.
-TEST(CurrencyValue, RoundingFromFloatsAndText) {
+TEST(CurrencyValue, RoundingArithmeticAndText) {
     EXPECT_EQ(Map<double>({1.00005, -1.00005, 0.12344, 123456789012.3456},
                           [](double v) { return Currency(v).Raw(); }),
               (std::vector<std::int64_t>{10001, -10001, 1234, 1234567890123456}));
@@ -167,9 +157,6 @@ TEST(CurrencyValue, RoundingFromFloatsAndText) {
         EXPECT_FALSE(TryStrToCurr(bad, value)) << bad;
     }
     EXPECT_THROW(StrToCurr("x"), EConvertError);
-}
-
-TEST(CurrencyValue, ArithmeticAndText) {
     EXPECT_EQ(Currency(1.5) * Currency(2.25), Currency(3.375));
     EXPECT_EQ(Map<int>({1, 2, -2}, [](int n) { return (Currency(n) / Currency(3)).Raw(); }),
               (std::vector<std::int64_t>{3333, 6667, -6667}));
@@ -181,7 +168,7 @@ TEST(CurrencyValue, ArithmeticAndText) {
     EXPECT_THROW(-MinCurrency, EIntOverflow);
     EXPECT_THROW(MaxCurrency * Currency(2), EIntOverflow);
     EXPECT_EQ(Map<Currency>({Currency(12.5), Currency(3), Currency::FromRaw(-1), MinCurrency},
-                            [](Currency value) { return CurrToStr(value); }),
+                            [](Currency amount) { return CurrToStr(amount); }),
               (Strings{"12.5", "3", "-0.0001", "-922337203685477.5808"}));
     EXPECT_EQ(Currency(0.1).ToDouble(), 0.1);
 }

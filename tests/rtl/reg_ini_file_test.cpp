@@ -71,7 +71,7 @@ std::optional<std::string> ValueIn(const TIniDocument& Document, const std::stri
 constexpr char kGarbage[] = "\0\xff[\x01]\n\x80=\x02\n[s]\nk=\0v\n";
 
 // Hand-written, damaged and garbage files: reading never fails, values it cannot find are absent.
-TEST(IniDocument, ReadsWhatItCanOfAnyText) {
+TEST(IniDocument, ReadsAnyTextAndWritesTextThatReadsBackExactly) {
     // What, the text, and where to look for which value.
     const std::tuple<const char*, std::string, const char*, const char*, std::optional<std::string>> Cases[] =
         {{"plain", "[s]\nk=v\n", "s", "k", "v"},
@@ -92,11 +92,8 @@ TEST(IniDocument, ReadsWhatItCanOfAnyText) {
         SCOPED_TRACE(What);
         EXPECT_EQ(ValueIn(TIniDocument::Parse(Text), Section, Ident), Expected);
     }
-}
-
-// Names and values of any bytes survive a write and a read; lines the reader did not understand
-// are written back unchanged.
-TEST(IniDocument, WrittenTextReadsBackExactlyAndKeepsForeignLines) {
+    // Names and values of any bytes survive a write and a read; lines the reader did not understand
+    // are written back unchanged.
     const std::string Awkward[] = {"",   " lead", "trail ", "a=b",  "[x]", ";c",   "#c",
                                    "\\", "\\x41", "l1\nl2", "cr\r", "]",   "\x01", std::string("z\0z", 3)};
     TIniDocument Document = TIniDocument::Parse("; kept comment\n[keep]\ngarbage line\nk=v\n");
@@ -119,7 +116,7 @@ TEST(IniDocument, WrittenTextReadsBackExactlyAndKeepsForeignLines) {
     EXPECT_EQ(Text.rfind("; kept comment\n[keep]\ngarbage line\nk=v\n", 0), 0u);
 }
 
-TEST(RegIniFile, KeyPathsMapToFoldersUnderTheConfigurationFolder) {
+TEST(RegIniFile, KeyPathsTypedReadsSectionsAndBatches) {
     TTemporaryConfigHome Home;
     const std::pair<const char*, const char*> Cases[] = {
         {"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
@@ -133,34 +130,21 @@ TEST(RegIniFile, KeyPathsMapToFoldersUnderTheConfigurationFolder) {
         SCOPED_TRACE(KeyPath);
         EXPECT_EQ(TRegIniFile::PathOfKey(KeyPath), Home.Folder() / File);
     }
-    TRegIniFile Ini("Software\\Acme\\Orders");
-    Ini.WriteString("s", "k", "v");
+    TRegIniFile("Software\\Acme\\Orders").WriteString("s", "k", "v");
     EXPECT_EQ(FileText(Home.Folder() / "quorda/Software/Acme/Orders.ini"), "[s]\nk=v\n");
-    // A relative XDG_CONFIG_HOME is not a configuration folder: ~/.config is used instead.
-    ::setenv("XDG_CONFIG_HOME", "relative", 1);
-    ::setenv("HOME", Home.Folder().c_str(), 1);
-    EXPECT_EQ(TRegIniFile::ConfigFolder(), Home.Folder() / ".config/quorda");
-}
-
-TEST(RegIniFile, TypedReadsFallBackToTheirDefaults) {
-    TTemporaryConfigHome Home;
-    WriteFile(TRegIniFile::PathOfKey("App"),
+    WriteFile(TRegIniFile::PathOfKey("Typed"),
               "[n]\ndec= 42 \nneg=-7\ndollar=$1F\nhex=0x10\ntext=abc\nbig=99999999999\nempty=\n");
-    const TRegIniFile Ini("App");
+    const TRegIniFile Typed("Typed");
     EXPECT_EQ(Map<const char*>({"dec", "neg", "dollar", "hex", "text", "big", "empty", "missing"},
-                               [&](const char* Ident) { return Ini.ReadInteger("n", Ident, -1); }),
+                               [&](const char* Ident) { return Typed.ReadInteger("n", Ident, -1); }),
               (std::vector<std::int32_t>{42, -7, 31, 16, -1, -1, -1, -1}));
-    EXPECT_EQ((std::vector<bool>{Ini.ReadBool("n", "dec", false), Ini.ReadBool("n", "text", false),
-                                 Ini.ReadBool("n", "text", true)}),
+    EXPECT_EQ((std::vector<bool>{Typed.ReadBool("n", "dec", false), Typed.ReadBool("n", "text", false),
+                                 Typed.ReadBool("n", "text", true)}),
               (std::vector<bool>{true, false, true}));
-    EXPECT_EQ((Strings{Ini.ReadString("n", "missing", "\x01"), Ini.ReadString("nowhere", "dec", "d"),
+    EXPECT_EQ((Strings{Typed.ReadString("n", "missing", "\x01"), Typed.ReadString("nowhere", "dec", "d"),
                        TRegIniFile("Elsewhere").ReadString("n", "dec", "no file")}),
               (Strings{"\x01", "d", "no file"}));
-}
-
-TEST(RegIniFile, WritesSectionsErasesThemAndBatchesUpdates) {
-    TTemporaryConfigHome Home;
-    TRegIniFile Ini("App");
+    TRegIniFile Ini("Sections\\App");
     Ini.WriteString("orders", "id-find", "12");
     Ini.WriteInteger("orders", "FindOption", 2);
     Ini.WriteBool("orders", "FindSensitive", true);
@@ -187,7 +171,7 @@ TEST(RegIniFile, WritesSectionsErasesThemAndBatchesUpdates) {
     Ini.EraseSection("customers");
     Ini.WriteString("s", "old", "1");
     {
-        TRegIniFile Batch("App");
+        TRegIniFile Batch("Sections\\App");
         Batch.BeginUpdate();
         Batch.EraseSection("s");
         Batch.WriteString("s", "new", "2");
@@ -201,6 +185,10 @@ TEST(RegIniFile, WritesSectionsErasesThemAndBatchesUpdates) {
     Ini.WriteString("s", "new", "2");
     Ini.EndUpdate();
     EXPECT_EQ(FileText(Ini.Path()), "[s]\nnew=2\n");
+    // A relative XDG_CONFIG_HOME is not a configuration folder: ~/.config is used instead.
+    ::setenv("XDG_CONFIG_HOME", "relative", 1);
+    ::setenv("HOME", Home.Folder().c_str(), 1);
+    EXPECT_EQ(TRegIniFile::ConfigFolder(), Home.Folder() / ".config/quorda");
 }
 
 // Two processes writing different keys at once: every write survives, the file stays whole.

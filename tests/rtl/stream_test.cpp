@@ -15,7 +15,7 @@ std::string TempPath(const std::string& name) {
     return ::testing::TempDir() + "quorda_stream_" + name;
 }
 
-TEST(MemoryStream, GapsFillWithZerosAndCopiesTakeAPartOrTheWholeSource) {
+TEST(MemoryStream, MemoryAndFileStreams) {
     TMemoryStream stream;
     stream.WriteBuffer("abcdef", 6);
     EXPECT_EQ(stream.Seek(-100, soCurrent), 0); // clamped at the start
@@ -48,9 +48,6 @@ TEST(MemoryStream, GapsFillWithZerosAndCopiesTakeAPartOrTheWholeSource) {
     part.LoadFromStream(shorter);
     EXPECT_EQ(part.DataString(), "xy");
     EXPECT_EQ(part.Position(), 0);
-}
-
-TEST(FileStream, CreateWriteReopenResizeAndFailures) {
     const std::string path = TempPath("file.bin");
     {
         TFileStream file(path, fmCreate);
@@ -63,9 +60,9 @@ TEST(FileStream, CreateWriteReopenResizeAndFailures) {
     {
         TFileStream file(path, fmOpenRead | fmShareDenyNone);
         EXPECT_EQ(file.Size(), 9);
-        char buffer[5];
-        file.ReadBuffer(buffer, 5);
-        EXPECT_EQ(std::string(buffer, 5), "hello");
+        char head[5];
+        file.ReadBuffer(head, 5);
+        EXPECT_EQ(std::string(head, 5), "hello");
         EXPECT_EQ(file.ReadDWord(), 0xAABBCCDDu);
         EXPECT_THROW(file.ReadByte(), EReadError);
         // A read-only file refuses writes with the stream's write error.

@@ -85,7 +85,7 @@ TEST(StringList, SortedListsPlaceItemsAndApplyTheDuplicateAndCaseRules) {
     EXPECT_EQ(sorted.IndexOf(std::string_view("Ab").substr(0, 1)), 0);
 }
 
-TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLineAlsoInStreams) {
+TEST(StringList, TextSplitsOnEveryLineBreakStyleAndUpdatesHoldBackChangeEvents) {
     TStringList list;
     const auto split = [&](const char* Text) {
         list.SetText(Text);
@@ -109,10 +109,7 @@ TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLineAlsoInStreams) {
     TStringStream withBom("\xEF\xBB\xBFone\r\ntwo");
     list.LoadFromStream(withBom);
     EXPECT_EQ(Lines(list), (Strings{"one", "two"}));
-}
-
-TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
-    TStringList list;
+    list.Clear();
     Strings events;
     list.OnChanging = [&](TObject* sender) {
         EXPECT_EQ(sender, &list);
@@ -142,7 +139,7 @@ TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
     EXPECT_TRUE(events.empty());
 }
 
-TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
+TEST(StringList, OwnedObjectsAssignAndBadIndexes) {
     int deleted = 0;
     {
         TStringList list(true);
@@ -170,58 +167,6 @@ TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
         list.Delete(0);
         list.AddObject("kept", &kept);
     }
-}
-
-TEST(StringList, NameValueLines) {
-    TStringList list;
-    list.SetText("Host=db1\nPort=5432\nnoseparator\nEmpty=\n");
-    EXPECT_EQ((Strings{list.Values("host"), list.Names(1), list.Names(2), list.ValueFromIndex(2),
-                       list.Values("missing"), list.Values(std::string_view("PORTS").substr(0, 4))}),
-              (Strings{"db1", "Port", "", "", "", "5432"}));
-    EXPECT_EQ(list.IndexOfName("EMPTY"), 3);
-    std::vector<std::pair<std::string, std::string>> pairs;
-    for (const auto& [name, value] : list.NameValues()) {
-        pairs.emplace_back(name, value);
-    }
-    EXPECT_EQ(pairs, (std::vector<std::pair<std::string, std::string>>{
-                         {"Host", "db1"}, {"Port", "5432"}, {"", ""}, {"Empty", ""}}));
-    list.SetValues("PORT", "6000");
-    EXPECT_EQ(list[1], "PORT=6000");
-    list.SetValues("User", "me");
-    EXPECT_EQ(list[4], "User=me");
-    list.SetValues("Host", "");
-    EXPECT_EQ(list.IndexOfName("Host"), -1);
-    EXPECT_EQ(list.Count(), 4);
-    list.SetValueFromIndex(0, "7000");
-    EXPECT_EQ(list.Values("port"), "7000");
-}
-
-TEST(StringList, CommaAndDelimitedTextQuoteWhatWouldNotSurvive) {
-    TStringList list;
-    list.SetText("plain\ntwo words\nsay \"hi\"\na,b\n\n");
-    EXPECT_EQ(list.CommaText(), "plain,\"two words\",\"say \"\"hi\"\"\",\"a,b\",");
-    TStringList back;
-    back.SetCommaText(list.CommaText());
-    EXPECT_EQ(Lines(back), Lines(list));
-    // Outside quotes blanks separate items too; empty items between delimiters are kept.
-    back.SetCommaText(" a b , \"c d\",,e ");
-    EXPECT_EQ(Lines(back), (Strings{"a", "b", "c d", "", "e"}));
-    back.SetText("\n");
-    EXPECT_EQ(back.CommaText(), "\"\"") << "a lone empty line must not read back as no line";
-    // Strict delimiters and another quote character.
-    TStringList fields;
-    fields.SetDelimiter(';');
-    fields.SetQuoteChar('\'');
-    fields.SetStrictDelimiter(true);
-    fields.SetDelimitedText("first name;'it''s';x y");
-    EXPECT_EQ(Lines(fields), (Strings{"first name", "it's", "x y"}));
-    EXPECT_EQ(fields.DelimitedText(), "first name;'it''s';x y");
-    // CommaText does not disturb the list's own delimiter settings.
-    EXPECT_EQ(fields.CommaText(), "\"first name\",it's,\"x y\"");
-    EXPECT_EQ(fields.Delimiter(), ';');
-}
-
-TEST(StringList, AssignCopiesStringsObjectsAndSettingsAndBadIndexesRaise) {
     TObject marker;
     TStringList source;
     source.SetLineBreak("\r\n");
@@ -246,6 +191,51 @@ TEST(StringList, AssignCopiesStringsObjectsAndSettingsAndBadIndexesRaise) {
     EXPECT_EQ(MessageOf<EAssignError>([&] { target.Assign(&component); }),
               "Cannot assign a TComponent to a TStringList");
     EXPECT_THROW(target.Assign(nullptr), EAssignError);
+}
+
+TEST(StringList, NameValueLinesAndDelimitedTextQuoteWhatWouldNotSurvive) {
+    TStringList list;
+    list.SetText("Host=db1\nPort=5432\nnoseparator\nEmpty=\n");
+    EXPECT_EQ((Strings{list.Values("host"), list.Names(1), list.Names(2), list.ValueFromIndex(2),
+                       list.Values("missing"), list.Values(std::string_view("PORTS").substr(0, 4))}),
+              (Strings{"db1", "Port", "", "", "", "5432"}));
+    EXPECT_EQ(list.IndexOfName("EMPTY"), 3);
+    std::vector<std::pair<std::string, std::string>> pairs;
+    for (const auto& [name, value] : list.NameValues()) {
+        pairs.emplace_back(name, value);
+    }
+    EXPECT_EQ(pairs, (std::vector<std::pair<std::string, std::string>>{
+                         {"Host", "db1"}, {"Port", "5432"}, {"", ""}, {"Empty", ""}}));
+    list.SetValues("PORT", "6000");
+    EXPECT_EQ(list[1], "PORT=6000");
+    list.SetValues("User", "me");
+    EXPECT_EQ(list[4], "User=me");
+    list.SetValues("Host", "");
+    EXPECT_EQ(list.IndexOfName("Host"), -1);
+    EXPECT_EQ(list.Count(), 4);
+    list.SetValueFromIndex(0, "7000");
+    EXPECT_EQ(list.Values("port"), "7000");
+    list.SetText("plain\ntwo words\nsay \"hi\"\na,b\n\n");
+    EXPECT_EQ(list.CommaText(), "plain,\"two words\",\"say \"\"hi\"\"\",\"a,b\",");
+    TStringList back;
+    back.SetCommaText(list.CommaText());
+    EXPECT_EQ(Lines(back), Lines(list));
+    // Outside quotes blanks separate items too; empty items between delimiters are kept.
+    back.SetCommaText(" a b , \"c d\",,e ");
+    EXPECT_EQ(Lines(back), (Strings{"a", "b", "c d", "", "e"}));
+    back.SetText("\n");
+    EXPECT_EQ(back.CommaText(), "\"\"") << "a lone empty line must not read back as no line";
+    // Strict delimiters and another quote character.
+    TStringList fields;
+    fields.SetDelimiter(';');
+    fields.SetQuoteChar('\'');
+    fields.SetStrictDelimiter(true);
+    fields.SetDelimitedText("first name;'it''s';x y");
+    EXPECT_EQ(Lines(fields), (Strings{"first name", "it's", "x y"}));
+    EXPECT_EQ(fields.DelimitedText(), "first name;'it''s';x y");
+    // CommaText does not disturb the list's own delimiter settings.
+    EXPECT_EQ(fields.CommaText(), "\"first name\",it's,\"x y\"");
+    EXPECT_EQ(fields.Delimiter(), ';');
 }
 
 } // namespace

@@ -39,7 +39,7 @@ const TDateTime LeapNoon = EncodeDateTime(2000, 2, 29, 12, 0, 0, 0);
 
 } // namespace
 
-TEST(VariantConversion, ConstructorsPickTheClassicTypeCodes) {
+TEST(VariantConversion, TypeCodesAndEveryTarget) {
     EXPECT_EQ(Map<Variant>({Variant(), Variant::Null(), Variant(true), Variant(std::int16_t(1)), Variant(1),
                             Variant(std::int64_t(1)), Variant(1LL), Variant(std::uint8_t(1)),
                             Variant(std::uint16_t(1)), Variant(1u), Variant(std::uint64_t(1)), Variant(1.0f),
@@ -54,11 +54,8 @@ TEST(VariantConversion, ConstructorsPickTheClassicTypeCodes) {
                                  VarIsNumeric(Variant(std::uint64_t(1))), VarIsNumeric(Variant("1")),
                                  VarIsStr(Variant("")), VarIsClear(Variant()), VarIsClear(Variant::Null())}),
               (std::vector<bool>{true, true, false, true, false, true, true, false}));
-}
-
-// Empty reads as zero, Null refuses every target except text; strings convert only when they are
-// numbers; floats and currency round half to even; what does not fit overflows.
-TEST(VariantConversion, EveryTargetOverTheSourcesThatMatterToIt) {
+    // Empty reads as zero, Null refuses every target except text; strings convert only when they are
+    // numbers; floats and currency round half to even; what does not fit overflows.
     EXPECT_EQ(Reads({Variant(), Variant::Null(), "12", "1x", "12.5", "3000000000", true, false, 2.5, 3.5,
                      -2.5, 2.6, Currency(2.5), Currency(-3.5), 3e9, std::int64_t(1) << 40},
                     &Variant::AsInteger),
@@ -104,7 +101,7 @@ TEST(VariantConversion, EveryTargetOverTheSourcesThatMatterToIt) {
     EXPECT_EQ(Variant(2.25).AsString(), "2,25");
 }
 
-TEST(VariantArray, BoundsElementsAndErrors) {
+TEST(VariantArray, BoundsElementsCopiesAndSelfReference) {
     Variant a = VarArrayCreate(2, 4);
     EXPECT_EQ(a.VarType(), varArray | varVariant);
     EXPECT_TRUE(VarIsArray(a));
@@ -133,10 +130,8 @@ TEST(VariantArray, BoundsElementsAndErrors) {
     const Variant list = VarArrayOf({1, "x", Variant::Null()});
     EXPECT_EQ((std::vector<int>{VarArrayLowBound(list), VarArrayHighBound(list)}), (std::vector<int>{0, 2}));
     EXPECT_TRUE(VarIsNull(list[2]));
-}
-
-TEST(VariantArray, CopiesAreDeepAndSelfReferenceIsSafe) {
-    Variant a = VarArrayOf({1, VarArrayOf({2, 3})});
+    // Copies are deep.
+    a = VarArrayOf({1, VarArrayOf({2, 3})});
     Variant b = a;
     b[0] = 10;
     b[1][0] = 20;
