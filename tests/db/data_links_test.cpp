@@ -32,7 +32,7 @@ protected:
     std::vector<std::string> Log;
 };
 
-TEST_F(RingTest, GrowsToTheLargestLinkAndShrinksBackKeepingTheActiveRecord) {
+TEST_F(RingTest, GrowsAndShrinksWithItsLinksAndEnableControlsSendsOneUpdate) {
     EXPECT_EQ(DataSet.BufferCount(), 1);
     DataSet.MoveBy(4);
     {
@@ -50,9 +50,22 @@ TEST_F(RingTest, GrowsToTheLargestLinkAndShrinksBackKeepingTheActiveRecord) {
     }
     EXPECT_EQ(DataSet.BufferCount(), 1);
     EXPECT_EQ(CurrentId(DataSet), 8);
+    TRecordingLink link(Log, "", 1, &Source);
+    Log.clear();
+    DataSet.DisableControls();
+    DataSet.DisableControls();
+    DataSet.Next();
+    DataSet.Edit();
+    DataSet.Last();
+    DataSet.EnableControls();
+    EXPECT_TRUE(Log.empty());
+    DataSet.Edit();
+    DataSet.EnableControls();
+    EXPECT_EQ(Log, (Names{"EditingChanged(on)", "DataSetChanged"}));
+    EXPECT_FALSE(DataSet.ControlsDisabled());
 }
 
-TEST_F(RingTest, LinkWindowsFollowTheRecordsAcrossTheRingEdges) {
+TEST_F(RingTest, LinkWindowsFollowTheRecordsAFullScanFetchesEachOnceAndGotoBookmarkCentres) {
     TRecordingLink small(Log, "small", 3, &Source);
     TRecordingLink large(Log, "large", 5, &Source);
     EXPECT_EQ(large.Window("ID"), (Names{"1", "2", "3", "4", "5"}));
@@ -79,10 +92,8 @@ TEST_F(RingTest, LinkWindowsFollowTheRecordsAcrossTheRingEdges) {
                               "small:DataSetScrolled(" + smallScroll + ")",
                               "large:DataSetScrolled(" + largeScroll + ")"}));
     }
-}
-
-TEST_F(RingTest, EveryRecordOfAFullScanIsVisitedOnceWithoutRefetching) {
-    TRecordingLink grid(Log, "", 4, &Source);
+    // A full scan visits every record once: 1-5 are in the ring already, 6-20 are fetched once
+    // each, plus the end-of-data answer.
     DataSet.First();
     DataSet.GetRecordCalls = 0;
     DataSet.SetToRecordCalls = 0;
@@ -94,48 +105,37 @@ TEST_F(RingTest, EveryRecordOfAFullScanIsVisitedOnceWithoutRefetching) {
     std::vector<int> all(20);
     std::iota(all.begin(), all.end(), 1);
     EXPECT_EQ(seen, all);
-    // Records 1-4 were already in the ring; 5-20 are fetched once each, plus the end-of-data answer.
-    EXPECT_EQ(DataSet.GetRecordCalls, 17);
+    EXPECT_EQ(DataSet.GetRecordCalls, 16);
     EXPECT_EQ(DataSet.SetToRecordCalls, 0);
-}
-
-TEST_F(RingTest, GotoBookmarkCentresTheRecordAndResyncNearTheEndRefillsFromBefore) {
-    TRecordingLink grid(Log, "", 5, &Source);
+    // GotoBookmark centres the record; a resync near the end refills from before.
+    DataSet.First();
     DataSet.MoveBy(9);
     TBookmark tenth = DataSet.GetBookmark();
     DataSet.Last();
-    EXPECT_EQ(grid.Window("ID"), (Names{"16", "17", "18", "19", "20"}));
+    EXPECT_EQ(large.Window("ID"), (Names{"16", "17", "18", "19", "20"}));
     DataSet.GotoBookmark(tenth);
-    EXPECT_EQ(grid.Window("ID"), (Names{"8", "9", "10", "11", "12"}));
-    EXPECT_EQ(grid.ActiveRecord(), 2);
+    EXPECT_EQ(large.Window("ID"), (Names{"8", "9", "10", "11", "12"}));
+    EXPECT_EQ(large.ActiveRecord(), 2);
     DataSet.Last();
     DataSet.Prior();
     DataSet.Delete();
     // The deleted 19th record is replaced by its successor; the ring still holds five records.
     EXPECT_EQ(CurrentId(DataSet), 20);
-    EXPECT_EQ(grid.Window("ID"), (Names{"15", "16", "17", "18", "20"}));
+    EXPECT_EQ(large.Window("ID"), (Names{"15", "16", "17", "18", "20"}));
     DataSet.Delete();
     EXPECT_EQ(CurrentId(DataSet), 18);
-    EXPECT_EQ(grid.Window("ID"), (Names{"14", "15", "16", "17", "18"}));
+    EXPECT_EQ(large.Window("ID"), (Names{"14", "15", "16", "17", "18"}));
 }
 
-TEST_F(RingTest, EnableControlsSendsOneStateUpdateAndOneChange) {
-    TRecordingLink link(Log, "", 1, &Source);
-    Log.clear();
-    DataSet.DisableControls();
-    DataSet.DisableControls();
-    DataSet.Next();
-    DataSet.Edit();
-    DataSet.Last();
-    DataSet.EnableControls();
-    EXPECT_TRUE(Log.empty());
-    DataSet.Edit();
-    DataSet.EnableControls();
-    EXPECT_EQ(Log, (Names{"EditingChanged(on)", "DataSetChanged"}));
-    EXPECT_FALSE(DataSet.ControlsDisabled());
-}
+// A detail dataset whose master is a data source.
+class TDetailDataSet : public TMemDataSet {
+public:
+    using TMemDataSet::TMemDataSet;
+    TDataSource* Master = nullptr;
+    TDataSource* GetDataSource() const override { return Master; }
+};
 
-TEST(DataSource, RelaysStateToLinksAndEventsAndLetsLinksEditUnderAutoEdit) {
+TEST(DataSource, RelaysStateLetsLinksEditRefusesCirclesAndSurvivesEitherEndGoingFirst) {
     TMemDataSet dataSet(nullptr);
     FillNumbers(dataSet, 3);
     dataSet.Close();
@@ -181,36 +181,25 @@ TEST(DataSource, RelaysStateToLinksAndEventsAndLetsLinksEditUnderAutoEdit) {
     log.clear();
     dataSet.FieldByName("NAME")->FocusControl();
     EXPECT_EQ(log, (Names{"link:FocusControl(NAME)"}));
-}
-
-// A detail dataset whose master is a data source.
-class TDetailDataSet : public TMemDataSet {
-public:
-    using TMemDataSet::TMemDataSet;
-    TDataSource* Master = nullptr;
-    TDataSource* GetDataSource() const override { return Master; }
-};
-
-TEST(DataSource, ACircularChainIsRefusedAndEitherEndMayBeDestroyedFirst) {
+    // A circular chain is refused.
     TDetailDataSet detail(nullptr);
-    TDataSource source(nullptr);
-    detail.Master = &source;
-    EXPECT_EQ(MessageOf([&] { source.SetDataSet(&detail); }), SCircularDataLink);
-    EXPECT_EQ(source.DataSet(), nullptr);
+    TDataSource master(nullptr);
+    detail.Master = &master;
+    EXPECT_EQ(MessageOf([&] { master.SetDataSet(&detail); }), SCircularDataLink);
+    EXPECT_EQ(master.DataSet(), nullptr);
     // A link outlives its dataset and then its source. (Every fixture tears down in the other order.)
-    auto dataSet = std::make_unique<TMemDataSet>(nullptr);
-    FillNumbers(*dataSet, 3);
-    auto owned = std::make_unique<TDataSource>(nullptr);
-    owned->SetDataSet(dataSet.get());
-    std::vector<std::string> log;
-    TRecordingLink link(log, "", 1, owned.get());
-    EXPECT_TRUE(link.Active());
-    dataSet.reset();
-    EXPECT_FALSE(link.Active());
-    EXPECT_EQ(owned->DataSet(), nullptr);
-    EXPECT_EQ(link.DataSet(), nullptr);
+    auto owned = std::make_unique<TMemDataSet>(nullptr);
+    FillNumbers(*owned, 3);
+    auto ownedSource = std::make_unique<TDataSource>(nullptr);
+    ownedSource->SetDataSet(owned.get());
+    TRecordingLink survivor(log, "", 1, ownedSource.get());
+    EXPECT_TRUE(survivor.Active());
     owned.reset();
-    EXPECT_EQ(link.DataSource(), nullptr);
+    EXPECT_FALSE(survivor.Active());
+    EXPECT_EQ(ownedSource->DataSet(), nullptr);
+    EXPECT_EQ(survivor.DataSet(), nullptr);
+    ownedSource.reset();
+    EXPECT_EQ(survivor.DataSource(), nullptr);
 }
 
 } // namespace

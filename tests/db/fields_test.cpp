@@ -94,7 +94,7 @@ TEST_F(FieldsTest, NullReadsAsEmptyAndZeroAndTypedReadsTellNullFromTheValueOfEve
 }
 
 // What a field keeps of a text: the text it reads back, or the error the field raises.
-TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
+TEST_F(FieldsTest, TextNumbersAndBytesAreCheckedConvertedAndCutByTheFieldType) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"I", " 42 ", "42"},
         {"I", "4x", "Field \"I\" error: \"4x\" is not a valid integer"},
@@ -131,11 +131,11 @@ TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
     // Conversions a type does not have name the target and the field.
     EXPECT_EQ(MessageOf([&] { F("B")->AsDateTime(); }), "Invalid type conversion to TDateTime in field B");
     EXPECT_EQ(MessageOf([&] { F("BY")->SetAsFloat(1); }), "Invalid type conversion to Float in field BY");
-    const Variant array = VarArrayOf({1, 2});
-    EXPECT_EQ(MessageOf([&] { F("I")->SetValue(array); }), "Field \"I\" error: Invalid variant value");
-}
-
-TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
+    EXPECT_EQ(MessageOf([&] {
+                  F("I")->SetValue(VarArrayOf({1, 2}));
+              }),
+              "Field \"I\" error: Invalid variant value");
+    // Numbers round half to even and keep their range.
     for (auto [value, rounded] : {std::pair{2.5, 2}, {3.5, 4}}) {
         F("I")->SetAsFloat(value);
         EXPECT_EQ(F("I")->AsInteger(), rounded);
@@ -150,9 +150,7 @@ TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
     F("I")->SetAsInteger(10);
     F("C")->SetAsFloat(0.1);
     EXPECT_EQ(F("C")->AsString(), "0.1");
-}
-
-TEST_F(FieldsTest, BinaryFieldsKeepTheirBytes) {
+    // Binary fields keep their bytes.
     F("BY")->SetAsBytes({1, 2});
     EXPECT_EQ(F("BY")->AsBytes(), (TBytes{1, 2, 0, 0}));
     F("VB")->SetAsBytes({9, 0, 7, 6, 5, 4});
