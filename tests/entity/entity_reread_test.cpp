@@ -54,13 +54,43 @@ std::string State(const TEntities& Entities) {
     return Result;
 }
 
-TEST(EntityReread, RegistryFollowsNamesAndLifetimes) {
+TEST(EntityReread, RegistryFollowsNamesLifetimesAndWritersAndMarkingMovesUpperCaseNames) {
     TEntities Entities = Make("A- -");
     EXPECT_EQ(Registry(Entities), "A:0 :1");
     Entities[1]->SetviewEntity("B");
     EXPECT_EQ(Registry(Entities), "A:0 B:1");
     Entities[0].reset();
     EXPECT_EQ(Registry(Entities), "B:1");
+    // A write through the second of two ORDERS marks both and makes the writer the group's leader; the
+    // next pass asks neither.
+    Entities = Make("ORDERS+ X- ORDERS+");
+    SetUpdateEntity("ORDERS", Entities[2].get());
+    EXPECT_EQ(State(Entities), "0x0.0x");
+    EXPECT_EQ(Registry(Entities), "ORDERS:2 X:1 ORDERS:0");
+    StartRereadAllUpdate();
+    EXPECT_EQ(State(Entities), "0x1.0x");
+
+    // Opening the first again makes it the leader without marking anything.
+    Entities[0]->SetFlgReread(false);
+    FirstNumber("ORDERS", Entities[0].get());
+    EXPECT_EQ(Registry(Entities), "ORDERS:0 X:1 ORDERS:2");
+    EXPECT_EQ(State(Entities), "0.1.0x");
+
+    SetRereadFlag("ORDERS");
+    EXPECT_EQ(State(Entities), "0x1.0x");
+    // Marking looks for the group under the upper-cased name: only upper-case names move.
+    // SetUpdateEntity compares the name as given and moves the writer whatever its case.
+    for (const auto& [Name, Expected] : {std::pair{"ORDERS", "ORDERS:1 ORDERS:0"},
+                                         {"orders", "orders:0 orders:1"},
+                                         {"Orders", "Orders:0 Orders:1"}}) {
+        Entities = Make(std::string(Name) + "- " + Name + "-");
+        Entities[1]->SetFlgReread(true);
+        EXPECT_EQ(Registry(Entities), Expected);
+    }
+    Entities = Make("orders- orders-");
+    SetUpdateEntity("orders", Entities[1].get());
+    EXPECT_EQ(Registry(Entities), "orders:1 orders:0");
+    EXPECT_EQ(State(Entities), "0x0x");
 }
 
 // Each run of consecutive undecided namesakes is decided once, by its first member; marked
@@ -78,42 +108,6 @@ TEST(EntityReread, DecisionPassAsksOncePerRun) {
         StartRereadAllUpdate();
         EXPECT_EQ(State(Entities), Expected) << Words;
     }
-}
-
-// A write through the second of two ORDERS marks both and makes the writer the group's leader; the
-// next pass asks neither.
-TEST(EntityReread, WriterMarksNamesakesAndLeads) {
-    TEntities Entities = Make("ORDERS+ X- ORDERS+");
-    SetUpdateEntity("ORDERS", Entities[2].get());
-    EXPECT_EQ(State(Entities), "0x0.0x");
-    EXPECT_EQ(Registry(Entities), "ORDERS:2 X:1 ORDERS:0");
-    StartRereadAllUpdate();
-    EXPECT_EQ(State(Entities), "0x1.0x");
-
-    // Opening the first again makes it the leader without marking anything.
-    Entities[0]->SetFlgReread(false);
-    FirstNumber("ORDERS", Entities[0].get());
-    EXPECT_EQ(Registry(Entities), "ORDERS:0 X:1 ORDERS:2");
-    EXPECT_EQ(State(Entities), "0.1.0x");
-
-    SetRereadFlag("ORDERS");
-    EXPECT_EQ(State(Entities), "0x1.0x");
-}
-
-// Marking looks for the group under the upper-cased name: only upper-case names move.
-// SetUpdateEntity compares the name as given and moves the writer whatever its case.
-TEST(EntityReread, MarkingMovesOnlyUpperCaseNames) {
-    for (const auto& [Name, Expected] : {std::pair{"ORDERS", "ORDERS:1 ORDERS:0"},
-                                         {"orders", "orders:0 orders:1"},
-                                         {"Orders", "Orders:0 Orders:1"}}) {
-        TEntities Entities = Make(std::string(Name) + "- " + Name + "-");
-        Entities[1]->SetFlgReread(true);
-        EXPECT_EQ(Registry(Entities), Expected);
-    }
-    TEntities Lower = Make("orders- orders-");
-    SetUpdateEntity("orders", Lower[1].get());
-    EXPECT_EQ(Registry(Lower), "orders:1 orders:0");
-    EXPECT_EQ(State(Lower), "0x0x");
 }
 
 // The close procedure runs for the last entity of a name only, and never at design time. Without a

@@ -41,7 +41,7 @@ protected:
 // removed fields and values cleared since never survive, values read and left stay, empty strings
 // are not kept, numbers and dates are written as their text, other sections stay. Without a section name
 // nothing is read or written; without SaveFindIni and SaveFilterIni only the options are.
-TEST_F(EntitySettings, DestructionLeavesExactlyTheCurrentValues) {
+TEST_F(EntitySettings, DestructionLeavesTheCurrentValuesReadingKeepsTheAbsentMarkerAndFailuresAreShown) {
     const TDateTime Date = EncodeDateTime(2024, 2, 29, 13, 5, 0, 0);
     const struct {
         const char* Name;
@@ -107,11 +107,8 @@ TEST_F(EntitySettings, DestructionLeavesExactlyTheCurrentValues) {
         EXPECT_EQ(fs::exists(SettingsPath()), !Case.After.empty());
         EXPECT_EQ(SettingsText(), Case.After);
     }
-}
-
-// A missing find key gives Null, a missing filter key leaves the absent marker in the filter slot:
-// the filter is cleared only when the find value is still the marker.
-TEST_F(EntitySettings, AbsentKeysFindAndFilterAsymmetry) {
+    // A missing find key gives Null, a missing filter key leaves the absent marker in the filter slot:
+    // the filter is cleared only when the find value is still the marker.
     WriteSettings("[orders]\nid-find=7\ncustname-filter=B\n");
     const Variant Marker(EntityAbsentMarker);
     const struct {
@@ -120,27 +117,25 @@ TEST_F(EntitySettings, AbsentKeysFindAndFilterAsymmetry) {
         bool SaveFilter;
         Variant Find;
         Variant Filter;
-    } Cases[] = {
+    } Reads[] = {
         {"customer", true, true, NullValue, Marker},       {"id", true, true, Variant("7"), Marker},
         {"custname", true, true, NullValue, Variant("B")}, {"id", false, true, NullValue, Marker},
         {"custname", true, false, NullValue, NullValue},
     };
-    for (const auto& Case : Cases) {
-        SCOPED_TRACE(std::string(Case.Field) + (Case.SaveFind ? " find" : "") +
-                     (Case.SaveFilter ? " filter" : ""));
+    for (const auto& Read : Reads) {
+        SCOPED_TRACE(std::string(Read.Field) + (Read.SaveFind ? " find" : "") +
+                     (Read.SaveFilter ? " filter" : ""));
         TOrdersEntity Orders;
         Orders.SetViewFull("orders");
-        Orders.SetSaveFindIni(Case.SaveFind);
-        Orders.SetSaveFilterIni(Case.SaveFilter);
-        TFieldItem* Field = Orders.FieldByName(Case.Field);
-        Orders.ReadFromINIField(Field, Case.Field);
-        EXPECT_EQ(Field->findStr(), Case.Find);
-        EXPECT_EQ(Field->filterStr(), Case.Filter);
+        Orders.SetSaveFindIni(Read.SaveFind);
+        Orders.SetSaveFilterIni(Read.SaveFilter);
+        TFieldItem* Field = Orders.FieldByName(Read.Field);
+        Orders.ReadFromINIField(Field, Read.Field);
+        EXPECT_EQ(Field->findStr(), Read.Find);
+        EXPECT_EQ(Field->filterStr(), Read.Filter);
         Orders.SetViewFull({});
     }
-}
-
-TEST_F(EntitySettings, FailedWriteAtDestructionIsShownNotThrown) {
+    // A failed write at destruction is shown, not thrown.
     const std::string TooLarge = "[orders]\n" + std::string(17 * 1024 * 1024, ';');
     WriteSettings(TooLarge);
     entitytest::TShownErrors Errors;

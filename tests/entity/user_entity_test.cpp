@@ -89,7 +89,7 @@ TEST(UserEntity, FieldsKeepTheirStoredForm) {
 }
 
 // A streamed name keeps its case; only "Y" itself makes a field take part in a command.
-TEST(UserEntity, StreamedNamesKeepTheirCaseAndOnlyYCounts) {
+TEST(UserEntity, StreamedNamesKeepTheirCaseOnlyYCountsAndABrokenListChangesNothing) {
     TUserEntity Entity(nullptr);
     Load(Entity, StoredForm({{"OrderID", "OrderID", "", "", true, true, false, true, true, 10, ftInteger,
                               "y;Y;yes;;Y ;N;Y;", "", ""}}));
@@ -97,24 +97,21 @@ TEST(UserEntity, StreamedNamesKeepTheirCaseAndOnlyYCounts) {
     EXPECT_EQ(Entity.GetFields(0)->FactName(), "OrderID");
     EXPECT_EQ(Entity.FieldByName("orderid"), Entity.GetFields(0));
     EXPECT_EQ(Entity.GetFields(0)->ExecSet(), (TSetExecType{fetInsert, fetClose}));
-}
-
-// A stream that breaks off or holds a type no field has raises the reader's error and leaves the
-// fields as they were.
-TEST(UserEntity, ABrokenFieldListChangesNothing) {
+    // A stream that breaks off or holds a type no field has raises the reader's error and leaves the
+    // fields as they were.
     TStoredField Field{"a", "a", "", "", true, true, true, true, true, 1, ftString, "Y;N;N;N;N;N;N;", "", ""};
     const std::string Good = StoredForm({Field});
     Field.Type = static_cast<TFieldType>(ftWideMemo + 1);
     const std::string BadType = StoredForm({Field});
     for (const std::string& Bytes : {Good.substr(0, Good.size() - 8), BadType}) {
-        TUserEntity Entity(nullptr);
-        Entity.CreateField("kept", "", "", 1, true, true, false, false, ftString, cnstETField);
-        EXPECT_THROW(Load(Entity, Bytes), EReadError);
-        EXPECT_EQ(Entity.lstFields().ToVector(), std::vector<std::string>{"kept"});
+        TUserEntity Kept(nullptr);
+        Kept.CreateField("kept", "", "", 1, true, true, false, false, ftString, cnstETField);
+        EXPECT_THROW(Load(Kept, Bytes), EReadError);
+        EXPECT_EQ(Kept.lstFields().ToVector(), std::vector<std::string>{"kept"});
     }
 }
 
-TEST(UserEntity, StoredProceduresAreSevenTerminatedNames) {
+TEST(UserEntity, StoredProceduresAreSevenTerminatedNamesAndCheckUpdateAsksTheEvent) {
     const struct {
         const char* Text;
         std::array<const char*, ExecTypeCount> Names;
@@ -126,23 +123,21 @@ TEST(UserEntity, StoredProceduresAreSevenTerminatedNames) {
     };
     for (const auto& Case : Cases) {
         SCOPED_TRACE(Case.Text);
-        TUserEntity Entity(nullptr);
-        Entity.SetSP(fetClose, "stale");
-        Entity.SetStroredProcedures(Case.Text);
+        TUserEntity Stored(nullptr);
+        Stored.SetSP(fetClose, "stale");
+        Stored.SetStroredProcedures(Case.Text);
         for (int Command = fetSelect; Command <= fetClose; ++Command) {
-            EXPECT_EQ(Entity.GetSP(static_cast<TExecType>(Command)), Case.Names[Command]);
+            EXPECT_EQ(Stored.GetSP(static_cast<TExecType>(Command)), Case.Names[Command]);
         }
         // No close procedure to run without a connection.
-        Entity.SetSP(fetClose, {});
+        Stored.SetSP(fetClose, {});
     }
     TUserEntity Entity(nullptr);
     EXPECT_EQ(Entity.GetStroredProcedures(), ";;;;;;;");
     Entity.SetSP(fetLock, "p");
     EXPECT_EQ(Entity.GetStroredProcedures(), ";;;;p;;;");
-}
-
-TEST(UserEntity, CheckUpdateAsksTheEventWithAFalseFlag) {
-    TUserEntity Entity(nullptr);
+    Entity.SetSP(fetLock, {});
+    // CheckUpdate asks the event with a false flag.
     EXPECT_FALSE(Entity.CheckUpdate());
     Entity.OnCheckUpdate = [&](TUserEntity* Sender, bool& Update) { Update = !Update && Sender == &Entity; };
     EXPECT_TRUE(Entity.CheckUpdate());

@@ -12,7 +12,7 @@ using quorda_test::Row;
 class EntityCommands : public CommandsTest {};
 
 // Bare and quoted names alike: a quoted name binds its parameter by the bare name.
-TEST_P(EntityCommands, AddEditDeleteReachTheTableAndNotifyNamesakes) {
+TEST_P(EntityCommands, AddEditDeleteReachTheTableAndValueSourcesBindValuesNullsAndEmptyStrings) {
     if (!Profile.Sql.QuotedNames.empty()) {
         ExecuteQuery(Profile.Sql.QuotedNames);
     }
@@ -55,12 +55,9 @@ TEST_P(EntityCommands, AddEditDeleteReachTheTableAndNotifyNamesakes) {
         EXPECT_TRUE(Reader.flgReread());
     }
     EXPECT_TRUE(Errors.Shown.empty());
-}
-
-// Each value source inserts a row of values (a 64-bit number among them) and a row of nulls and
-// empty strings. An empty string is a null when it comes from an array or a field; a query's row
-// hands over what it holds.
-TEST_P(EntityCommands, ValueSourcesBindValuesNullsAndEmptyStrings) {
+    // Each value source inserts a row of values (a 64-bit number among them) and a row of nulls and
+    // empty strings. An empty string is a null when it comes from an array or a field; a query's row
+    // hands over what it holds.
     const std::string Source = quorda_test::UniqueTableName("source");
     Raw.Exec("create table " + Source + " (id integer, customer bigint, note varchar(20), memo text)");
     struct Case {

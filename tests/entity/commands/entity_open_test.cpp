@@ -71,7 +71,7 @@ protected:
 // The selection holds the rows that pass WherePhrase and the filter, in the order of the sorting
 // field. Re-opening and re-reading stay on the row the selection stood on; the entity leads its
 // namesakes, unmarked. The columns show as the fields say.
-TEST_P(EntityOpen, ReopeningKeepsTheRowAndColumnsShowAsTheFieldsSay) {
+TEST_P(EntityOpen, ReopeningKeepsTheRowColumnsShowAsTheFieldsSayAndFindMovesToTheNextMatch) {
     Items->SetviewEntity("ITEMS");
     TTestEntity Other("ITEMS");
     Items->SetOrdering(Items->lstFields().IndexOf("name"));
@@ -101,10 +101,7 @@ TEST_P(EntityOpen, ReopeningKeepsTheRowAndColumnsShowAsTheFieldsSay) {
     GoTo(4);
     EXPECT_EQ(Query.FieldByName("price")->DisplayText(), "7.00");
     EXPECT_EQ(Query.FieldByName("memo")->DisplayText(), "(Blob)");
-}
-
-// Find over the selection ordered by name: alpha (2), charlie (4), delta (1), foxtrot (6).
-TEST_P(EntityOpen, FindMovesToTheNextMatchingRowOrStays) {
+    // Find over the selection ordered by name: alpha (2), charlie (4), delta (1), foxtrot (6).
     const struct {
         const char* Name;
         int Start;

@@ -32,7 +32,7 @@ private:
     std::string FSavedExecuteProc;
 };
 
-TEST_P(EntityProcedures, ExecutedAndOpenedProceduresTakeTheirArgumentsInFieldOrder) {
+TEST_P(EntityProcedures, ProceduresTakeTheirArgumentsInFieldOrderAndTheSelectProcedurePreparesTheSelection) {
     {
         TNotesEntity Notes(T, "NOTES");
         TNotesEntity Other(T, "NOTES");
@@ -60,11 +60,9 @@ TEST_P(EntityProcedures, ExecutedAndOpenedProceduresTakeTheirArgumentsInFieldOrd
         EXPECT_EQ(Notes.Add().AsInteger(), 1);
     }
     EXPECT_TRUE(Errors.Shown.empty());
-}
-
-// The select procedure prepares the data before the selection opens, and again when a marked entity
-// re-reads; an unmarked one only refreshes.
-TEST_P(EntityProcedures, TheSelectProcedurePreparesTheSelection) {
+    // The select procedure prepares the data before the selection opens, and again when a marked entity
+    // re-reads; an unmarked one only refreshes.
+    Raw.Exec("delete from " + T);
     TNotesEntity Notes(T, "NOTES");
     strExecuteProc = "CALL";
     Notes.SetSP(fetSelect, T + "_add");
