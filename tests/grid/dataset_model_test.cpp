@@ -27,7 +27,7 @@ protected:
     QAbstractItemModelTester Tester{&Model, QAbstractItemModelTester::FailureReportingMode::Fatal};
 };
 
-TEST_F(DataSetModelTest, FetchesInChunksWithoutMovingTheDataSet) {
+TEST_F(DataSetModelTest, FetchesInChunksWithoutMovingTheDataSetAndEditsGoThroughTheFields) {
     DataSet.SetRecNo(500);
     EXPECT_EQ(Model.columnCount(), 2);
     EXPECT_EQ(Model.headerData(0, Qt::Horizontal).toString(), "Number");
@@ -45,9 +45,6 @@ TEST_F(DataSetModelTest, FetchesInChunksWithoutMovingTheDataSet) {
     EXPECT_EQ(counts.back(), 1000);
     EXPECT_EQ(Text(999, 1), "name1000");
     EXPECT_EQ(DataSet.RecNo(), 500);
-}
-
-TEST_F(DataSetModelTest, EditsGoThroughTheFieldsAndChangesElsewhereReset) {
     Model.fetchMore(QModelIndex());
     QSignalSpy changed(&Model, &QAbstractItemModel::dataChanged);
     ASSERT_TRUE(Model.flags(Model.index(4, 1)) & Qt::ItemIsEditable);

@@ -86,38 +86,7 @@ TEST_F(Indicators, IndicatorSizeTakesOnlyValuesFromOneToFortyNine) {
     (void)Grid.viewport()->grab();
 }
 
-// No keeps the rows; one row gets the single question. Nothing is asked when the dataset cannot
-// change or confirmation is off.
-TEST_F(GridTest, DeleteQuestionNoKeepsTheRowsAndOneRowGetsTheSingleQuestion) {
-    TConfirmAnswers Confirm;
-    Click(4);
-    Click(5, Qt::ControlModifier);
-    Click(9, Qt::ControlModifier);
-    Confirm.Answer = false;
-    Key(Qt::Key_Delete, Qt::ControlModifier);
-    EXPECT_EQ(DataSet.RecordCount(), 40);
-    Click(7);
-    Confirm.Answer = true;
-    Key(Qt::Key_Delete, Qt::ControlModifier);
-    EXPECT_EQ(Confirm.Asked,
-              (std::vector<std::string>{SDeleteMultipleRecordsQuestion, SDeleteRecordQuestion}));
-    EXPECT_EQ(DataSet.RecordCount(), 39);
-    EXPECT_EQ(DataSet.Locate("ID", 7, {}), false);
-
-    Confirm.Asked.clear();
-    DataSet.SetReadOnly(true);
-    Key(Qt::Key_Delete, Qt::ControlModifier);
-    DataSet.SetReadOnly(false);
-    TDBGridOptions options = Grid.Options();
-    options.erase(dgConfirmDelete);
-    Grid.SetOptions(options);
-    Click(2);
-    Key(Qt::Key_Delete, Qt::ControlModifier);
-    EXPECT_TRUE(Confirm.Asked.empty());
-    EXPECT_EQ(DataSet.RecordCount(), 38);
-}
-
-TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscapeErrorsAreShown) {
+TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscapeAndDownOnTheLastRowAppends) {
     GoTo(3);
     Grid.MoveCol(2); // NAME
     QTest::keyClicks(&Grid, "new");
@@ -152,9 +121,6 @@ TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscapeErrorsAreShown)
     EXPECT_EQ(DataSet.State(), dsEdit);
     DataSet.BeforePost = nullptr;
     DataSet.Cancel();
-}
-
-TEST_F(GridTest, DownOnTheLastRowAppendsAndUpCancelsTheEmptyRecord) {
     GoTo(40);
     Key(Qt::Key_Down);
     EXPECT_EQ(DataSet.State(), dsInsert);
@@ -165,7 +131,7 @@ TEST_F(GridTest, DownOnTheLastRowAppendsAndUpCancelsTheEmptyRecord) {
     EXPECT_EQ(DataSet.RecordCount(), 40);
 }
 
-TEST_F(GridTest, ColumnsAreSizedAndMovedWithTheMouseOnTheTitles) {
+TEST_F(GridTest, ColumnsAreSizedAndMovedOnTheTitlesAndDragStartsAfterSixPixels) {
     std::vector<std::string> log;
     Grid.OnColumnMoved = [&log](TObject*, int From, int To) {
         log.push_back("moved " + std::to_string(From) + ">" + std::to_string(To));
@@ -189,9 +155,6 @@ TEST_F(GridTest, ColumnsAreSizedAndMovedWithTheMouseOnTheTitles) {
     Grid.MouseUp(Qt::LeftButton, {}, nameTitle.x(), titleY);
     EXPECT_EQ(Grid.Columns()[0]->FieldName(), "NAME");
     EXPECT_EQ(log, (std::vector<std::string>{"title ID", "moved 1>2"}));
-}
-
-TEST_F(GridTest, DragStartsAfterSixPixels) {
     int drags = 0;
     Grid.OnStartDrag = [&drags](TObject*) { ++drags; };
     const QPoint p = CellPoint(3);
@@ -208,7 +171,7 @@ TEST_F(GridTest, DragStartsAfterSixPixels) {
 }
 
 // Over a numbered table (an unnumbered one shows three positions, see the query grid).
-TEST_F(GridTest, ScrollBarAndWindowFollowTheRecordNumberAndTheVisibleRows) {
+TEST_F(GridTest, ScrollBarFollowsTheRecordNumberAndDeleteAsksBeforeDeleting) {
     QScrollBar* bar = Grid.verticalScrollBar();
     GoTo(25);
     EXPECT_EQ(bar->maximum(), 39);
@@ -220,6 +183,35 @@ TEST_F(GridTest, ScrollBarAndWindowFollowTheRecordNumberAndTheVisibleRows) {
     EXPECT_EQ(DataSet.BufferCount(), kVisibleRows);
     Grid.resize(Grid.width(), Grid.height() + 3 * Grid.DefaultRowHeight());
     EXPECT_EQ(DataSet.BufferCount(), kVisibleRows + 3);
+    // No keeps the rows; one row gets the single question. Nothing is asked when the dataset cannot
+    // change or confirmation is off.
+    GoTo(1);
+    TConfirmAnswers Confirm;
+    Click(4);
+    Click(5, Qt::ControlModifier);
+    Click(9, Qt::ControlModifier);
+    Confirm.Answer = false;
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    EXPECT_EQ(DataSet.RecordCount(), 40);
+    Click(7);
+    Confirm.Answer = true;
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    EXPECT_EQ(Confirm.Asked,
+              (std::vector<std::string>{SDeleteMultipleRecordsQuestion, SDeleteRecordQuestion}));
+    EXPECT_EQ(DataSet.RecordCount(), 39);
+    EXPECT_EQ(DataSet.Locate("ID", 7, {}), false);
+
+    Confirm.Asked.clear();
+    DataSet.SetReadOnly(true);
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    DataSet.SetReadOnly(false);
+    TDBGridOptions options = Grid.Options();
+    options.erase(dgConfirmDelete);
+    Grid.SetOptions(options);
+    Click(2);
+    Key(Qt::Key_Delete, Qt::ControlModifier);
+    EXPECT_TRUE(Confirm.Asked.empty());
+    EXPECT_EQ(DataSet.RecordCount(), 38);
 }
 
 // Row-select mode: whole rows move with Left and Right, Home and End go to the first and last row.
@@ -233,7 +225,7 @@ protected:
     QColor PixelAt(const QPoint& Point) { return Grid.viewport()->grab().toImage().pixelColor(Point); }
 };
 
-TEST_F(RowSelect, ArrowsMoveRowsAndHomeEndReachTheEnds) {
+TEST_F(RowSelect, ArrowsMoveRowsAndSelectedRowsTakeButtonColoursWithoutTheFocus) {
     GoTo(5);
     Key(Qt::Key_Right, Qt::ShiftModifier);
     Key(Qt::Key_Right, Qt::ShiftModifier);
@@ -246,9 +238,6 @@ TEST_F(RowSelect, ArrowsMoveRowsAndHomeEndReachTheEnds) {
     Key(Qt::Key_Home);
     EXPECT_EQ(CurrentId(), 1);
     EXPECT_FALSE(Grid.CanEditShow());
-}
-
-TEST_F(RowSelect, SelectedRowsTakeButtonColoursWithoutTheFocusAndTheCurrentRowADottedFrame) {
     GoTo(3);
     Click(4);
     Click(6, Qt::ShiftModifier);

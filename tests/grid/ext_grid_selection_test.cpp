@@ -61,7 +61,8 @@ TEST_P(Selection, FollowsTheAnchorRules) {
 INSTANTIATE_TEST_SUITE_P(Grid, Selection, ::testing::ValuesIn(kCases),
                          [](const auto& Info) { return std::string(Info.param.Name); });
 
-TEST_F(GridTest, ShiftSelectionKeepsTheRowsOnScreen) {
+TEST_F(GridTest,
+       ShiftSelectionKeepsTheRowsOnScreenAddSelectSortsKeysAndWithoutMultiSelectOnlyTheAnchorMoves) {
     GoTo(20);
     const int top = TopId();
     const int place = Grid.DataLink()->ActiveRecord();
@@ -82,23 +83,6 @@ TEST_F(GridTest, ShiftSelectionKeepsTheRowsOnScreen) {
     EXPECT_EQ(CurrentId(), 20);
     EXPECT_EQ(Grid.DataLink()->ActiveRecord(), place);
     EXPECT_EQ(SelectedIds(), Range(2, 35));
-}
-
-TEST_F(GridTest, KeyNavigationWithoutMultiSelectSelectsNothingButSetsTheAnchor) {
-    TDBGridOptions options = Grid.Options();
-    options.erase(dgMultiSelect);
-    Grid.SetOptions(options);
-    GoTo(3);
-    Key(Qt::Key_Down, Qt::ShiftModifier);
-    Key(Qt::Key_Down);
-    EXPECT_EQ(Grid.SelectedRows().Count(), 0);
-    EXPECT_TRUE(Grid.Selecting());
-    EXPECT_EQ(Grid.Anchor(), Grid.CurrentRow());
-    Grid.ClearSelection(); // only with multi-select
-    EXPECT_TRUE(Grid.Selecting());
-}
-
-TEST_F(GridTest, AddSelectKeepsApplicationKeysSorted) {
     EXPECT_EQ(Grid.DoAddSelect(true), "");
     Grid.OnGetDataSetKey = [](const TDataSet* Sender, std::string& Key) {
         Key = const_cast<TDataSet*>(Sender)->FieldByName("NAME")->AsString();
@@ -110,6 +94,17 @@ TEST_F(GridTest, AddSelectKeepsApplicationKeysSorted) {
     GoTo(9);
     EXPECT_EQ(Grid.DoAddSelect(false), "name9");
     EXPECT_EQ(Grid.SelectedKeys().Text(), "name12\nname3\nname7\n");
+    TDBGridOptions options = Grid.Options();
+    options.erase(dgMultiSelect);
+    Grid.SetOptions(options);
+    GoTo(3);
+    Key(Qt::Key_Down, Qt::ShiftModifier);
+    Key(Qt::Key_Down);
+    EXPECT_EQ(Grid.SelectedRows().Count(), 0);
+    EXPECT_TRUE(Grid.Selecting());
+    EXPECT_EQ(Grid.Anchor(), Grid.CurrentRow());
+    Grid.ClearSelection(); // only with multi-select
+    EXPECT_TRUE(Grid.Selecting());
 }
 
 } // namespace

@@ -49,7 +49,7 @@ protected:
     TFieldSave Save;
 };
 
-TEST_F(FieldSaveTest, CapturingAgainAfterAMoveUpdatesTheItemsInTheNewOrder) {
+TEST_F(FieldSaveTest, CapturingFollowsTheGridAndRestoringMovesSavedColumns) {
     Layout({"A", "B", "C"});
     Save.GetInfoGrid(Grid);
     EXPECT_EQ(SavedOrder(), (std::vector<std::string>{"A@0:10", "B@1:20", "C@2:30"}));
@@ -65,9 +65,6 @@ TEST_F(FieldSaveTest, CapturingAgainAfterAMoveUpdatesTheItemsInTheNewOrder) {
     Save.Clear();
     EXPECT_EQ(Save.FieldCount(), 0);
     EXPECT_EQ(Save.FieldByName("A"), nullptr);
-}
-
-TEST_F(FieldSaveTest, RestoringMovesSavedColumnsSetsTheirWidthsAndPassesTheOthers) {
     Layout({"C", "A", "B"});
     Grid.Columns()[0]->SetWidth(33);
     Save.GetInfoGrid(Grid);
