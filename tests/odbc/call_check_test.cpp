@@ -42,7 +42,7 @@ private:
 
 // The message's layout and the handles it carries are pinned through a database by the core suite
 // (FaultDiagnostics); here a record the driver manager itself reports, read once.
-TEST(CheckODBC, RaisesTheDriverManagersDiagnosticsForTheConnection) {
+TEST(CheckODBC, RaisesTheDriverManagersDiagnosticsAndHandlesMoveAndFreeOnce) {
     TODBCConnectionHandle dbc;
     CheckODBC(SQLAllocConnect(TestEnv(), dbc.Receive()), TestEnv(), nullptr, nullptr, "SQLAllocConnect");
     ASSERT_TRUE(dbc);
@@ -60,6 +60,19 @@ TEST(CheckODBC, RaisesTheDriverManagersDiagnosticsForTheConnection) {
     EXPECT_EQ(again.SQLState().find("IM002"), std::string::npos) << again.SQLState();
     EXPECT_EQ(dbc.Free(), SQL_SUCCESS);
     EXPECT_FALSE(dbc);
+    TODBCConnectionHandle first;
+    ASSERT_EQ(SQLAllocConnect(TestEnv(), first.Receive()), SQL_SUCCESS);
+    const SQLHDBC raw = first.Get();
+    TODBCConnectionHandle second(std::move(first));
+    EXPECT_FALSE(first);
+    EXPECT_EQ(second.Get(), raw);
+
+    TODBCConnectionHandle third;
+    ASSERT_EQ(SQLAllocConnect(TestEnv(), third.Receive()), SQL_SUCCESS);
+    third = std::move(second); // releases the handle third held before
+    EXPECT_EQ(third.Get(), raw);
+    EXPECT_EQ(third.Free(), SQL_SUCCESS);
+    EXPECT_EQ(third.Free(), SQL_SUCCESS); // empty: nothing to release
 }
 
 // Only errors, invalid handles and SQL_STILL_EXECUTING raise.
@@ -74,22 +87,6 @@ TEST(CheckODBC, PassesSuccessAndNoDataThroughAndTracesEveryCall) {
     EXPECT_NE(trace.Lines()[0].find("SQLFetch -> 100 SQL_NO_DATA"), std::string::npos) << trace.Lines()[0];
     EXPECT_NE(trace.Lines()[2].find("SQLExecDirect -> 2 SQL_STILL_EXECUTING"), std::string::npos);
     EXPECT_NE(trace.Lines()[3].find("SQLFreeConnect -> -1 SQL_ERROR"), std::string::npos);
-}
-
-TEST(ODBCHandles, MoveTransfersOwnershipAndFreeReleasesOnce) {
-    TODBCConnectionHandle first;
-    ASSERT_EQ(SQLAllocConnect(TestEnv(), first.Receive()), SQL_SUCCESS);
-    const SQLHDBC raw = first.Get();
-    TODBCConnectionHandle second(std::move(first));
-    EXPECT_FALSE(first);
-    EXPECT_EQ(second.Get(), raw);
-
-    TODBCConnectionHandle third;
-    ASSERT_EQ(SQLAllocConnect(TestEnv(), third.Receive()), SQL_SUCCESS);
-    third = std::move(second); // releases the handle third held before
-    EXPECT_EQ(third.Get(), raw);
-    EXPECT_EQ(third.Free(), SQL_SUCCESS);
-    EXPECT_EQ(third.Free(), SQL_SUCCESS); // empty: nothing to release
 }
 
 struct Record {
@@ -118,7 +115,7 @@ EODBCError Build(const std::vector<Record>& Records, int& Calls) {
 
 // The native code and message come from the first record that has a code; an empty queue leaves
 // everything empty after one call.
-TEST(CreateODBCError, NativeCodeComesFromTheFirstRecordThatHasOne) {
+TEST(CreateODBCError, NativeCodeFromTheFirstRecordThatHasOneAndEveryQueueStaysBounded) {
     const struct {
         std::vector<Record> Records;
         SQLINTEGER Native;
@@ -139,10 +136,7 @@ TEST(CreateODBCError, NativeCodeComesFromTheFirstRecordThatHasOne) {
             EXPECT_EQ(e.Message() + e.SQLState(), "");
         }
     }
-}
-
-// A failing read ends the queue; unterminated buffers and a queue that never ends stay bounded.
-TEST(CreateODBCError, FailingReadsUnterminatedBuffersAndEndlessQueuesStayBounded) {
+    // A failing read ends the queue; unterminated buffers and a queue that never ends stay bounded.
     int calls = 0;
     const EODBCError failed = detail::BuildODBCError(
         [&](detail::TDiagnosticBuffers&) {

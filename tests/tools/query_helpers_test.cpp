@@ -71,7 +71,7 @@ protected:
 // Both families: values set in order (Null a null parameter), listed indexes cleared afterwards, the
 // rows affected returned, only the Uni form forward-only, and too few values an error rather than a
 // read past the array.
-TEST_P(QueryHelpers, EachFamilyExecutesAndOpensWithValues) {
+TEST_P(QueryHelpers, EachFamilyExecutesOpensCreatesAndFinds) {
     for (const HelperFamily& family : Families()) {
         SCOPED_TRACE(family.Name);
         Raw.Exec("delete from " + T + " where id > 3");
@@ -103,9 +103,7 @@ TEST_P(QueryHelpers, EachFamilyExecutesAndOpensWithValues) {
         EXPECT_THROW(family.OpenLong("select * from " + T + " where id = :id", {}), EDatabaseError);
         EXPECT_EQ(Rows()[0][1], "Alpha");
     }
-}
-
-TEST_P(QueryHelpers, CreatedQueriesAreBoundAndSized) {
+    // Created queries are bound to their connection and sized.
     std::vector<std::tuple<std::string, TQueryPtr, TODBCDatabase*, std::int32_t>> cases;
     cases.emplace_back("CreateQuery", CreateQuery(), DataBase, 250);
     cases.emplace_back("CreateQueryExt", CreateQueryExt(), DataBase, 255);
@@ -117,9 +115,21 @@ TEST_P(QueryHelpers, CreatedQueriesAreBoundAndSized) {
         EXPECT_EQ(query->MaxBlobBuffer(), 1000) << name;
     }
     EXPECT_NE(dynamic_cast<TODBCExtQuery*>(std::get<1>(cases[1]).get()), nullptr);
-}
-
-TEST_P(QueryHelpers, PoolLockIsReleasedWhenCreateMQueryFails) {
+    // FindAnyRecord matches a prefix of any field, from the next record on.
+    const auto query = OpenQuery("select id, a, c from " + T + " where id <= 3 order by id");
+    EXPECT_FALSE(FindAnyRecord(query.get(), true, "BE"));
+    EXPECT_EQ(query->Fields()[0]->AsInteger(), 1);
+    EXPECT_TRUE(FindAnyRecord(query.get(), false, "BE"));
+    EXPECT_EQ(query->Fields()[0]->AsInteger(), 2);
+    // "alpha" is inside record 3's value, not at its start.
+    EXPECT_FALSE(FindAnyRecord(query.get(), false, "alpha"));
+    EXPECT_EQ(query->Fields()[0]->AsInteger(), 2);
+    EXPECT_TRUE(FindAnyRecord(query.get(), false, ""));
+    EXPECT_EQ(query->Fields()[0]->AsInteger(), 3);
+    EXPECT_FALSE(FindAnyRecord(query.get(), false, ""));
+    EXPECT_EQ(query->Fields()[0]->AsInteger(), 3);
+    EXPECT_FALSE(query->ControlsDisabled());
+    // A failing CreateMQuery releases the pool's lock.
     TMultiDataBases broken;
     broken.SetDriverConnectOption(dcoDriverNoPrompt);
     broken.SetConnectStyle(csDriverConnect);
@@ -135,22 +145,6 @@ TEST_P(QueryHelpers, PoolLockIsReleasedWhenCreateMQueryFails) {
         broken.UnLock();
     }
     MultiDataBases = &Pool;
-}
-
-TEST_P(QueryHelpers, FindAnyRecordMatchesAPrefixOfAnyFieldFromTheNextRecord) {
-    const auto query = OpenQuery("select id, a, c from " + T + " order by id");
-    EXPECT_FALSE(FindAnyRecord(query.get(), true, "BE"));
-    EXPECT_EQ(query->Fields()[0]->AsInteger(), 1);
-    EXPECT_TRUE(FindAnyRecord(query.get(), false, "BE"));
-    EXPECT_EQ(query->Fields()[0]->AsInteger(), 2);
-    // "alpha" is inside record 3's value, not at its start.
-    EXPECT_FALSE(FindAnyRecord(query.get(), false, "alpha"));
-    EXPECT_EQ(query->Fields()[0]->AsInteger(), 2);
-    EXPECT_TRUE(FindAnyRecord(query.get(), false, ""));
-    EXPECT_EQ(query->Fields()[0]->AsInteger(), 3);
-    EXPECT_FALSE(FindAnyRecord(query.get(), false, ""));
-    EXPECT_EQ(query->Fields()[0]->AsInteger(), 3);
-    EXPECT_FALSE(query->ControlsDisabled());
 }
 
 TEST_P(QueryHelpers, WaitCursorIsShownAndRestoredAfterEveryFailingHelper) {

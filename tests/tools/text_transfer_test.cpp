@@ -29,7 +29,7 @@ protected:
     }
 };
 
-TEST_P(TextTransfer, ExportWritesTheByteExactFormat) {
+TEST_P(TextTransfer, ExportWritesTheByteExactFormatAndFileErrorsAreClear) {
     const std::string t = Table("id integer, name varchar(40), amount double precision, note varchar(40)");
     Raw.Exec("insert into " + t + " values (1, 'O''Brien', 2.5, 'a,b')");
     Raw.Exec("insert into " + t + " values (2, " + Profile.Sql.Text("D:\\data") + ", -0.125, " +
@@ -55,6 +55,20 @@ TEST_P(TextTransfer, ExportWritesTheByteExactFormat) {
     EXPECT_EQ(ReadFile(file), "id,name,note\r\n3,'',''\r\n4,'four','Grüße'\r\nX,4,'four'\r\n");
     SaveQryToFile(file.string(), "X", query.get(), {"at the end"}); // nothing left: untouched
     EXPECT_EQ(ReadFile(file), "id,name,note\r\n3,'',''\r\n4,'four','Grüße'\r\nX,4,'four'\r\n");
+    // File errors are clear.
+    EXPECT_THROW(ImportDataSet("/nonexistent/quorda/in.txt", t, "", itIgnoreExists), EInOutError);
+    const auto error = [&](auto&& action) -> std::string {
+        try {
+            action();
+        } catch (const EInOutError& e) {
+            return e.Message();
+        }
+        return "no error";
+    };
+    EXPECT_EQ(error([&] { ExportDataSet(query.get(), "/nonexistent/quorda/out.txt"); }),
+              "Cannot write file \"/nonexistent/quorda/out.txt\": No such file or directory");
+    query->First();
+    EXPECT_THROW(SaveQryToFile("/nonexistent/quorda/out.txt", "", query.get(), {"id"}), EInOutError);
 }
 
 TEST_P(TextTransfer, RoundTripKeepsEveryTypeAndAwkwardValue) {
@@ -86,7 +100,7 @@ TEST_P(TextTransfer, RoundTripKeepsEveryTypeAndAwkwardValue) {
     EXPECT_EQ(Contents(appended), Contents(source));
 }
 
-TEST_P(TextTransfer, ABadNumberOnLine5000LeavesTheTableAsItWas) {
+TEST_P(TextTransfer, ABadLineLeavesTheTableAsItWasAndEveryShapeOfFileImportsOrIsRefusedWhole) {
     const std::string t = Table("id integer primary key, amount double precision, name varchar(20)");
     Raw.Exec("insert into " + t + " values (1, 1.5, 'kept')");
     std::string text = "id,amount,name\r\n";
@@ -135,11 +149,8 @@ TEST_P(TextTransfer, ABadNumberOnLine5000LeavesTheTableAsItWas) {
         EXPECT_EQ(dynamic_cast<const TImportLineInfo&>(e).Line(), 3);
     }
     EXPECT_EQ(Contents(t).size(), 1u);
-}
-
-// Every shape of file, into a table that holds row 1: a key already there is skipped or replaced by
-// the import type; a damaged file is refused whole.
-TEST_P(TextTransfer, ImportTakesEveryShapeOfFileOrRefusesItWhole) {
+    // Every shape of file, into a table that holds row 1: a key already there is skipped or replaced by
+    // the import type; a damaged file is refused whole.
     struct Case {
         std::string Text;
         std::vector<quorda_test::Row> Rows; // after the import
@@ -158,38 +169,17 @@ TEST_P(TextTransfer, ImportTakesEveryShapeOfFileOrRefusesItWhole) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.Text + " " + std::to_string(c.Type));
-        const std::string t = Table("id integer primary key, name varchar(20)");
-        Raw.Exec("insert into " + t + " values (1, 'one')");
-        const auto file = TempPath();
+        const std::string target = Table("id integer primary key, name varchar(20)");
+        Raw.Exec("insert into " + target + " values (1, 'one')");
         WriteFile(file, c.Text);
         if (c.Refused) {
-            EXPECT_THROW(ImportDataSet(file.string(), t, "where id = :id", c.Type), Exception);
+            EXPECT_THROW(ImportDataSet(file.string(), target, "where id = :id", c.Type), Exception);
         } else {
-            ImportDataSet(file.string(), t, "where id = :id", c.Type);
+            ImportDataSet(file.string(), target, "where id = :id", c.Type);
         }
-        EXPECT_EQ(Contents(t), c.Rows);
+        EXPECT_EQ(Contents(target), c.Rows);
         EXPECT_FALSE(DataBase->InTransaction());
     }
-}
-
-TEST_P(TextTransfer, FileErrorsAreClear) {
-    const std::string t = Table("id integer");
-    EXPECT_THROW(ImportDataSet("/nonexistent/quorda/in.txt", t, "", itIgnoreExists), EInOutError);
-    const auto query = OpenQuery("select * from " + t);
-    const auto error = [&](auto&& action) -> std::string {
-        try {
-            action();
-        } catch (const EInOutError& e) {
-            return e.Message();
-        }
-        return "no error";
-    };
-    EXPECT_EQ(error([&] { ExportDataSet(query.get(), "/nonexistent/quorda/out.txt"); }),
-              "Cannot write file \"/nonexistent/quorda/out.txt\": No such file or directory");
-    Raw.Exec("insert into " + t + " values (1)");
-    query->Close();
-    query->Open();
-    EXPECT_THROW(SaveQryToFile("/nonexistent/quorda/out.txt", "", query.get(), {"id"}), EInOutError);
 }
 
 // Each escaped form decodes back to the same bytes; a backslash before x stays distinguishable from
