@@ -1,5 +1,6 @@
 #include "entity_commands_support.h"
 #include "quorda/db/field.h"
+#include "quorda_test/fault_driver.h"
 
 #include <functional>
 #include <optional>
@@ -108,6 +109,169 @@ TEST_P(EntityCommands, AddEditDeleteReachTheTableAndValueSourcesBindValuesNullsA
 
 INSTANTIATE_TEST_SUITE_P(Drivers, EntityCommands, ::testing::Values("sqlite", "pgsql", "mariadb"),
                          quorda_test::ProfileTestName);
+
+// Two real connections: Raw holds a row lock in an open transaction, the entity locks through
+// DataBase with a short lock wait.
+TEST_P(EntityCommands, LockedDeletedAndSelectedRowsOfOtherConnections) {
+    Raw.Exec("insert into " + T + " values (1, 10, 'one', null)");
+    Raw.Exec("insert into " + T + " values (2, 20, 'two', null)");
+    if (Profile.Sql.ShortLockWait.empty()) {
+        // The busy timeout is SQLite's lock wait.
+        std::string Short = Profile.ConnectionString;
+        Short.replace(Short.find("Timeout=5000"), 12, "Timeout=200");
+        Connect(Short);
+    } else {
+        ExecuteQuery(Profile.Sql.ShortLockWait);
+    }
+    TNotesEntity Notes(T, "");
+    Raw.SetAutoCommit(false);
+    Raw.Exec("update " + T + " set note = note where id = 1");
+    Notes.SetFieldValue("id", 1);
+    // Inside a transaction of its own, as a lock is meant to be taken: the failed lock leaves the
+    // transaction usable for the re-read.
+    DataBase->StartTransaction();
+    EXPECT_EQ(Notes.Lock(), lrLocked);
+    EXPECT_EQ(Errors.Shown.size(), 1u);
+    ASSERT_TRUE(Notes.LockQuery()->Active());
+    EXPECT_EQ(Notes.LockQuery()->FieldByName("note")->AsString(), "one");
+    DataBase->Rollback();
+    Raw.Rollback();
+    Raw.SetAutoCommit(true);
+    EXPECT_EQ(Notes.Lock(), lrOk);
+    EXPECT_EQ(Errors.Shown.size(), 1u);
+    // A row deleted by another connection is not re-read, and nothing more is shown.
+    Notes.SetFieldValue("id", 2);
+    ASSERT_EQ(Notes.LockForArray(cdtArray, {2}), lrOk);
+    Raw.Exec("delete from " + T + " where id = 1");
+    EXPECT_EQ(Notes.LockForArray(cdtArray, {1}), lrDeleted);
+    EXPECT_EQ(Errors.Shown.size(), 1u);
+    // Still the row of the last lock that found one.
+    EXPECT_EQ(Notes.LockQuery()->FieldByName("id")->AsInteger(), 2);
+    // LockForQry takes the key from the open selection.
+    Notes.DataQuery()->SQL().SetText("select id from " + T + " where id = 2");
+    OpenQry(Notes.DataQuery());
+    EXPECT_EQ(Notes.LockForQry(), lrOk);
+    EXPECT_EQ(Notes.LockQuery()->FieldByName("note")->AsString(), "two");
+    EXPECT_EQ(Notes.DeleteForQry().AsInteger(), 1);
+    EXPECT_TRUE(Rows().empty());
+}
+
+// A lock procedure says that the row is gone with native error -746; any other error means the row
+// is locked. Only a lock that did not find the row gone re-reads it.
+TEST(EntityLockProcedure, NativeErrorMinus746MeansDeleted) {
+    const struct {
+        TExecType Command;
+        int Native;
+        TLockResult Expected;
+        bool ReRead;
+    } Cases[] = {
+        {fetLock, -746, lrDeleted, false},
+        {fetLock, 7, lrLocked, true},
+        {fetCLock, -746, lrDeleted, false},
+        {fetCLock, 7, lrLocked, false},
+    };
+    for (const auto& C : Cases) {
+        SCOPED_TRACE(std::to_string(C.Command) + " " + std::to_string(C.Native));
+        quorda_test::FaultDriver Fault("fail:SQLExecute@1|diag:SQLExecute:HY000/" + std::to_string(C.Native) +
+                                       "/row|result:id/4|row:1");
+        TODBCDatabase Database(nullptr);
+        Database.SetDriverConnectOption(dcoDriverNoPrompt);
+        Database.SetConnectStr(Fault.ConnectionString());
+        Database.Open();
+        DataBase = &Database;
+        TShownErrors Errors;
+        {
+            TTestEntity Entity;
+            Entity.SetFactTable("orders");
+            Entity.CreateField("id", "Id", "", 6, true, true, true, false, ftInteger, cnstETPK);
+            Entity.SetSP(C.Command, "lock_orders");
+            Entity.SetFieldValue("id", 1);
+            EXPECT_EQ(Entity.LockCascade(), C.Expected);
+            EXPECT_EQ(Entity.LockQuery()->Active(), C.ReRead);
+        }
+        DataBase = nullptr;
+        EXPECT_EQ(Errors.Shown.size(), 1u);
+        EXPECT_TRUE(Fault.Received("SQLPrepare EXECUTE PROCEDURE lock_orders(?)"));
+    }
+}
+
+using quorda_test::Row;
+
+// Real procedures and functions: executed ones are called with CALL, opened ones selected from.
+class EntityProcedures : public CommandsTest {
+protected:
+    void SetUp() override {
+        CommandsTest::SetUp();
+        FSavedExecuteProc = strExecuteProc;
+        // Each procedure takes its arguments in the order of the entity's fields.
+        Raw.Exec("create procedure " + T +
+                 "_add(p_id integer, p_customer integer, p_note varchar, p_memo text) "
+                 "language sql as $$ insert into " +
+                 T + " values (p_id, p_customer, p_note, p_memo) $$");
+        Raw.Exec("create function " + T +
+                 "_drop(p_customer integer, p_note varchar, p_memo text) returns integer "
+                 "language sql as $$ with gone as (delete from " +
+                 T + " where customer = p_customer returning 1) select count(*)::integer from gone $$");
+    }
+    void TearDown() override {
+        strExecuteProc = FSavedExecuteProc;
+        Raw.Exec("drop procedure " + T + "_add");
+        Raw.Exec("drop function " + T + "_drop");
+        CommandsTest::TearDown();
+    }
+
+private:
+    std::string FSavedExecuteProc;
+};
+
+TEST_P(EntityProcedures, ProceduresTakeTheirArgumentsInFieldOrderAndTheSelectProcedurePreparesTheSelection) {
+    {
+        TNotesEntity Notes(T, "NOTES");
+        TNotesEntity Other(T, "NOTES");
+        Other.SetFlgReread(false);
+        strExecuteProc = "CALL";
+        Notes.SetSP(fetInsert, T + "_add");
+        Notes.SetValues(1, 5, "by call", "text");
+        EXPECT_EQ(Notes.Add().AsInteger(), -1);
+        Notes.AddForArray(cdtArray, {2, 5, "by array", Variant::Null()});
+        EXPECT_EQ(Rows(),
+                  (std::vector<Row>{{"1", "5", "by call", "text"}, {"2", "5", "by array", std::nullopt}}));
+        EXPECT_TRUE(Other.flgReread());
+
+        strExecuteProc = "SELECT * FROM";
+        Notes.SetSP(fetDelete, T + "_drop");
+        Notes.SetSPOpen(fetDelete, true);
+        EXPECT_EQ(Notes.Delete().AsInteger(), 2);
+        EXPECT_TRUE(Rows().empty());
+
+        // A blank name is no procedure: it cannot be made, and the command runs its generated statement.
+        Notes.SetSP(fetInsert, "  ");
+        EXPECT_EQ(MessageOf<EEntityException>([&] { Notes.CreateSProcedure(fetInsert); }),
+                  "Can not create empty procedure");
+        Notes.SetValues(3, 1, "x", "y");
+        EXPECT_EQ(Notes.Add().AsInteger(), 1);
+    }
+    EXPECT_TRUE(Errors.Shown.empty());
+    // The select procedure prepares the data before the selection opens, and again when a marked entity
+    // re-reads; an unmarked one only refreshes.
+    Raw.Exec("delete from " + T);
+    TNotesEntity Notes(T, "NOTES");
+    strExecuteProc = "CALL";
+    Notes.SetSP(fetSelect, T + "_add");
+    Notes.SetValues(1, 5, "first", Variant::Null());
+    Notes.EntityOpen();
+    EXPECT_EQ(Notes.DataQuery()->RecordCount(), 1);
+
+    Notes.SetValues(2, 5, "second", Variant::Null());
+    Notes.ReOpenSql();
+    EXPECT_EQ(Notes.DataQuery()->RecordCount(), 1);
+    Notes.SetFlgReread(true);
+    Notes.ReOpenSql();
+    EXPECT_EQ(Notes.DataQuery()->RecordCount(), 2);
+    EXPECT_FALSE(Notes.flgReread());
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, EntityProcedures, ::testing::Values("pgsql"), quorda_test::ProfileTestName);
 
 } // namespace
 } // namespace quorda::entitytest

@@ -1,8 +1,12 @@
 // Eight readers and a writer sharing a pool of three connections: every reader sees every row of
-// its table in every cycle, and no connection is used by two threads at once.
+// its table in every cycle, and no connection is used by two threads at once. Databases created,
+// named, opened and freed on two threads at once share the session's list.
 
 #include "concurrency_support.h"
+#include "quorda/core/odbc_database.h"
+#include "quorda/core/session.h"
 #include "quorda/multidb.h"
+#include "quorda/rtl/exception.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
@@ -117,6 +121,48 @@ TEST_P(PoolThreads, EightReadersAndAWriterShareThreeConnections) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, PoolThreads, ::testing::Values("sqlite", "pgsql", "mariadb"),
+                         quorda_test::ProfileTestName);
+
+class SessionThreads : public quorda_test::ProfileTest {};
+
+TEST_P(SessionThreads, DatabasesComeAndGoOnTwoThreads) {
+    const std::string shared = quorda_test::UniqueTableName("shared_name");
+    std::atomic<int> sharedHolds{0};
+    auto work = [&](int Thread) {
+        for (int i = 0; i < 150; ++i) {
+            auto db = std::make_unique<TODBCDatabase>(nullptr);
+            const std::string own = shared + "_" + std::to_string(Thread) + "_" + std::to_string(i);
+            db->SetDatabaseName(own);
+            db->SetDriverConnectOption(dcoDriverNoPrompt);
+            db->SetConnectStr(Profile.ConnectionString);
+            db->Open();
+            // Databases that only join and leave, while the other thread looks names up.
+            for (int k = 0; k < 20; ++k) {
+                TODBCDatabase passing(nullptr);
+                if (ODBCSession()->FindDatabase(own) != db.get()) {
+                    throw std::runtime_error("the session lost " + own);
+                }
+            }
+            // One name for both threads: whoever holds it keeps it until giving it back.
+            try {
+                db->Close();
+                db->SetDatabaseName(shared);
+                ++sharedHolds;
+                if (ODBCSession()->FindDatabase(shared) != db.get()) {
+                    throw std::runtime_error("two databases named " + shared);
+                }
+            } catch (const EDatabaseError&) {
+                // The other thread holds it.
+            }
+            db.reset();
+        }
+    };
+    testing::RunThreads({[&] { work(0); }, [&] { work(1); }}, std::chrono::seconds(120 * testing::kSlowdown));
+    EXPECT_GT(sharedHolds.load(), 0);
+    EXPECT_EQ(ODBCSession()->FindDatabase(shared), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Drivers, SessionThreads, ::testing::ValuesIn(quorda_test::AllProfiles()),
                          quorda_test::ProfileTestName);
 
 } // namespace
