@@ -3,10 +3,8 @@
 #include "quorda_test/config_home.h"
 
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <tuple>
 
 namespace quorda {
@@ -14,34 +12,21 @@ namespace {
 
 namespace fs = std::filesystem;
 using entitytest::TOrdersEntity;
-using testing_support::TTemporaryConfigHome;
+using namespace testing_support;
 
 constexpr char kKeyPath[] = "Software\\Quorda Tests\\Entities";
-
-// A temporary configuration folder and the entities' key path in it.
-class EntitySettings : public ::testing::Test {
-protected:
-    void SetUp() override { EntityINIFileName = kKeyPath; }
-    void TearDown() override { EntityINIFileName.clear(); }
-
-    static fs::path SettingsPath() { return TRegIniFile::PathOfKey(kKeyPath); }
-    static std::string SettingsText() {
-        std::ifstream File(SettingsPath(), std::ios::binary);
-        return {std::istreambuf_iterator<char>(File), std::istreambuf_iterator<char>()};
-    }
-    static void WriteSettings(const std::string& Text) {
-        fs::create_directories(SettingsPath().parent_path());
-        std::ofstream(SettingsPath(), std::ios::binary) << Text;
-    }
-
-    TTemporaryConfigHome Home;
-};
 
 // Destruction erases the entity's section and writes the current values in its place: keys of
 // removed fields and values cleared since never survive, values read and left stay, empty strings
 // are not kept, numbers and dates are written as their text, other sections stay. Without a section name
 // nothing is read or written; without SaveFindIni and SaveFilterIni only the options are.
-TEST_F(EntitySettings, DestructionLeavesTheCurrentValuesReadingKeepsTheAbsentMarkerAndFailuresAreShown) {
+TEST(EntitySettings, DestructionLeavesTheCurrentValuesReadingKeepsTheAbsentMarkerAndFailuresAreShown) {
+    TTemporaryConfigHome Home;
+    EntityINIFileName = kKeyPath;
+    struct TForget {
+        ~TForget() { EntityINIFileName.clear(); }
+    } Forget;
+    const fs::path SettingsPath = TRegIniFile::PathOfKey(kKeyPath);
     const TDateTime Date = EncodeDateTime(2024, 2, 29, 13, 5, 0, 0);
     const struct {
         const char* Name;
@@ -96,20 +81,20 @@ TEST_F(EntitySettings, DestructionLeavesTheCurrentValuesReadingKeepsTheAbsentMar
     };
     for (const auto& Case : Cases) {
         SCOPED_TRACE(Case.Name);
-        fs::remove(SettingsPath());
+        fs::remove(SettingsPath);
         if (!Case.Before.empty()) {
-            WriteSettings(Case.Before);
+            WriteFile(SettingsPath, Case.Before);
         }
         {
             TOrdersEntity Orders(Case.ViewFull);
             Case.Use(Orders);
         }
-        EXPECT_EQ(fs::exists(SettingsPath()), !Case.After.empty());
-        EXPECT_EQ(SettingsText(), Case.After);
+        EXPECT_EQ(fs::exists(SettingsPath), !Case.After.empty());
+        EXPECT_EQ(ReadFile(SettingsPath), Case.After);
     }
     // A missing find key gives Null, a missing filter key leaves the absent marker in the filter slot:
     // the filter is cleared only when the find value is still the marker.
-    WriteSettings("[orders]\nid-find=7\ncustname-filter=B\n");
+    WriteFile(SettingsPath, "[orders]\nid-find=7\ncustname-filter=B\n");
     const Variant Marker(EntityAbsentMarker);
     const struct {
         const char* Field;
@@ -137,7 +122,7 @@ TEST_F(EntitySettings, DestructionLeavesTheCurrentValuesReadingKeepsTheAbsentMar
     }
     // A failed write at destruction is shown, not thrown.
     const std::string TooLarge = "[orders]\n" + std::string(17 * 1024 * 1024, ';');
-    WriteSettings(TooLarge);
+    WriteFile(SettingsPath, TooLarge);
     entitytest::TShownErrors Errors;
     {
         TOrdersEntity Orders("orders");
@@ -145,7 +130,7 @@ TEST_F(EntitySettings, DestructionLeavesTheCurrentValuesReadingKeepsTheAbsentMar
     }
     ASSERT_EQ(Errors.Shown.size(), 1u);
     EXPECT_NE(Errors.Shown[0].find("Cannot write settings file"), std::string::npos);
-    EXPECT_EQ(fs::file_size(SettingsPath()), TooLarge.size());
+    EXPECT_EQ(fs::file_size(SettingsPath), TooLarge.size());
 }
 
 } // namespace

@@ -5,9 +5,7 @@
 #include "rtl_test_support.h"
 
 #include <csignal>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <sys/resource.h>
@@ -21,16 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace testing_support;
-
-std::string FileText(const fs::path& Path) {
-    std::ifstream File(Path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(File), {}};
-}
-
-void WriteFile(const fs::path& Path, const std::string& Text) {
-    fs::create_directories(Path.parent_path());
-    std::ofstream(Path, std::ios::binary) << Text;
-}
 
 std::vector<std::string> FolderEntries(const fs::path& Folder) {
     std::vector<std::string> Names;
@@ -131,7 +119,7 @@ TEST(RegIniFile, KeyPathsTypedReadsSectionsAndBatches) {
         EXPECT_EQ(TRegIniFile::PathOfKey(KeyPath), Home.Folder() / File);
     }
     TRegIniFile("Software\\Acme\\Orders").WriteString("s", "k", "v");
-    EXPECT_EQ(FileText(Home.Folder() / "quorda/Software/Acme/Orders.ini"), "[s]\nk=v\n");
+    EXPECT_EQ(ReadFile(Home.Folder() / "quorda/Software/Acme/Orders.ini"), "[s]\nk=v\n");
     WriteFile(TRegIniFile::PathOfKey("Typed"),
               "[n]\ndec= 42 \nneg=-7\ndollar=$1F\nhex=0x10\ntext=abc\nbig=99999999999\nempty=\n");
     const TRegIniFile Typed("Typed");
@@ -149,7 +137,7 @@ TEST(RegIniFile, KeyPathsTypedReadsSectionsAndBatches) {
     Ini.WriteInteger("orders", "FindOption", 2);
     Ini.WriteBool("orders", "FindSensitive", true);
     Ini.WriteString("customers", "name-filter", "A");
-    EXPECT_EQ(FileText(Ini.Path()), "[orders]\nid-find=12\nFindOption=2\nFindSensitive=1\n"
+    EXPECT_EQ(ReadFile(Ini.Path()), "[orders]\nid-find=12\nFindOption=2\nFindSensitive=1\n"
                                     "[customers]\nname-filter=A\n");
     TStringList List;
     Ini.ReadSections(List);
@@ -164,7 +152,7 @@ TEST(RegIniFile, KeyPathsTypedReadsSectionsAndBatches) {
     EXPECT_FALSE(Ini.ValueExists("orders", "id-find"));
     Ini.EraseSection("orders");
     EXPECT_FALSE(Ini.SectionExists("orders"));
-    EXPECT_EQ(FileText(Ini.Path()), "[customers]\nname-filter=A\n");
+    EXPECT_EQ(ReadFile(Ini.Path()), "[customers]\nname-filter=A\n");
     // Only the settings file and its lock file are left: no temporary files.
     EXPECT_EQ(FolderEntries(Ini.Path().parent_path()), (std::vector<std::string>{"App.ini", "App.ini.lock"}));
     // A batch holds the lock and replaces the file once; abandoned, it changes nothing.
@@ -179,12 +167,12 @@ TEST(RegIniFile, KeyPathsTypedReadsSectionsAndBatches) {
         EXPECT_EQ(Ini.ReadString("s", "old", ""), "1");
         // Abandoned without EndUpdate.
     }
-    EXPECT_EQ(FileText(Ini.Path()), "[s]\nold=1\n");
+    EXPECT_EQ(ReadFile(Ini.Path()), "[s]\nold=1\n");
     Ini.BeginUpdate();
     Ini.EraseSection("s");
     Ini.WriteString("s", "new", "2");
     Ini.EndUpdate();
-    EXPECT_EQ(FileText(Ini.Path()), "[s]\nnew=2\n");
+    EXPECT_EQ(ReadFile(Ini.Path()), "[s]\nnew=2\n");
     // A relative XDG_CONFIG_HOME is not a configuration folder: ~/.config is used instead.
     ::setenv("XDG_CONFIG_HOME", "relative", 1);
     ::setenv("HOME", Home.Folder().c_str(), 1);
@@ -215,7 +203,7 @@ TEST(RegIniFile, FailedWriteLeavesThePreviousFile) {
     TTemporaryConfigHome Home;
     TRegIniFile Ini("App");
     Ini.WriteString("s", "k", "before");
-    const std::string Before = FileText(Ini.Path());
+    const std::string Before = ReadFile(Ini.Path());
     const int Result = InChild([&] {
         std::signal(SIGXFSZ, SIG_IGN);
         const rlimit Limit{4096, 4096};
@@ -224,7 +212,7 @@ TEST(RegIniFile, FailedWriteLeavesThePreviousFile) {
                "<no exception>";
     });
     EXPECT_EQ(Result, 0);
-    EXPECT_EQ(FileText(Ini.Path()), Before);
+    EXPECT_EQ(ReadFile(Ini.Path()), Before);
     EXPECT_EQ(FolderEntries(Ini.Path().parent_path()), (std::vector<std::string>{"App.ini", "App.ini.lock"}));
 }
 

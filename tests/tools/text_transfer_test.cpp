@@ -57,15 +57,8 @@ TEST_P(TextTransfer, ExportWritesTheByteExactFormatAndFileErrorsAreClear) {
     EXPECT_EQ(ReadFile(file), "id,name,note\r\n3,'',''\r\n4,'four','Grüße'\r\nX,4,'four'\r\n");
     // File errors are clear.
     EXPECT_THROW(ImportDataSet("/nonexistent/quorda/in.txt", t, "", itIgnoreExists), EInOutError);
-    const auto error = [&](auto&& action) -> std::string {
-        try {
-            action();
-        } catch (const EInOutError& e) {
-            return e.Message();
-        }
-        return "no error";
-    };
-    EXPECT_EQ(error([&] { ExportDataSet(query.get(), "/nonexistent/quorda/out.txt"); }),
+    EXPECT_EQ(testing_support::MessageOf<EInOutError>(
+                  [&] { ExportDataSet(query.get(), "/nonexistent/quorda/out.txt"); }),
               "Cannot write file \"/nonexistent/quorda/out.txt\": No such file or directory");
     query->First();
     EXPECT_THROW(SaveQryToFile("/nonexistent/quorda/out.txt", "", query.get(), {"id"}), EInOutError);

@@ -6,11 +6,10 @@
 #include "quorda_test/environment.h"
 #include "quorda_test/profiles.h"
 #include "quorda_test/raw_odbc.h"
+#include "rtl_test_support.h"
 
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -62,13 +61,7 @@ private:
     std::vector<std::unique_ptr<quorda_test::TempFile>> FFiles;
 };
 
-inline std::string ReadFile(const std::filesystem::path& Path) {
-    std::ifstream in(Path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-inline void WriteFile(const std::filesystem::path& Path, const std::string& Text) {
-    std::ofstream(Path, std::ios::binary) << Text;
-}
+using testing_support::ReadFile;
+using testing_support::WriteFile;
 
 } // namespace quorda::testing

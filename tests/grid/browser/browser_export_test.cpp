@@ -1,13 +1,13 @@
 // The browser's export: the whole result or the selected rows written to the text file format,
 // through the file name hook, replacing the target only when the whole file was written.
 #include "browser_window.h"
+#include "rtl_test_support.h"
 
 #include <QCoreApplication>
 #include <QTest>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <quorda_test/profiles.h>
 #include <quorda_test/raw_odbc.h>
 
@@ -16,10 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string ReadFile(const fs::path& Path) {
-    std::ifstream in(Path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
+using testing_support::ReadFile;
 
 class BrowserExport : public ::testing::Test {
 protected:
