@@ -94,7 +94,7 @@ TEST_F(FieldsTest, NullReadsAsEmptyAndZeroAndTypedReadsTellNullFromTheValueOfEve
 }
 
 // What a field keeps of a text: the text it reads back, or the error the field raises.
-TEST_F(FieldsTest, TextNumbersAndBytesAreCheckedConvertedAndCutByTheFieldType) {
+TEST_F(FieldsTest, TextNumbersBytesDisplayFormatsAndTextEvents) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"I", " 42 ", "42"},
         {"I", "4x", "Field \"I\" error: \"4x\" is not a valid integer"},
@@ -160,6 +160,41 @@ TEST_F(FieldsTest, TextNumbersAndBytesAreCheckedConvertedAndCutByTheFieldType) {
     EXPECT_EQ(VarArrayHighBound(array), 3);
     F("BY")->SetValue(array);
     EXPECT_EQ(F("BY")->AsBytes(), (TBytes{9, 0, 7, 6}));
+    F("F")->SetAsFloat(1.25);
+    static_cast<TFloatField*>(F("F"))->SetDisplayFormat("0.000");
+    EXPECT_EQ(F("F")->DisplayText(), "1.250");
+    EXPECT_EQ(F("F")->Text(), "1.250");
+    auto* flag = static_cast<TBooleanField*>(F("B"));
+    flag->SetDisplayValues("Yes;No");
+    F("B")->SetAsString("n");
+    EXPECT_EQ(F("B")->AsString(), "No");
+    F("B")->SetText("YE");
+    EXPECT_EQ(F("B")->AsInteger(), 1);
+    EXPECT_EQ(MessageOf([&] { flag->SetDisplayValues("Yes"); }),
+              "Field \"B\" error: \"Yes\" are not valid boolean displayvalues");
+    // Text events replace the conversion; OnValidate can refuse the new value.
+    TField* field = F("L");
+    field->OnGetText = [](TField* Sender, std::string& Text, bool Display) {
+        Text = (Display ? "#" : "") + std::to_string(Sender->AsInteger());
+    };
+    field->OnSetText = [](TField* Sender, const std::string& Text) {
+        Sender->SetAsInteger(std::stoi(Text) * 2);
+    };
+    field->SetText("21");
+    EXPECT_EQ(field->AsInteger(), 42);
+    EXPECT_EQ(field->Text(), "42");
+    EXPECT_EQ(field->DisplayText(), "#42");
+    std::vector<int> seen;
+    field->OnValidate = [&](TField* Sender) {
+        seen.push_back(Sender->AsInteger());
+        if (Sender->AsInteger() < 0) {
+            throw EDatabaseError("negative");
+        }
+    };
+    field->SetAsInteger(7);
+    EXPECT_THROW(field->SetAsInteger(-7), EDatabaseError);
+    EXPECT_EQ(seen, (std::vector<int>{7, -7}));
+    EXPECT_EQ(field->AsInteger(), 7);
 }
 
 // The record buffer keeps dates as day numbers from 0001-01-01 (day 1), times as milliseconds since
@@ -204,44 +239,6 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
     TDateTimeRec invalid{};
     invalid.DateTime = std::numeric_limits<double>::quiet_NaN();
     EXPECT_THROW(DateTimeRecToDateTime(ftDateTime, invalid), EConvertError);
-}
-
-TEST_F(FieldsTest, DisplayFormatsAndTextEventsAndValidateCanRefuseTheNewValue) {
-    F("F")->SetAsFloat(1.25);
-    static_cast<TFloatField*>(F("F"))->SetDisplayFormat("0.000");
-    EXPECT_EQ(F("F")->DisplayText(), "1.250");
-    EXPECT_EQ(F("F")->Text(), "1.250");
-    auto* flag = static_cast<TBooleanField*>(F("B"));
-    flag->SetDisplayValues("Yes;No");
-    F("B")->SetAsString("n");
-    EXPECT_EQ(F("B")->AsString(), "No");
-    F("B")->SetText("YE");
-    EXPECT_EQ(F("B")->AsInteger(), 1);
-    EXPECT_EQ(MessageOf([&] { flag->SetDisplayValues("Yes"); }),
-              "Field \"B\" error: \"Yes\" are not valid boolean displayvalues");
-    // Text events replace the conversion; OnValidate can refuse the new value.
-    TField* field = F("I");
-    field->OnGetText = [](TField* Sender, std::string& Text, bool Display) {
-        Text = (Display ? "#" : "") + std::to_string(Sender->AsInteger());
-    };
-    field->OnSetText = [](TField* Sender, const std::string& Text) {
-        Sender->SetAsInteger(std::stoi(Text) * 2);
-    };
-    field->SetText("21");
-    EXPECT_EQ(field->AsInteger(), 42);
-    EXPECT_EQ(field->Text(), "42");
-    EXPECT_EQ(field->DisplayText(), "#42");
-    std::vector<int> seen;
-    field->OnValidate = [&](TField* Sender) {
-        seen.push_back(Sender->AsInteger());
-        if (Sender->AsInteger() < 0) {
-            throw EDatabaseError("negative");
-        }
-    };
-    field->SetAsInteger(7);
-    EXPECT_THROW(field->SetAsInteger(-7), EDatabaseError);
-    EXPECT_EQ(seen, (std::vector<int>{7, -7}));
-    EXPECT_EQ(field->AsInteger(), 7);
 }
 
 TEST(FieldClasses, EveryTypeHasItsClassAndNamesAreUniqueWithoutRegardToCase) {

@@ -66,7 +66,7 @@ TEST(CalcFields, ComputedPerRecordInTheirOwnState) {
     EXPECT_THROW(dataSet.Refresh(), EDatabaseError);
 }
 
-TEST(Filter, HidesRejectedRowsFromNavigationCountsAndRecordNumbers) {
+TEST(Filter, HidesRejectedRowsAndLocateAndLookupFindThem) {
     TMemDataSet dataSet(nullptr);
     FillNumbers(dataSet, 10);
     std::vector<TDataSetState> states;
@@ -91,28 +91,25 @@ TEST(Filter, HidesRejectedRowsFromNavigationCountsAndRecordNumbers) {
     dataSet.SetFiltered(false);
     EXPECT_EQ(CurrentId(dataSet), 1);
     EXPECT_EQ(dataSet.RecordCount(), 10);
-}
-
-// Several keys, nulls and numbers; links hear only the outcome; Lookup reads without moving.
-TEST(LocateTest, MovesToTheMatchAndLookupReadsIt) {
-    TMemDataSet dataSet(nullptr);
-    dataSet.FieldDefs().Add("ID", ftInteger);
-    dataSet.FieldDefs().Add("NAME", ftString, 20);
-    dataSet.FieldDefs().Add("CITY", ftString, 20);
-    dataSet.CreateDataSet();
-    dataSet.AppendRecord({1, "Anna", "Oslo"});
-    dataSet.AppendRecord({2, "Ånund", "Bergen"});
-    dataSet.AppendRecord({3, "anders", Variant::Null()});
-    dataSet.AppendRecord({4, "Berit", "Oslo"});
-    dataSet.First();
+    // Several keys, nulls and numbers; links hear only the outcome; Lookup reads without moving.
+    TMemDataSet people(nullptr);
+    people.FieldDefs().Add("ID", ftInteger);
+    people.FieldDefs().Add("NAME", ftString, 20);
+    people.FieldDefs().Add("CITY", ftString, 20);
+    people.CreateDataSet();
+    people.AppendRecord({1, "Anna", "Oslo"});
+    people.AppendRecord({2, "Ånund", "Bergen"});
+    people.AppendRecord({3, "anders", Variant::Null()});
+    people.AppendRecord({4, "Berit", "Oslo"});
+    people.First();
     TDataSource source(nullptr);
-    source.SetDataSet(&dataSet);
+    source.SetDataSet(&people);
     std::vector<std::string> log;
     TRecordingLink link(log, "", 2, &source);
     const auto locate = [&](const char* Fields, const Variant& Values, TLocateOptions Options) {
         log.clear();
-        const bool found = dataSet.Locate(Fields, Values, Options);
-        return std::to_string(found) + "@" + std::to_string(CurrentId(dataSet));
+        const bool found = people.Locate(Fields, Values, Options);
+        return std::to_string(found) + "@" + std::to_string(CurrentId(people));
     };
     EXPECT_EQ((Names{locate("NAME", "åNUND", {loCaseInsensitive}), locate("NAME", "And", {loPartialKey}),
                      locate("CITY;ID", VarArrayOf({"Oslo", 4}), {}), locate("city", Variant::Null(), {}),
@@ -120,15 +117,15 @@ TEST(LocateTest, MovesToTheMatchAndLookupReadsIt) {
               (Names{"1@2", "0@2", "1@4", "1@3", "1@2", "1@4"}));
     EXPECT_EQ(log, (Names{"CheckBrowseMode", "DataSetChanged"}));
     EXPECT_EQ(link.ActiveValue("ID"), "4");
-    EXPECT_THROW(dataSet.Locate("NOPE", 1, {}), EDatabaseError);
-    dataSet.First();
-    dataSet.Next();
-    EXPECT_EQ(dataSet.Lookup("ID", 4, "NAME").AsString(), "Berit");
-    Variant both = dataSet.Lookup("NAME", "Anna", "ID;CITY");
+    EXPECT_THROW(people.Locate("NOPE", 1, {}), EDatabaseError);
+    people.First();
+    people.Next();
+    EXPECT_EQ(people.Lookup("ID", 4, "NAME").AsString(), "Berit");
+    Variant both = people.Lookup("NAME", "Anna", "ID;CITY");
     EXPECT_EQ(both[0].AsInteger(), 1);
     EXPECT_EQ(both[1].AsString(), "Oslo");
-    EXPECT_TRUE(VarIsNull(dataSet.Lookup("ID", 99, "NAME")));
-    EXPECT_EQ(CurrentId(dataSet), 2);
+    EXPECT_TRUE(VarIsNull(people.Lookup("ID", 99, "NAME")));
+    EXPECT_EQ(CurrentId(people), 2);
 }
 
 } // namespace

@@ -13,7 +13,7 @@ namespace {
 
 // Scroll events announce only moves that can happen; closed datasets refuse to move, open ones
 // refuse structure changes, and loading defers opening.
-TEST(Navigation, ScrollEventsClosedAndLoadingDatasets) {
+TEST(Navigation, ScrollEventsClosedAndLoadingDatasetsAndBookmarks) {
     TMemDataSet dataSet(nullptr);
     Names log;
     LogDataSetEvents(dataSet, log);
@@ -62,51 +62,48 @@ TEST(Navigation, ScrollEventsClosedAndLoadingDatasets) {
     Application::SetExceptionHandler(previous);
     EXPECT_FALSE(dataSet.Active());
     EXPECT_EQ(reported, (Names{"Unknown field type : BAD"}));
-}
-
-// Bookmarks survive changes to other rows and die with their own; comparing follows the row order,
-// not the order of creation; the string form round trips.
-TEST(Bookmarks, SurviveOtherRowsCompareInRowOrderAndRoundTripAsText) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 10);
-    const TBookmark first = dataSet.GetBookmark();
-    dataSet.MoveBy(6);
-    const TBookmark seventh = dataSet.GetBookmark();
+    // Bookmarks survive changes to other rows and die with their own; comparing follows the row order,
+    // not the order of creation; the string form round trips.
+    TMemDataSet rows(nullptr);
+    FillNumbers(rows, 10);
+    const TBookmark first = rows.GetBookmark();
+    rows.MoveBy(6);
+    const TBookmark seventh = rows.GetBookmark();
     ASSERT_FALSE(seventh.IsNil());
-    EXPECT_EQ(seventh.Size(), static_cast<std::size_t>(dataSet.BookmarkSize()));
-    dataSet.Prior();
-    const TBookmark sixth = dataSet.GetBookmark();
-    dataSet.Delete();
-    dataSet.First();
-    dataSet.InsertRecord({100});
-    const TBookmark inserted = dataSet.GetBookmark();
-    dataSet.Last();
-    dataSet.Delete();
-    dataSet.GotoBookmark(seventh);
-    EXPECT_EQ(CurrentId(dataSet), 7);
-    EXPECT_EQ(dataSet.RecNo(), 7);
-    EXPECT_TRUE(dataSet.BookmarkValid(seventh));
-    EXPECT_FALSE(dataSet.BookmarkValid(sixth));
-    EXPECT_LT(dataSet.CompareBookmarks(inserted, first), 0);
-    EXPECT_GT(dataSet.CompareBookmarks(seventh, inserted), 0);
-    EXPECT_EQ(dataSet.CompareBookmarks(first, first), 0);
-    EXPECT_EQ(dataSet.CompareBookmarks(TBookmark(), TBookmark()), 0);
-    EXPECT_GT(dataSet.CompareBookmarks(TBookmark(), first), 0);
-    EXPECT_LT(dataSet.CompareBookmarks(first, TBookmark()), 0);
-    const TBookmarkStr asText = dataSet.Bookmark();
-    dataSet.Last();
-    EXPECT_EQ(MessageOf([&] { dataSet.GotoBookmark(sixth); }), SInvalidBookmark);
-    EXPECT_EQ(CurrentId(dataSet), 9);
+    EXPECT_EQ(seventh.Size(), static_cast<std::size_t>(rows.BookmarkSize()));
+    rows.Prior();
+    const TBookmark sixth = rows.GetBookmark();
+    rows.Delete();
+    rows.First();
+    rows.InsertRecord({100});
+    const TBookmark inserted = rows.GetBookmark();
+    rows.Last();
+    rows.Delete();
+    rows.GotoBookmark(seventh);
+    EXPECT_EQ(CurrentId(rows), 7);
+    EXPECT_EQ(rows.RecNo(), 7);
+    EXPECT_TRUE(rows.BookmarkValid(seventh));
+    EXPECT_FALSE(rows.BookmarkValid(sixth));
+    EXPECT_LT(rows.CompareBookmarks(inserted, first), 0);
+    EXPECT_GT(rows.CompareBookmarks(seventh, inserted), 0);
+    EXPECT_EQ(rows.CompareBookmarks(first, first), 0);
+    EXPECT_EQ(rows.CompareBookmarks(TBookmark(), TBookmark()), 0);
+    EXPECT_GT(rows.CompareBookmarks(TBookmark(), first), 0);
+    EXPECT_LT(rows.CompareBookmarks(first, TBookmark()), 0);
+    const TBookmarkStr asText = rows.Bookmark();
+    rows.Last();
+    EXPECT_EQ(MessageOf([&] { rows.GotoBookmark(sixth); }), SInvalidBookmark);
+    EXPECT_EQ(CurrentId(rows), 9);
     // A nil bookmark goes nowhere.
-    dataSet.GotoBookmark(TBookmark());
-    EXPECT_EQ(CurrentId(dataSet), 9);
-    dataSet.SetBookmark(asText);
-    EXPECT_EQ(CurrentId(dataSet), 7);
-    EXPECT_EQ(TBookmark(asText), dataSet.GetBookmark());
+    rows.GotoBookmark(TBookmark());
+    EXPECT_EQ(CurrentId(rows), 9);
+    rows.SetBookmark(asText);
+    EXPECT_EQ(CurrentId(rows), 7);
+    EXPECT_EQ(TBookmark(asText), rows.GetBookmark());
     // A new record has none.
-    dataSet.Append();
-    EXPECT_TRUE(dataSet.GetBookmark().IsNil());
-    EXPECT_EQ(dataSet.Bookmark(), "");
+    rows.Append();
+    EXPECT_TRUE(rows.GetBookmark().IsNil());
+    EXPECT_EQ(rows.Bookmark(), "");
 }
 
 } // namespace

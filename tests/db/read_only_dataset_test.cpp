@@ -84,7 +84,7 @@ int N(TDataSet& DataSet) {
     return DataSet.FieldByName("N")->AsInteger();
 }
 
-TEST(ReadOnlyDataSet, RefusesEveryEditAndLocatesWithoutBookmarks) {
+TEST(ReadOnlyDataSet, RefusesEditsLocatesWithoutBookmarksAndForwardOnlyStartsOverByReopening) {
     TNumbersDataSet dataSet(10, false);
     dataSet.Open();
     for (auto edit : {&TDataSet::Edit, &TDataSet::Insert, &TDataSet::Append, &TDataSet::Delete}) {
@@ -99,33 +99,30 @@ TEST(ReadOnlyDataSet, RefusesEveryEditAndLocatesWithoutBookmarks) {
     dataSet.Last();
     dataSet.MoveBy(-2);
     EXPECT_EQ(N(dataSet), 8);
-}
-
-TEST(ReadOnlyDataSet, ForwardOnlyReadsOnceAndStartsOverByReopening) {
-    TNumbersDataSet dataSet(4, true);
+    TNumbersDataSet forward(4, true);
     TDataSource source(nullptr);
-    source.SetDataSet(&dataSet);
+    source.SetDataSet(&forward);
     std::vector<std::string> log;
     TRecordingLink grid(log, "", 5, &source);
-    dataSet.Open();
+    forward.Open();
     EXPECT_EQ(grid.RecordCount(), 1) << "a forward-only ring holds one record";
     std::vector<int> seen;
-    for (; !dataSet.Eof(); dataSet.Next()) {
-        seen.push_back(N(dataSet));
+    for (; !forward.Eof(); forward.Next()) {
+        seen.push_back(N(forward));
     }
     EXPECT_EQ(seen, (std::vector<int>{1, 2, 3, 4}));
-    EXPECT_THROW(dataSet.Prior(), EDatabaseError);
-    EXPECT_THROW(dataSet.Last(), EDatabaseError);
-    EXPECT_THROW(dataSet.Locate("N", 1, {}), EDatabaseError);
-    EXPECT_EQ(dataSet.Opens, 1);
-    dataSet.First();
-    EXPECT_EQ(dataSet.Opens, 2);
-    EXPECT_EQ(N(dataSet), 1);
-    dataSet.Next();
-    EXPECT_EQ(N(dataSet), 2);
-    dataSet.First();
-    dataSet.First();
-    EXPECT_EQ(dataSet.Opens, 3) << "at the first record First does not reopen";
+    EXPECT_THROW(forward.Prior(), EDatabaseError);
+    EXPECT_THROW(forward.Last(), EDatabaseError);
+    EXPECT_THROW(forward.Locate("N", 1, {}), EDatabaseError);
+    EXPECT_EQ(forward.Opens, 1);
+    forward.First();
+    EXPECT_EQ(forward.Opens, 2);
+    EXPECT_EQ(N(forward), 1);
+    forward.Next();
+    EXPECT_EQ(N(forward), 2);
+    forward.First();
+    forward.First();
+    EXPECT_EQ(forward.Opens, 3) << "at the first record First does not reopen";
 }
 
 } // namespace

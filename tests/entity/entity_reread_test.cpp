@@ -54,7 +54,7 @@ std::string State(const TEntities& Entities) {
     return Result;
 }
 
-TEST(EntityReread, RegistryFollowsNamesLifetimesAndWritersAndMarkingMovesUpperCaseNames) {
+TEST(EntityReread, RegistryWritersMarkingAndTheDecisionPass) {
     TEntities Entities = Make("A- -");
     EXPECT_EQ(Registry(Entities), "A:0 :1");
     Entities[1]->SetviewEntity("B");
@@ -91,12 +91,9 @@ TEST(EntityReread, RegistryFollowsNamesLifetimesAndWritersAndMarkingMovesUpperCa
     SetUpdateEntity("orders", Entities[1].get());
     EXPECT_EQ(Registry(Entities), "orders:1 orders:0");
     EXPECT_EQ(State(Entities), "0x0x");
-}
-
-// Each run of consecutive undecided namesakes is decided once, by its first member; marked
-// entities and unnamed ones are skipped and do not end a run. Upper-case names are exchanged while
-// the pass marks them; each member is still decided once.
-TEST(EntityReread, DecisionPassAsksOncePerRun) {
+    // Each run of consecutive undecided namesakes is decided once, by its first member; marked
+    // entities and unnamed ones are skipped and do not end a run. Upper-case names are exchanged while
+    // the pass marks them; each member is still decided once.
     for (const auto& [Words, Expected] : {std::pair{"a+ a- a-", "1x0x0x"},
                                           {"A+ A- A-", "1x0x0x"},
                                           {"a- a+", "1.0."},
@@ -104,7 +101,7 @@ TEST(EntityReread, DecisionPassAsksOncePerRun) {
                                           {"+ a-", "0.1."},
                                           {"a+ a-* a-", "1x0x0x"},
                                           {"a-* a-*", "0x0x"}}) {
-        TEntities Entities = Make(Words);
+        Entities = Make(Words);
         StartRereadAllUpdate();
         EXPECT_EQ(State(Entities), Expected) << Words;
     }

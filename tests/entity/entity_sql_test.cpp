@@ -72,7 +72,7 @@ const std::map<std::string, std::function<void(TEntity&, TStringList&)>> kGenera
 
 // Every generator line by line: "update" compares the Values with the locked row and generates
 // nothing when none differs; "order N [desc]" orders by sortable field N first.
-TEST(EntitySql, GeneratedStatements) {
+TEST(EntitySql, GeneratedStatementsAndTheSelection) {
     TLockedRow Locked;
     const struct {
         const char* Entity;
@@ -143,34 +143,31 @@ TEST(EntitySql, GeneratedStatements) {
     TStringList SQL;
     EXPECT_EQ(entitytest::MessageOf<EEntityException>([&] { Empty.GenerateSQLLock(SQL); }),
               "Can not create select lock query");
-}
-
-// The lines of the open selection for each combination of WherePhrase and FilterStr (the ORDER BY
-// line comes from GenerateOrder above, empty here), and filter values reaching the parameters they name.
-TEST(EntitySql, SelectionWithWherePhraseAndFilter) {
+    // The lines of the open selection for each combination of WherePhrase and FilterStr (the ORDER BY
+    // line comes from GenerateOrder above, empty here), and filter values reaching the parameters they name.
     const struct {
         const char* Where;
         const char* Filter;
         TLines Expected;
-    } Cases[] = {
+    } Selections[] = {
         {"status=1", "customer=:customer", {"WHERE status=1", "AND customer=:customer", ""}},
         {"", "customer=:customer", {"WHERE ", "customer=:customer", ""}},
         {"status=1", "", {"WHERE status=1", ""}},
         {"", "", {""}},
     };
-    for (const auto& Case : Cases) {
-        SCOPED_TRACE(Case.Filter);
+    for (const auto& Selection : Selections) {
+        SCOPED_TRACE(Selection.Filter);
         TOrdersEntity Orders;
-        Orders.SetWherePhrase(Case.Where);
-        Orders.SetFilterStr(Case.Filter);
+        Orders.SetWherePhrase(Selection.Where);
+        Orders.SetFilterStr(Selection.Filter);
         Orders.SetFieldFilter("customer", 42);
         Orders.SetFieldFilter("total", 9.5);
         Orders.GenerateSQLSelection(Orders.DataQuery()->SQL());
         TLines Expected{"SELECT ", "id,c.custname,customer,total FROM v_orders"};
-        Expected.insert(Expected.end(), Case.Expected.begin(), Case.Expected.end());
+        Expected.insert(Expected.end(), Selection.Expected.begin(), Selection.Expected.end());
         EXPECT_EQ(Orders.DataQuery()->SQL().ToVector(), Expected);
         // Only a field whose name is a parameter of the selection takes its filter value.
-        EXPECT_EQ(Orders.FieldByName("customer")->Value().IsNull(), *Case.Filter == '\0');
+        EXPECT_EQ(Orders.FieldByName("customer")->Value().IsNull(), *Selection.Filter == '\0');
         EXPECT_TRUE(Orders.FieldByName("total")->Value().IsNull());
     }
 

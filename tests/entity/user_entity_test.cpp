@@ -58,7 +58,7 @@ void Load(TUserEntity& Entity, const std::string& Bytes) {
 }
 
 // The stored form value by value; read back, it gives the same fields and the same bytes again.
-TEST(UserEntity, FieldsKeepTheirStoredForm) {
+TEST(UserEntity, FieldsKeepTheirStoredFormProceduresAndCheckUpdate) {
     TUserEntity Designed(nullptr);
     EXPECT_EQ(Stored(Designed), StoredForm({}));
     TFieldItem* Id = Designed.CreateField("ID", "Id", "", 6, true, false, true, false, ftInteger, cnstETPK);
@@ -86,10 +86,7 @@ TEST(UserEntity, FieldsKeepTheirStoredForm) {
     // An empty list empties the entity.
     Load(Loaded, StoredForm({}));
     EXPECT_EQ(Loaded.FieldCount(), 0);
-}
-
-// A streamed name keeps its case; only "Y" itself makes a field take part in a command.
-TEST(UserEntity, StreamedNamesKeepTheirCaseOnlyYCountsAndABrokenListChangesNothing) {
+    // A streamed name keeps its case; only "Y" itself makes a field take part in a command.
     TUserEntity Entity(nullptr);
     Load(Entity, StoredForm({{"OrderID", "OrderID", "", "", true, true, false, true, true, 10, ftInteger,
                               "y;Y;yes;;Y ;N;Y;", "", ""}}));
@@ -103,15 +100,13 @@ TEST(UserEntity, StreamedNamesKeepTheirCaseOnlyYCountsAndABrokenListChangesNothi
     const std::string Good = StoredForm({Field});
     Field.Type = static_cast<TFieldType>(ftWideMemo + 1);
     const std::string BadType = StoredForm({Field});
-    for (const std::string& Bytes : {Good.substr(0, Good.size() - 8), BadType}) {
+    for (const std::string& Broken : {Good.substr(0, Good.size() - 8), BadType}) {
         TUserEntity Kept(nullptr);
         Kept.CreateField("kept", "", "", 1, true, true, false, false, ftString, cnstETField);
-        EXPECT_THROW(Load(Kept, Bytes), EReadError);
+        EXPECT_THROW(Load(Kept, Broken), EReadError);
         EXPECT_EQ(Kept.lstFields().ToVector(), std::vector<std::string>{"kept"});
     }
-}
-
-TEST(UserEntity, StoredProceduresAreSevenTerminatedNamesAndCheckUpdateAsksTheEvent) {
+    // Stored procedures are seven names, each ended by ";".
     const struct {
         const char* Text;
         std::array<const char*, ExecTypeCount> Names;
@@ -132,7 +127,6 @@ TEST(UserEntity, StoredProceduresAreSevenTerminatedNamesAndCheckUpdateAsksTheEve
         // No close procedure to run without a connection.
         Stored.SetSP(fetClose, {});
     }
-    TUserEntity Entity(nullptr);
     EXPECT_EQ(Entity.GetStroredProcedures(), ";;;;;;;");
     Entity.SetSP(fetLock, "p");
     EXPECT_EQ(Entity.GetStroredProcedures(), ";;;;p;;;");

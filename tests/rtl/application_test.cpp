@@ -12,7 +12,7 @@
 namespace quorda {
 namespace {
 
-TEST(Application, ExceptionHandlerAndCursorGuards) {
+TEST(Application, HandlersCursorGuardsCriticalSectionsAndTheMessageTable) {
     std::vector<std::string> shown;
     TExceptionHandler previous =
         Application::SetExceptionHandler([&](const std::exception& e) { shown.push_back(e.what()); });
@@ -49,9 +49,6 @@ TEST(Application, ExceptionHandlerAndCursorGuards) {
     EXPECT_NO_THROW({ TScreenCursorGuard guard(crArrow); });
     EXPECT_EQ(Screen::Cursor(), crDefault);
     Screen::SetCursorHook(previousHook);
-}
-
-TEST(CriticalSection, IsRecursiveForItsOwnerAndExclusiveForOthers) {
     TCriticalSection section;
     // Another thread tries to enter, and leaves at once when it could.
     const auto otherThreadEnters = [&] {
@@ -65,9 +62,6 @@ TEST(CriticalSection, IsRecursiveForItsOwnerAndExclusiveForOthers) {
         EXPECT_FALSE(otherThreadEnters());
     }
     EXPECT_TRUE(otherThreadEnters());
-}
-
-TEST(MessageTable, TextsByIdFormattedWithArgumentsOfEveryTypeAndReset) {
     EXPECT_EQ(LoadStr(SODBCParameterNotFound), "ODBC Parameter %s not found");
     EXPECT_EQ(MessageName(SODBCDatabaseExists), "SODBCDatabaseExists");
     EXPECT_EQ(FormatMessage(LoadStr(SODBCInternalComponentError), 816),

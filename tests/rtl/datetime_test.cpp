@@ -27,7 +27,7 @@ using namespace testing_support;
 
 } // namespace
 
-TEST(DateTimeCalendar, LandmarksInvalidPartsMidnightAndNonFiniteValues) {
+TEST(DateTimeCalendar, CalendarTextAndParsing) {
     // The classic day numbering: 1899-12-30 is day 0, there is no 1900-02-29, and the calendar is
     // proleptic Gregorian (1582-10-04 is 11 days before 1582-10-15). Weekdays count from Sunday = 1.
     const std::tuple<Ymd, int, int> cases[] = {
@@ -102,15 +102,12 @@ TEST(DateTimeCalendar, LandmarksInvalidPartsMidnightAndNonFiniteValues) {
     EXPECT_LT(now, today + 1.0 + 1e-6);
     EXPECT_GE(Time(), 0.0);
     EXPECT_LT(Time(), 1.0);
-}
-
-TEST(DateTimeText, FormatAndParse) {
-    const TDateTime value = EncodeDateTime(2005, 3, 7, 0, 5, 9, 42);
+    const TDateTime sample = EncodeDateTime(2005, 3, 7, 0, 5, 9, 42);
     EXPECT_EQ(DateTimeToStr(-1.25), "1899-12-29 06:00:00");
     EXPECT_EQ(DateTimeToStr(EncodeDate(1, 1, 1)), "0001-01-01"); // midnight: no time part
-    EXPECT_EQ(DateToStr(value) + "|" + TimeToStr(value), "2005-03-07|00:05:09");
+    EXPECT_EQ(DateToStr(sample) + "|" + TimeToStr(sample), "2005-03-07|00:05:09");
     TFormatSettings settings;
-    const std::tuple<const char*, double, const char*> cases[] = {
+    const std::tuple<const char*, double, const char*> formats[] = {
         {"yyyy-mm-dd hh:nn:ss.zzz", 0, "2005-03-07 00:05:09.042"},
         {"yy/m/d h:n:s.z", 0, "05-3-7 0:5:9.42"},
         {"ddd dddd mmm mmmm", 0, "Mon Monday Mar March"},
@@ -121,17 +118,17 @@ TEST(DateTimeText, FormatAndParse) {
         {"'Day' d \"of\" mmmm", 0, "Day 7 of March"},
         {"c", 0, "2005-03-07 00:05:09"},
         {"ddddd t", 0, "2005-03-07 00:05"}};
-    for (const auto& [format, offset, text] : cases) {
-        EXPECT_EQ(FormatDateTime(format, value + offset, settings), text) << format;
+    for (const auto& [format, offset, text] : formats) {
+        EXPECT_EQ(FormatDateTime(format, sample + offset, settings), text) << format;
     }
     settings.DateSeparator = '.';
     settings.TimeSeparator = 'h';
     settings.ShortDateFormat = "dd/mm/yyyy";
-    EXPECT_EQ(FormatDateTime("c", value, settings), "07.03.2005 00h05h09");
-    EXPECT_EQ(FormatDateTime("hh:nn", value, settings), "00h05");
+    EXPECT_EQ(FormatDateTime("c", sample, settings), "07.03.2005 00h05h09");
+    EXPECT_EQ(FormatDateTime("hh:nn", sample, settings), "00h05");
     // A format that names itself stops instead of recursing forever.
     settings.ShortDateFormat = "ddddd";
-    EXPECT_EQ(FormatDateTime("ddddd", value, settings), "");
+    EXPECT_EQ(FormatDateTime("ddddd", sample, settings), "");
     // Nested formats that switch to the 12-hour clock, short years, milliseconds and the edges of
     // the year: where the stack-buffer text could part from the field-by-field route.
     TFormatSettings clock;

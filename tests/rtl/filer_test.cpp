@@ -69,7 +69,11 @@ public:
     std::string Blob;
 };
 
-TEST(Writer, EachValueKindHasItsExactBytes) {
+std::string TempPath(const std::string& name) {
+    return ::testing::TempDir() + "quorda_stream_" + name;
+}
+
+TEST(Writer, EachValueKindHasItsExactBytesReadsBackAndDamagedInputRaises) {
     EXPECT_EQ(Map<std::int64_t>(
                   {0, -128, 128, -32769, 0x100000000LL},
                   [](std::int64_t v) { return Hex(Written([&](TWriter& w) { w.WriteInteger(v); })); }),
@@ -97,9 +101,6 @@ TEST(Writer, EachValueKindHasItsExactBytes) {
     EXPECT_EQ(Written([](TWriter& w) { w.WriteStr(std::string(256, 'y')); }),
               "\xFF"s + std::string(255, 'y'));
     EXPECT_EQ(Written([](TWriter& w) { w.WriteSignature(); }), "TPF0");
-}
-
-TEST(Reader, ValuesReadBackInTheirWiderAndWideFormsAndCanBeSkipped) {
     std::string bytes = Written([](TWriter& writer) {
         writer.WriteInteger(-5);
         writer.WriteInteger(70000);
@@ -163,6 +164,35 @@ TEST(Reader, ValuesReadBackInTheirWiderAndWideFormsAndCanBeSkipped) {
     skipper.SkipValue();
     skipper.SkipValue();
     EXPECT_EQ(skipper.ReadString(), "after");
+    // Damaged input and values of the wrong kind raise a read error; lengths far beyond the stream are
+    // refused before anything is allocated, and nesting deep enough to exhaust the stack is refused.
+    const std::string text = Written([](TWriter& w) { w.WriteString("text"); });
+    const auto readProperties = [](TReader& r) {
+        TSample target;
+        r.ReadProperties(&target);
+    };
+    const std::tuple<std::string, std::function<void(TReader&)>, const char*> cases[] = {
+        {text, &TReader::ReadInteger, "Invalid property value"},
+        {text, &TReader::ReadBoolean, "Invalid property value"},
+        {text, &TReader::ReadListBegin, "Invalid property value"},
+        {text, &TReader::ReadIdent, "Invalid property value"},
+        {"\x63", &TReader::ReadValue, "Invalid property value"},
+        {"TPF1", &TReader::ReadSignature, "Invalid stream format"},
+        {"\x0C\xFF\xFF\xFF\xFFxyz", &TReader::ReadString, "Stream read error"},
+        {"\x0A\xF0\xFF\xFF\x7F", &TReader::SkipValue, "Stream read error"},
+        {std::string(100000, '\x01'), &TReader::SkipValue, "Invalid property value"},
+        {"\4Blob" + text + '\0', readProperties, "Invalid property value"},
+        {"\5Bogus" + text + '\0', readProperties, "Property Bogus does not exist"}};
+    for (const auto& [damaged, read, message] : cases) {
+        TStringStream input(damaged);
+        TReader damagedReader(input);
+        EXPECT_EQ(MessageOf<EReadError>([&] { read(damagedReader); }), message) << Hex(damaged.substr(0, 8));
+    }
+    // A value of the wrong kind stays unread.
+    TStringStream wrongKind(text);
+    TReader wrongReader(wrongKind);
+    EXPECT_THROW(wrongReader.ReadInteger(), EReadError);
+    EXPECT_EQ(wrongReader.ReadString(), "text");
 }
 
 TEST(Filer, AncestorsSuppressEqualValuesAndStringListsPersistTheirLines) {
@@ -201,39 +231,7 @@ TEST(Filer, AncestorsSuppressEqualValuesAndStringListsPersistTheirLines) {
     EXPECT_EQ(Properties(&sql, &back), "\0"s);
 }
 
-// Damaged input and values of the wrong kind raise a read error; lengths far beyond the stream are
-// refused before anything is allocated, and nesting deep enough to exhaust the stack is refused.
-TEST(Reader, DamagedInputRaisesAReadError) {
-    const std::string text = Written([](TWriter& w) { w.WriteString("text"); });
-    const auto readProperties = [](TReader& r) {
-        TSample target;
-        r.ReadProperties(&target);
-    };
-    const std::tuple<std::string, std::function<void(TReader&)>, const char*> cases[] = {
-        {text, &TReader::ReadInteger, "Invalid property value"},
-        {text, &TReader::ReadBoolean, "Invalid property value"},
-        {text, &TReader::ReadListBegin, "Invalid property value"},
-        {text, &TReader::ReadIdent, "Invalid property value"},
-        {"\x63", &TReader::ReadValue, "Invalid property value"},
-        {"TPF1", &TReader::ReadSignature, "Invalid stream format"},
-        {"\x0C\xFF\xFF\xFF\xFFxyz", &TReader::ReadString, "Stream read error"},
-        {"\x0A\xF0\xFF\xFF\x7F", &TReader::SkipValue, "Stream read error"},
-        {std::string(100000, '\x01'), &TReader::SkipValue, "Invalid property value"},
-        {"\4Blob" + text + '\0', readProperties, "Invalid property value"},
-        {"\5Bogus" + text + '\0', readProperties, "Property Bogus does not exist"}};
-    for (const auto& [bytes, read, message] : cases) {
-        TStringStream stream(bytes);
-        TReader reader(stream);
-        EXPECT_EQ(MessageOf<EReadError>([&] { read(reader); }), message) << Hex(bytes.substr(0, 8));
-    }
-    // A value of the wrong kind stays unread.
-    TStringStream stream(text);
-    TReader reader(stream);
-    EXPECT_THROW(reader.ReadInteger(), EReadError);
-    EXPECT_EQ(reader.ReadString(), "text");
-}
-
-TEST(Extended, KnownValuesHaveTheX87LayoutAndReadingRoundsToNearestEven) {
+TEST(Extended, X87LayoutAndMemoryAndFileStreams) {
     using limits = std::numeric_limits<double>;
     const double inf = limits::infinity(), nan = limits::quiet_NaN(), max = limits::max(),
                  tiny = limits::denorm_min();
@@ -274,13 +272,6 @@ TEST(Extended, KnownValuesHaveTheX87LayoutAndReadingRoundsToNearestEven) {
     EXPECT_EQ(make(one, 0x0001), 0.0);                   // far below the range
     EXPECT_EQ(make(0x4000000000000000ULL, 0x3FFF), 0.5); // an unnormal is read by value
     EXPECT_TRUE(std::isnan(make(0, 0x7FFF)));            // pseudo-infinity
-}
-
-std::string TempPath(const std::string& name) {
-    return ::testing::TempDir() + "quorda_stream_" + name;
-}
-
-TEST(MemoryStream, MemoryAndFileStreams) {
     TMemoryStream stream;
     stream.WriteBuffer("abcdef", 6);
     EXPECT_EQ(stream.Seek(-100, soCurrent), 0); // clamped at the start

@@ -86,7 +86,7 @@ TEST(FloatText, FormatsWithPrecisionDigitsAndPictures) {
               (Strings{"$1,234.50", "($1,234.50)", "zero"}));
 }
 
-TEST(FloatText, ParsingRulesAndOtherSeparators) {
+TEST(FloatText, ParsingSeparatorsIntegersAndBooleans) {
     EXPECT_EQ(Map<const char*>({"  -1.25e2 ", "+5", ".5", "5.", "1E+3", "1e-400", "0e999"},
                                [](const char* text) { return StrToFloat(text); }),
               (std::vector<double>{-125, 5, 0.5, 5, 1000, 0, 0}));
@@ -109,9 +109,6 @@ TEST(FloatText, ParsingRulesAndOtherSeparators) {
     EXPECT_EQ(StrToCurr("1,5", settings).Raw(), 15000);
     EXPECT_FALSE(TryStrToFloat("1.5", value, settings));
     EXPECT_FALSE(TryStrToFloat("1.000,5", value, settings)); // no thousand separators
-}
-
-TEST(IntText, DecimalHexRangeAndBooleans) {
     EXPECT_EQ(Map<const char*>({"42", " -42 ", "+7", "$FF", "0x1f", "2147483647", "-2147483648"},
                                [](const char* text) { return StrToInt(text); }),
               (std::vector<std::int32_t>{42, -42, 7, 255, 31, 2147483647,
@@ -120,9 +117,9 @@ TEST(IntText, DecimalHexRangeAndBooleans) {
     EXPECT_EQ(StrToInt64("-9223372036854775808"), std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(StrToIntDef("x", -1), -1);
     EXPECT_EQ(StrToInt64Def("", 5), 5);
-    std::int32_t value = 0;
+    std::int32_t whole = 0;
     for (const char* bad : {"", "-", "$", "0x", "2147483648", "-2147483649", "12a", "1 2", "1.0", "--1"}) {
-        EXPECT_FALSE(TryStrToInt(bad, value)) << bad;
+        EXPECT_FALSE(TryStrToInt(bad, whole)) << bad;
     }
     std::int64_t wide = 0;
     EXPECT_FALSE(TryStrToInt64("9223372036854775808", wide));

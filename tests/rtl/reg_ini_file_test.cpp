@@ -179,8 +179,10 @@ TEST(RegIniFile, KeyPathsTypedReadsSectionsAndBatches) {
     EXPECT_EQ(TRegIniFile::ConfigFolder(), Home.Folder() / ".config/quorda");
 }
 
-// Two processes writing different keys at once: every write survives, the file stays whole.
-TEST(RegIniFile, ConcurrentWritersLoseNothing) {
+// Two processes writing different keys at once: every write survives, the file stays whole; a write
+// that runs out of space fails with an error and leaves the previous file and no temporary file
+// behind (the child's file size limit stands in for a full disk).
+TEST(RegIniFile, ConcurrentWritersLoseNothingAndAFailedWriteLeavesThePreviousFile) {
     TTemporaryConfigHome Home;
     constexpr int Count = 40;
     const auto Writer = [](const char* Prefix) {
@@ -195,14 +197,7 @@ TEST(RegIniFile, ConcurrentWritersLoseNothing) {
     TRegIniFile("Shared\\App").ReadSection("s", Keys);
     EXPECT_EQ(Keys.Count(), 2 * Count);
     EXPECT_EQ(TRegIniFile("Shared\\App").ReadString("s", "child39", ""), std::string(200, 'c'));
-}
-
-// A write that runs out of space fails with an error and leaves the previous file and no temporary
-// file behind. The child's file size limit stands in for a full disk.
-TEST(RegIniFile, FailedWriteLeavesThePreviousFile) {
-    TTemporaryConfigHome Home;
-    TRegIniFile Ini("App");
-    Ini.WriteString("s", "k", "before");
+    TRegIniFile Ini("Shared\\App");
     const std::string Before = ReadFile(Ini.Path());
     const int Result = InChild([&] {
         std::signal(SIGXFSZ, SIG_IGN);

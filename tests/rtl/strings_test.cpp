@@ -35,7 +35,7 @@ private:
     int& FDeleted;
 };
 
-TEST(StringList, SortedListsPlaceItemsAndApplyTheDuplicateAndCaseRules) {
+TEST(StringList, SortedListsTextLineBreaksAndChangeEvents) {
     TStringList list;
     list.SetSorted(true);
     list.SetText("pear\nApple\nbanana");
@@ -83,13 +83,10 @@ TEST(StringList, SortedListsPlaceItemsAndApplyTheDuplicateAndCaseRules) {
     EXPECT_EQ(sorted.IndexOf("a"), 2);
     EXPECT_EQ(sorted.IndexOf("c"), -1);
     EXPECT_EQ(sorted.IndexOf(std::string_view("Ab").substr(0, 1)), 0);
-}
-
-TEST(StringList, TextSplitsOnEveryLineBreakStyleAndUpdatesHoldBackChangeEvents) {
-    TStringList list;
+    TStringList text;
     const auto split = [&](const char* Text) {
-        list.SetText(Text);
-        return std::pair{Lines(list), list.Text()};
+        text.SetText(Text);
+        return std::pair{Lines(text), text.Text()};
     };
     EXPECT_EQ(Map<const char*>({"one\r\ntwo\rthree\nfour", "a\n\n\r\nb\n", "", "\n"}, split),
               (std::vector<std::pair<Strings, std::string>>{
@@ -97,49 +94,49 @@ TEST(StringList, TextSplitsOnEveryLineBreakStyleAndUpdatesHoldBackChangeEvents) 
                   {{"a", "", "", "b"}, "a\n\n\nb\n"},
                   {{}, ""},
                   {{""}, "\n"}}));
-    list.SetText("x\ny");
-    list.SetLineBreak("\r\n");
-    EXPECT_EQ(list.Text(), "x\r\ny\r\n");
+    text.SetText("x\ny");
+    text.SetLineBreak("\r\n");
+    EXPECT_EQ(text.Text(), "x\r\ny\r\n");
     // Saved text ends every line; loading drops the byte order mark.
-    list.SetText("één\ntwee\n\ndrie");
-    list.SetLineBreak("\n");
+    text.SetText("één\ntwee\n\ndrie");
+    text.SetLineBreak("\n");
     TMemoryStream stream;
-    list.SaveToStream(stream);
+    text.SaveToStream(stream);
     EXPECT_EQ(stream.DataString(), "één\ntwee\n\ndrie\n");
     TStringStream withBom("\xEF\xBB\xBFone\r\ntwo");
-    list.LoadFromStream(withBom);
-    EXPECT_EQ(Lines(list), (Strings{"one", "two"}));
-    list.Clear();
+    text.LoadFromStream(withBom);
+    EXPECT_EQ(Lines(text), (Strings{"one", "two"}));
+    text.Clear();
     Strings events;
-    list.OnChanging = [&](TObject* sender) {
-        EXPECT_EQ(sender, &list);
+    text.OnChanging = [&](TObject* sender) {
+        EXPECT_EQ(sender, &text);
         events.push_back("changing");
     };
-    list.OnChange = [&](TObject*) { events.push_back("change:" + std::to_string(list.Count())); };
-    list.Add("a");
+    text.OnChange = [&](TObject*) { events.push_back("change:" + std::to_string(text.Count())); };
+    text.Add("a");
     EXPECT_EQ(events, (Strings{"changing", "change:1"}));
     events.clear();
-    list.BeginUpdate();
-    list.BeginUpdate();
-    list.Add("b");
-    list.Delete(0);
-    list.EndUpdate();
+    text.BeginUpdate();
+    text.BeginUpdate();
+    text.Add("b");
+    text.Delete(0);
+    text.EndUpdate();
     EXPECT_EQ(events, (Strings{"changing"}));
-    list.Add("c");
-    list.EndUpdate();
+    text.Add("c");
+    text.EndUpdate();
     EXPECT_EQ(events, (Strings{"changing", "change:2"}));
     // Compound operations notify once.
     events.clear();
-    list.SetCommaText("1,2");
+    text.SetCommaText("1,2");
     EXPECT_EQ(events, (Strings{"changing", "change:2"}));
-    // Clearing an empty list changes nothing.
-    list.Clear();
+    // Clearing an empty text changes nothing.
+    text.Clear();
     events.clear();
-    list.Clear();
+    text.Clear();
     EXPECT_TRUE(events.empty());
 }
 
-TEST(StringList, OwnedObjectsAssignAndBadIndexes) {
+TEST(StringList, OwnedObjectsAssignBadIndexesNameValuesAndDelimitedText) {
     int deleted = 0;
     {
         TStringList list(true);
@@ -191,9 +188,6 @@ TEST(StringList, OwnedObjectsAssignAndBadIndexes) {
     EXPECT_EQ(MessageOf<EAssignError>([&] { target.Assign(&component); }),
               "Cannot assign a TComponent to a TStringList");
     EXPECT_THROW(target.Assign(nullptr), EAssignError);
-}
-
-TEST(StringList, NameValueLinesAndDelimitedTextQuoteWhatWouldNotSurvive) {
     TStringList list;
     list.SetText("Host=db1\nPort=5432\nnoseparator\nEmpty=\n");
     EXPECT_EQ((Strings{list.Values("host"), list.Names(1), list.Names(2), list.ValueFromIndex(2),

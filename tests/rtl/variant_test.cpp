@@ -39,7 +39,7 @@ const TDateTime LeapNoon = EncodeDateTime(2000, 2, 29, 12, 0, 0, 0);
 
 } // namespace
 
-TEST(VariantConversion, TypeCodesAndEveryTarget) {
+TEST(VariantConversion, TypeCodesEveryTargetAndArrays) {
     EXPECT_EQ(Map<Variant>({Variant(), Variant::Null(), Variant(true), Variant(std::int16_t(1)), Variant(1),
                             Variant(std::int64_t(1)), Variant(1LL), Variant(std::uint8_t(1)),
                             Variant(std::uint16_t(1)), Variant(1u), Variant(std::uint64_t(1)), Variant(1.0f),
@@ -99,9 +99,6 @@ TEST(VariantConversion, TypeCodesAndEveryTarget) {
     FormatSettings().DecimalSeparator = ',';
     EXPECT_EQ(Reads({"1,5", "1.5"}, &Variant::AsDouble), (Strings{"1.5", "cast"}));
     EXPECT_EQ(Variant(2.25).AsString(), "2,25");
-}
-
-TEST(VariantArray, BoundsElementsCopiesAndSelfReference) {
     Variant a = VarArrayCreate(2, 4);
     EXPECT_EQ(a.VarType(), varArray | varVariant);
     EXPECT_TRUE(VarIsArray(a));
