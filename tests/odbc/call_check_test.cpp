@@ -42,7 +42,7 @@ private:
 
 // The message's layout and the handles it carries are pinned through a database by the core suite
 // (FaultDiagnostics); here a record the driver manager itself reports, read once.
-TEST(CheckODBC, RaisesTheDriverManagersDiagnosticsAndHandlesMoveAndFreeOnce) {
+TEST(CheckODBC, RaisesDiagnosticsPassesSuccessTracesAndFreesHandlesOnce) {
     TODBCConnectionHandle dbc;
     CheckODBC(SQLAllocConnect(TestEnv(), dbc.Receive()), TestEnv(), nullptr, nullptr, "SQLAllocConnect");
     ASSERT_TRUE(dbc);
@@ -73,10 +73,7 @@ TEST(CheckODBC, RaisesTheDriverManagersDiagnosticsAndHandlesMoveAndFreeOnce) {
     EXPECT_EQ(third.Get(), raw);
     EXPECT_EQ(third.Free(), SQL_SUCCESS);
     EXPECT_EQ(third.Free(), SQL_SUCCESS); // empty: nothing to release
-}
-
-// Only errors, invalid handles and SQL_STILL_EXECUTING raise.
-TEST(CheckODBC, PassesSuccessAndNoDataThroughAndTracesEveryCall) {
+    // Only errors, invalid handles and SQL_STILL_EXECUTING raise.
     TraceCapture trace;
     EXPECT_FALSE(RetCodeIsSuccessful(SQL_INVALID_HANDLE));
     EXPECT_EQ(CheckODBC(SQL_NO_DATA_FOUND, nullptr, nullptr, nullptr, "SQLFetch"), SQL_NO_DATA_FOUND);
