@@ -76,8 +76,7 @@ TEST_F(RingTest, LinkWindowsFollowTheRecordsAFullScanFetchesEachOnceAndGotoBookm
         {1, {"4", "5", "6"}, 2, {"2", "3", "4", "5", "6"}, 4, "1", "1"},
         {-3, {"3", "4", "5"}, 0, {"2", "3", "4", "5", "6"}, 1, "-1", "0"},
         {-1, {"2", "3", "4"}, 0, {"2", "3", "4", "5", "6"}, 0, "-1", "0"},
-        {-1, {"1", "2", "3"}, 0, {"1", "2", "3", "4", "5"}, 0, "-1", "-1"},
-    };
+        {-1, {"1", "2", "3"}, 0, {"1", "2", "3", "4", "5"}, 0, "-1", "-1"}};
     for (const auto& [distance, smallWindow, smallActive, largeWindow, largeActive, smallScroll,
                       largeScroll] : steps) {
         Log.clear();

@@ -206,8 +206,7 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
         {"T", EncodeTime(13, 45, 30, 123), 49530123, "1899-12-30 13:45:30.123"},
         // Before the zero of TDateTime, and the last millisecond of a leap day.
         {"DT", EncodeDateTime(1899, 12, 29, 6, 0, 0, 7), 59926456800007.0, "1899-12-29 06:00:00.007"},
-        {"DT", EncodeDateTime(2024, 2, 29, 23, 59, 59, 999), 63844934399999.0, "2024-02-29 23:59:59.999"},
-    };
+        {"DT", EncodeDateTime(2024, 2, 29, 23, 59, 59, 999), 63844934399999.0, "2024-02-29 23:59:59.999"}};
     for (const auto& [name, value, native, read] : cases) {
         SCOPED_TRACE(read);
         TField* field = F(name);

@@ -77,8 +77,7 @@ TEST(EntitySettings, DestructionLeavesTheCurrentValuesReadingKeepsTheAbsentMarke
              EXPECT_EQ(std::tuple(Orders.FindOption(), Orders.FindDown()),
                        std::tuple(efoFirstConCur, dfNext));
          },
-         "[orders]\nFindSensitive=0\nFindOption=1\nFindDown=0\n"},
-    };
+         "[orders]\nFindSensitive=0\nFindOption=1\nFindDown=0\n"}};
     for (const auto& Case : Cases) {
         SCOPED_TRACE(Case.Name);
         fs::remove(SettingsPath);
@@ -102,11 +101,11 @@ TEST(EntitySettings, DestructionLeavesTheCurrentValuesReadingKeepsTheAbsentMarke
         bool SaveFilter;
         Variant Find;
         Variant Filter;
-    } Reads[] = {
-        {"customer", true, true, NullValue, Marker},       {"id", true, true, Variant("7"), Marker},
-        {"custname", true, true, NullValue, Variant("B")}, {"id", false, true, NullValue, Marker},
-        {"custname", true, false, NullValue, NullValue},
-    };
+    } Reads[] = {{"customer", true, true, NullValue, Marker},
+                 {"id", true, true, Variant("7"), Marker},
+                 {"custname", true, true, NullValue, Variant("B")},
+                 {"id", false, true, NullValue, Marker},
+                 {"custname", true, false, NullValue, NullValue}};
     for (const auto& Read : Reads) {
         SCOPED_TRACE(std::string(Read.Field) + (Read.SaveFind ? " find" : "") +
                      (Read.SaveFilter ? " filter" : ""));

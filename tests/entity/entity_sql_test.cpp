@@ -67,8 +67,7 @@ const std::map<std::string, std::function<void(TEntity&, TStringList&)>> kGenera
     {"lock-where", [](TEntity& E, TStringList& S) { E.GenerateSQLLockWhere(S); }},
     {"insert", [](TEntity& E, TStringList& S) { E.GenerateSQLInsert(S); }},
     {"lock", [](TEntity& E, TStringList& S) { E.GenerateSQLLock(S); }},
-    {"delete", [](TEntity& E, TStringList& S) { E.GenerateSQLDelete(S); }},
-};
+    {"delete", [](TEntity& E, TStringList& S) { E.GenerateSQLDelete(S); }}};
 
 // Every generator line by line: "update" compares the Values with the locked row and generates
 // nothing when none differs; "order N [desc]" orders by sortable field N first.
@@ -117,8 +116,7 @@ TEST(EntitySql, GeneratedStatementsAndTheSelection) {
         // The lock column is never one outside the select list; with integers only it is the first field.
         {"integers", "lock", {"UPDATE t SET id=id WHERE id=:id"}},
         {"hidden", "lock", {"UPDATE t SET name=name WHERE code=:code"}},
-        {"key not in view", "select fact", {"SELECT ", "name FROM t"}},
-    };
+        {"key not in view", "select fact", {"SELECT ", "name FROM t"}}};
     for (const auto& Case : Cases) {
         const std::string What = Case.What;
         SCOPED_TRACE(Case.Entity + (" " + What));
@@ -149,12 +147,10 @@ TEST(EntitySql, GeneratedStatementsAndTheSelection) {
         const char* Where;
         const char* Filter;
         TLines Expected;
-    } Selections[] = {
-        {"status=1", "customer=:customer", {"WHERE status=1", "AND customer=:customer", ""}},
-        {"", "customer=:customer", {"WHERE ", "customer=:customer", ""}},
-        {"status=1", "", {"WHERE status=1", ""}},
-        {"", "", {""}},
-    };
+    } Selections[] = {{"status=1", "customer=:customer", {"WHERE status=1", "AND customer=:customer", ""}},
+                      {"", "customer=:customer", {"WHERE ", "customer=:customer", ""}},
+                      {"status=1", "", {"WHERE status=1", ""}},
+                      {"", "", {""}}};
     for (const auto& Selection : Selections) {
         SCOPED_TRACE(Selection.Filter);
         TOrdersEntity Orders;

@@ -110,12 +110,10 @@ TEST(UserEntity, FieldsKeepTheirStoredFormProceduresAndCheckUpdate) {
     const struct {
         const char* Text;
         std::array<const char*, ExecTypeCount> Names;
-    } Cases[] = {
-        {"a;b", {"a", "", "", "", "", "", ""}},
-        {"1;2;3;4;5;6;7;8;9;10;", {"1", "2", "3", "4", "5", "6", "7"}},
-        {" s ;;u;", {" s ", "", "u", "", "", "", ""}},
-        {"", {"", "", "", "", "", "", ""}},
-    };
+    } Cases[] = {{"a;b", {"a", "", "", "", "", "", ""}},
+                 {"1;2;3;4;5;6;7;8;9;10;", {"1", "2", "3", "4", "5", "6", "7"}},
+                 {" s ;;u;", {" s ", "", "u", "", "", "", ""}},
+                 {"", {"", "", "", "", "", "", ""}}};
     for (const auto& Case : Cases) {
         SCOPED_TRACE(Case.Text);
         TUserEntity Stored(nullptr);

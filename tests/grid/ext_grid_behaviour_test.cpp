@@ -52,8 +52,7 @@ const IndicatorCase kIndicatorCases[] = {
          T.Grid.SelectedRows().SetCurrentRowSelected(true);
          T.DataSet.Next();
      },
-     -1, iiSelected},
-};
+     -1, iiSelected}};
 
 class IndicatorImages : public Indicators, public ::testing::WithParamInterface<IndicatorCase> {};
 

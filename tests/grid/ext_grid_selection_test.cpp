@@ -28,8 +28,7 @@ const SelectionCase kCases[] = {
     {"PlainDownSelectsOnlyTheNewRow", 1, "3 Shift+6 Down", {7}, 7},
     {"CtrlDownLeavesTheSelection", 1, "3 Ctrl+Down Ctrl+Down", {3}, 5},
     {"EscapeStartsAgainAtTheCurrentRow", 1, "3 Shift+5 Esc", {5}, 5},
-    {"CtrlEndMovesWithoutSelecting", 1, "2 Ctrl+End", {2}, 40},
-};
+    {"CtrlEndMovesWithoutSelecting", 1, "2 Ctrl+End", {2}, 40}};
 
 class Selection : public GridTest, public ::testing::WithParamInterface<SelectionCase> {};
 

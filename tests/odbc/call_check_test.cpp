@@ -117,12 +117,10 @@ TEST(CreateODBCError, NativeCodeFromTheFirstRecordThatHasOneAndEveryQueueStaysBo
         std::vector<Record> Records;
         SQLINTEGER Native;
         const char* Message;
-    } Cases[] = {
-        {{{"01000", 0, "m1"}, {"42601", 1234, "m2"}, {"HY000", 99, "m3"}}, 1234, "m2"},
-        {{{"01000", 7, "m1"}, {"42601", 1234, "m2"}}, 7, "m1"},
-        {{{"01000", 0, "m1"}, {"01000", 0, "m2"}}, 0, "m1"},
-        {{}, 0, ""},
-    };
+    } Cases[] = {{{{"01000", 0, "m1"}, {"42601", 1234, "m2"}, {"HY000", 99, "m3"}}, 1234, "m2"},
+                 {{{"01000", 7, "m1"}, {"42601", 1234, "m2"}}, 7, "m1"},
+                 {{{"01000", 0, "m1"}, {"01000", 0, "m2"}}, 0, "m1"},
+                 {{}, 0, ""}};
     for (const auto& c : Cases) {
         int calls = 0;
         const EODBCError e = Build(c.Records, calls);

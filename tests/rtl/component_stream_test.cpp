@@ -167,8 +167,7 @@ TEST(ComponentStream, ModuleRoundTripsAndDamagedInputOrAFailedSaveLeavesNothingB
         {"text with odd hex digits", Replaced(text, "00FF", "00F"),
          "Syntax error on line 15: expected an even number of hexadecimal digits and '}'"},
         {"text with a bad value", Replaced(text, "Flag = True", "Flag = ;"),
-         "Syntax error on line 5: expected a value"},
-    };
+         "Syntax error on line 5: expected a value"}};
     for (const auto& [what, bytes, message] : cases) {
         TDataModule module;
         module.SetName("Keep");

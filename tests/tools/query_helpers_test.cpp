@@ -41,8 +41,7 @@ const std::vector<HelperFamily>& Families() {
         {"pool", ExecuteMQuery, [](const std::string& sql) -> TQueryPtr { return OpenMQuery(sql); },
          ExecMQueryLong,
          [](const std::string& sql, const TValues& v) -> TQueryPtr { return OpenMQueryLong(sql, v); },
-         [](const std::string& sql, const TValues& v) -> TQueryPtr { return OpenMQueryLongUni(sql, v); }},
-    };
+         [](const std::string& sql, const TValues& v) -> TQueryPtr { return OpenMQueryLongUni(sql, v); }}};
     return families;
 }
 
@@ -161,9 +160,7 @@ TEST_P(QueryHelpers, WaitCursorIsShownAndRestoredAfterEveryFailingHelper) {
         return query;
     };
     std::vector<std::pair<std::string, std::function<void()>>> helpers{
-        {"ExecQry", [&] { ExecQry(prepared().get()); }},
-        {"OpenQry", [&] { OpenQry(prepared().get()); }},
-    };
+        {"ExecQry", [&] { ExecQry(prepared().get()); }}, {"OpenQry", [&] { OpenQry(prepared().get()); }}};
     for (const HelperFamily& family : Families()) {
         helpers.emplace_back(family.Name + " Execute", [&] { family.Execute(bad); });
         helpers.emplace_back(family.Name + " Open", [&] { family.Open(bad); });
@@ -197,9 +194,7 @@ INSTANTIATE_TEST_SUITE_P(Drivers, QueryHelpers, ::testing::ValuesIn(quorda_test:
 // The driver's own choice (arrays on PostgreSQL, single executes on SQLite) and single executes
 // forced, as on a driver without arrays.
 const std::vector<std::pair<std::string, std::optional<TDriverQuirks>>> kPaths{
-    {"driver's choice", std::nullopt},
-    {"single executes", TDriverQuirks{false, false}},
-};
+    {"driver's choice", std::nullopt}, {"single executes", TDriverQuirks{false, false}}};
 
 class Batch : public ToolsTest {
 protected:

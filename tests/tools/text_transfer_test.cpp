@@ -155,8 +155,7 @@ TEST_P(TextTransfer, ABadLineLeavesTheTableAsItWasAndEveryShapeOfFileImportsOrIs
         {"id,name\r\n1,'new'\r\n3,'three'\r\n", {one, {"3", "three"}}},
         {"id,name\r\n1,'new'\r\n3,'three'\r\n", {{"1", "new"}, {"3", "three"}}, itUpdateExists},
         {"id,name\r\n6,'a',7\r\n", {one}, itIgnoreExists, true},
-        {"id,name\r\n6,'a'\r\n7,'b\r\n", {one}, itIgnoreExists, true},
-    };
+        {"id,name\r\n6,'a'\r\n7,'b\r\n", {one}, itIgnoreExists, true}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.Text + " " + std::to_string(c.Type));
         const std::string target = Table("id integer primary key, name varchar(20)");
@@ -179,8 +178,7 @@ TEST(ConverString, EscapesAndUnescapesBackToTheSameBytes) {
         {"O'Brien", "O''Brien"},        {"D:\\data", "D:\\\\data"},
         {"a\r\nb", "a\\x0D\\x0Ab"},     {"\0z\0"s, "\\x00z\\x00"},
         {"\\x0D", "\\\\x0D"},           {"''", "''''"},
-        {"Grüße, 東京", "Grüße, 東京"}, {"", ""},
-    };
+        {"Grüße, 東京", "Grüße, 東京"}, {"", ""}};
     for (const auto& [plain, escaped] : pairs) {
         EXPECT_EQ(ConverString(plain, true), escaped) << plain;
         EXPECT_EQ(ConverString(escaped, false), plain) << escaped;

@@ -86,8 +86,7 @@ TEST_P(EntityCommands, AddEditDeleteReachTheTableAndValueSourcesBindValuesNullsA
              E.AddForArray(cdtQry, {});
              E.DataQuery()->Close();
          },
-         ""},
-    };
+         ""}};
     for (const Case& C : Cases) {
         SCOPED_TRACE(C.Name);
         Raw.Exec("delete from " + T);
@@ -164,12 +163,10 @@ TEST(EntityLockProcedure, NativeErrorMinus746MeansDeleted) {
         int Native;
         TLockResult Expected;
         bool ReRead;
-    } Cases[] = {
-        {fetLock, -746, lrDeleted, false},
-        {fetLock, 7, lrLocked, true},
-        {fetCLock, -746, lrDeleted, false},
-        {fetCLock, 7, lrLocked, false},
-    };
+    } Cases[] = {{fetLock, -746, lrDeleted, false},
+                 {fetLock, 7, lrLocked, true},
+                 {fetCLock, -746, lrDeleted, false},
+                 {fetCLock, 7, lrLocked, false}};
     for (const auto& C : Cases) {
         SCOPED_TRACE(std::to_string(C.Command) + " " + std::to_string(C.Native));
         quorda_test::FaultDriver Fault("fail:SQLExecute@1|diag:SQLExecute:HY000/" + std::to_string(C.Native) +

@@ -122,8 +122,7 @@ TEST_P(EntityOpen, ReopeningKeepsTheRowColumnsShowAsTheFieldsSayAndFindMovesToTh
         {"dates contain", 2, {{"made", Variant::FromDateTime(EncodeDate(2024, 3, 20))}}, false, dfNext, 4},
         {"every field must match", 2, {{"name", "c"}, {"qty", "3"}}, false, dfNext, 0},
         {"two fields matching", 2, {{"name", "d"}, {"qty", "3"}}, false, dfNext, 1},
-        {"blank text and numbers take no part", 4, {{"name", "  "}, {"qty", 5}}, false, dfNext, 0},
-    };
+        {"blank text and numbers take no part", 4, {{"name", "  "}, {"qty", 5}}, false, dfNext, 0}};
     Items->SetOrdering(Items->lstFields().IndexOf("name"));
     Items->EntityOpen();
     for (const auto& Case : Cases) {

@@ -74,11 +74,9 @@ TEST_F(BrowserExport, WritesTheWholeResultOrTheSelectedRowsAndAFailedOrCancelled
     const struct {
         const char* Name;
         std::string FileName;
-    } cases[] = {
-        {"cancelled", ""},
-        {"missing folder", (Folder / "missing" / "rows.txt").string()},
-        {"target is a folder", (Folder / "sub").string()},
-    };
+    } cases[] = {{"cancelled", ""},
+                 {"missing folder", (Folder / "missing" / "rows.txt").string()},
+                 {"target is a folder", (Folder / "sub").string()}};
     fs::create_directories(Folder / "sub");
     for (const auto& c : cases) {
         Window.SetFileNameHook([&](QWidget*, const QString&) { return QString::fromStdString(c.FileName); });
