@@ -2,20 +2,67 @@
 // its table in every cycle, and no connection is used by two threads at once. Databases created,
 // named, opened and freed on two threads at once share the session's list.
 
-#include "concurrency_support.h"
 #include "quorda/core/odbc_database.h"
 #include "quorda/core/session.h"
 #include "quorda/multidb.h"
 #include "quorda/rtl/exception.h"
 
 #include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <functional>
+#include <future>
 #include <gtest/gtest.h>
 #include <memory>
+#include <mutex>
 #include <quorda_test/environment.h>
 #include <quorda_test/profiles.h>
 #include <quorda_test/raw_odbc.h>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
+
+namespace quorda::testing {
+
+// ThreadSanitizer makes every memory access several times slower.
+#if defined(__SANITIZE_THREAD__)
+inline constexpr int kSlowdown = 6;
+#else
+inline constexpr int kSlowdown = 1;
+#endif
+
+// Runs each job on a thread of its own and waits for all of them. The first exception of a job is
+// rethrown after every thread has ended. When the jobs are not done within Limit the process ends
+// at once with a message: a deadlocked thread cannot be joined.
+inline void RunThreads(const std::vector<std::function<void()>>& Jobs, std::chrono::seconds Limit) {
+    std::vector<std::future<void>> done;
+    std::vector<std::thread> threads;
+    for (const auto& job : Jobs) {
+        std::packaged_task<void()> task(job);
+        done.push_back(task.get_future());
+        threads.emplace_back(std::move(task));
+    }
+    const auto deadline = std::chrono::steady_clock::now() + Limit;
+    for (std::size_t i = 0; i < done.size(); ++i) {
+        if (done[i].wait_until(deadline) != std::future_status::ready) {
+            std::fprintf(stderr, "thread %zu of %zu did not finish within %lld s: deadlock or stall\n", i,
+                         done.size(), static_cast<long long>(Limit.count()));
+            std::fflush(stderr);
+            std::_Exit(3);
+        }
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    for (auto& result : done) {
+        result.get();
+    }
+}
+
+} // namespace quorda::testing
 
 namespace quorda {
 namespace {
