@@ -20,7 +20,6 @@ protected:
         FillNumbers(DataSet, 20);
         Source.SetDataSet(&DataSet);
     }
-
     // The ring's size, the link's record count, the ID of its active record and the dataset's current
     // ID: "5 5 id5 at5".
     std::string Ring(TRecordingLink& Link) {

@@ -336,7 +336,6 @@ TEST(Blob, ValuesLiveInTheirRowAndStreamsWriteOnlyWhileEditing) {
     data()->SaveToStream(target);
     EXPECT_EQ(target.DataString(), bytes + "!");
     EXPECT_EQ(data()->AsString(), bytes + "!");
-
     // A stream outliving the dataset's cursor writes nothing.
     dataSet.Edit();
     auto stream = dataSet.CreateBlobStream(note(), bmWrite);

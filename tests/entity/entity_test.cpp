@@ -178,7 +178,6 @@ TEST(EntitySql, GeneratedStatementsAndTheSelection) {
         EXPECT_EQ(Orders.FieldByName("customer")->Value().IsNull(), *Selection.Filter == '\0');
         EXPECT_TRUE(Orders.FieldByName("total")->Value().IsNull());
     }
-
     // Empty strings and the marker of a missing filter setting are no filter values.
     TOrdersEntity Orders;
     Orders.SetFilterStr("customer=:customer AND id=:id");
@@ -265,7 +264,6 @@ TEST(UserEntity, FieldsKeepTheirStoredFormProceduresAndCheckUpdate) {
     EXPECT_EQ(Loaded.lstFields().ToVector(), (std::vector<std::string>{"id", "name"}));
     EXPECT_EQ(Loaded.GetFields(1)->ExecSet(), (TSetExecType{fetUpdate, fetClose}));
     EXPECT_EQ(Stored(Loaded), Bytes);
-
     // An empty list empties the entity.
     Load(Loaded, StoredForm({}));
     EXPECT_EQ(Loaded.FieldCount(), 0);
@@ -377,7 +375,6 @@ TEST(EntityReread, RegistryWritersMarkingAndTheDecisionPass) {
     EXPECT_EQ(Registry(Entities), "ORDERS:2 X:1 ORDERS:0");
     StartRereadAllUpdate();
     EXPECT_EQ(State(Entities), "0x1.0x");
-
     // Opening the first again makes it the leader without marking anything.
     Entities[0]->SetFlgReread(false);
     FirstNumber("ORDERS", Entities[0].get());

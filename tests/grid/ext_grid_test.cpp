@@ -111,7 +111,6 @@ TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscapeAndDownOnTheLas
     EXPECT_EQ(CurrentId(), 4);
     GoTo(3);
     EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "Z");
-
     // A dataset error raised by a key goes to the application's exception display; the edit stays.
     std::vector<std::string> shown;
     const TExceptionHandler saved =

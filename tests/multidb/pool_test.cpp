@@ -33,7 +33,6 @@ protected:
         Queries.clear();
         Pool.ClearDataBase();
     }
-
     // "#<position in the pool>" of a connection, or "gone".
     std::string Name(TMultiODBCDataBase* DataBase) {
         for (int i = 0; i < Pool.Count(); ++i) {
@@ -43,7 +42,6 @@ protected:
         }
         return "gone";
     }
-
     // A query attached to DataBase, as a dataset that keeps the connection busy.
     TODBCMultiQuery& Attach(TMultiODBCDataBase* DataBase) {
         Queries.push_back(std::make_unique<TODBCMultiQuery>(nullptr));

@@ -51,7 +51,6 @@ protected:
             Raw.Exec("drop table " + table);
         }
     }
-
     // A unique table created with the column list Columns; dropped after the test.
     std::string Table(const std::string& Columns) {
         FTables.push_back(quorda_test::UniqueTableName("tools"));
@@ -438,7 +437,6 @@ TEST_P(TextTransfer, ExportWritesTheByteExactFormatFileErrorsAreClearAndRoundTri
                               "2,'D:\\\\data',-0.125,'x\\x0D\\x0A'\r\n"
                               "3,'',,''\r\n"
                               "4,'four',4,'Grüße'\r\n");
-
     // From the current record on; SaveQryToFile appends lead text and fields by position.
     const auto query = OpenQuery("select id, name, note from " + t + " order by id");
     query->MoveBy(2);
@@ -521,7 +519,6 @@ TEST_P(TextTransfer, ABadLineLeavesTheTableAsItWasAndEveryShapeOfFileImportsOrIs
         EXPECT_EQ(dynamic_cast<const TImportLineInfo&>(e).Line(), 5000);
     }
     EXPECT_EQ(Contents(t).size(), 1u);
-
     // An empty condition counts the whole table: every line is skipped.
     WriteFile(file, "id,amount,name\r\n7,1,'a'\r\n7,2,'b'\r\n");
     ImportDataSet(file.string(), t, "", itIgnoreExists);

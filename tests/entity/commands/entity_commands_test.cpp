@@ -58,7 +58,6 @@ protected:
         FDatabase.reset();
         Raw.Exec("drop table " + T);
     }
-
     // Reconnects DataBase; entities made afterwards use the new connection.
     void Connect(const std::string& ConnectionString) {
         DataBase = nullptr;
@@ -110,14 +109,12 @@ TEST_P(EntityCommands, AddEditDeleteReachTheTableAndValueSourcesBindValuesNullsA
         EXPECT_TRUE(Reader.flgReread());
 
         ASSERT_EQ(Writer.Lock(), lrOk);
-
         // Nothing differs from the locked row: nothing runs, nobody hears of it.
         Unmark();
         Raw.Exec("update " + T + " set customer = 8 where id = 1");
         EXPECT_EQ(Writer.Edit().AsInteger(), 0);
         EXPECT_FALSE(Reader.flgReread());
         EXPECT_EQ(Rows()[0][1], "8");
-
         // Only the changed column is written: the customer changed behind the entity's back stays.
         Writer.SetFieldValue("note", "second");
         EXPECT_EQ(Writer.Edit().AsInteger(), 1);
@@ -171,7 +168,6 @@ TEST_P(EntityCommands, AddEditDeleteReachTheTableAndValueSourcesBindValuesNullsA
                                             {"2", std::nullopt, C.EmptyNote, std::nullopt}}));
     }
     Raw.Exec("drop table " + Source);
-
     // A field binding needs a field for every parameter.
     TNotesEntity Notes(T, "");
     const auto Query = CreateQuery();
@@ -312,7 +308,6 @@ TEST_P(EntityProcedures, ProceduresTakeTheirArgumentsInFieldOrderAndTheSelectPro
         Notes.SetSPOpen(fetDelete, true);
         EXPECT_EQ(Notes.Delete().AsInteger(), 2);
         EXPECT_TRUE(Rows().empty());
-
         // A blank name is no procedure: it cannot be made, and the command runs its generated statement.
         Notes.SetSP(fetInsert, "  ");
         EXPECT_EQ(MessageOf<EEntityException>([&] { Notes.CreateSProcedure(fetInsert); }),
@@ -383,7 +378,6 @@ protected:
         Raw.Exec("drop table " + I);
         CommandsTest::TearDown();
     }
-
     // The ids of the selection from its first row; the current row is left on the last.
     std::vector<int> Ids() {
         std::vector<int> Result;
@@ -495,7 +489,6 @@ protected:
         raw.Exec("insert into " + Table + " (id, s) values (1, 'one'), (2, 'two'), (3, 'three')");
     }
     void TearDown() override { quorda_test::RawOdbc(Profile.ConnectionString).Exec("drop table " + Table); }
-
     // The module as a designer would leave it: connected, both queries open, design-time values set.
     std::string SaveDesignedModule() {
         TDataModule module;
