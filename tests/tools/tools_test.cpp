@@ -135,7 +135,7 @@ protected:
 // Both families: values set in order (Null a null parameter), listed indexes cleared afterwards, the
 // rows affected returned, only the Uni form forward-only, and too few values an error rather than a
 // read past the array.
-TEST_P(QueryHelpers, EachFamilyExecutesOpensCreatesAndFinds) {
+TEST_P(QueryHelpers, EachFamilyExecutesOpensCreatesFindsAndRestoresTheCursor) {
     for (const HelperFamily& family : Families()) {
         SCOPED_TRACE(family.Name);
         Raw.Exec("delete from " + T + " where id > 3");
@@ -209,17 +209,14 @@ TEST_P(QueryHelpers, EachFamilyExecutesOpensCreatesAndFinds) {
         broken.UnLock();
     }
     MultiDataBases = &Pool;
-}
-
-TEST_P(QueryHelpers, WaitCursorIsShownAndRestoredAfterEveryFailingHelper) {
     const std::string bad = "select nothing from no_such_table_here";
     // psqlODBC leaks a little when the server refuses a forward-only statement before running it
     // (docs/odbc-quirks.md): there the forward-only form fails while running instead.
     const std::string badUni = Profile.Name.starts_with("pgsql") ? "select 1 / (b - b) from " + T : bad;
     const auto prepared = [&] {
-        auto query = CreateQuery();
-        query->SQL().SetText(bad);
-        return query;
+        auto failing = CreateQuery();
+        failing->SQL().SetText(bad);
+        return failing;
     };
     std::vector<std::pair<std::string, std::function<void()>>> helpers{
         {"ExecQry", [&] { ExecQry(prepared().get()); }}, {"OpenQry", [&] { OpenQry(prepared().get()); }}};
@@ -423,7 +420,7 @@ protected:
     }
 };
 
-TEST_P(TextTransfer, ExportWritesTheByteExactFormatFileErrorsAreClearAndRoundTripsKeepEveryValue) {
+TEST_P(TextTransfer, ExportImportAndRoundTripKeepEveryValueAndABadLineOrFileChangesNothing) {
     const std::string t = Table("id integer, name varchar(40), amount double precision, note varchar(40)");
     Raw.Exec("insert into " + t + " values (1, 'O''Brien', 2.5, 'a,b')");
     Raw.Exec("insert into " + t + " values (2, " + Profile.Sql.Text("D:\\data") + ", -0.125, " +
@@ -481,24 +478,20 @@ TEST_P(TextTransfer, ExportWritesTheByteExactFormatFileErrorsAreClearAndRoundTri
     const std::string appended = Table(AllTypes());
     AppendDataSet(file.string(), appended);
     EXPECT_EQ(Contents(appended), Contents(source));
-}
-
-TEST_P(TextTransfer, ABadLineLeavesTheTableAsItWasAndEveryShapeOfFileImportsOrIsRefusedWhole) {
-    const std::string t = Table("id integer primary key, amount double precision, name varchar(20)");
-    Raw.Exec("insert into " + t + " values (1, 1.5, 'kept')");
-    std::string text = "id,amount,name\r\n";
+    const std::string bad = Table("id integer primary key, amount double precision, name varchar(20)");
+    Raw.Exec("insert into " + bad + " values (1, 1.5, 'kept')");
+    std::string lines = "id,amount,name\r\n";
     for (int line = 2; line < 5000; ++line) {
-        text += std::to_string(line) + "," + std::to_string(line) + ".5,'n'\r\n";
+        lines += std::to_string(line) + "," + std::to_string(line) + ".5,'n'\r\n";
     }
-    text += "5000,12x,'bad'\r\n";
-    const auto file = TempPath();
-    WriteFile(file, text);
+    lines += "5000,12x,'bad'\r\n";
+    WriteFile(file, lines);
     for (const bool append : {false, true}) {
         try {
             if (append) {
-                AppendDataSet(file.string(), t);
+                AppendDataSet(file.string(), bad);
             } else {
-                ImportDataSet(file.string(), t, "where id = :id", itUpdateExists);
+                ImportDataSet(file.string(), bad, "where id = :id", itUpdateExists);
             }
             ADD_FAILURE() << "imported";
         } catch (const EConvertError& e) {
@@ -507,30 +500,30 @@ TEST_P(TextTransfer, ABadLineLeavesTheTableAsItWasAndEveryShapeOfFileImportsOrIs
             EXPECT_EQ(info->Line(), 5000);
             EXPECT_EQ(e.Message(), "\"12x\" is an invalid float");
         }
-        EXPECT_EQ(Contents(t), (std::vector<quorda_test::Row>{{"1", "1.5", "kept"}})) << append;
+        EXPECT_EQ(Contents(bad), (std::vector<quorda_test::Row>{{"1", "1.5", "kept"}})) << append;
         EXPECT_FALSE(DataBase->InTransaction());
     }
     // A key already in the table stops an append at its line, in a later batch.
-    WriteFile(file, text.substr(0, text.rfind("5000,")) + "1,2,'dup'\r\n");
+    WriteFile(file, lines.substr(0, lines.rfind("5000,")) + "1,2,'dup'\r\n");
     try {
-        AppendDataSet(file.string(), t);
+        AppendDataSet(file.string(), bad);
         ADD_FAILURE() << "duplicate appended";
     } catch (const EODBCError& e) {
         EXPECT_EQ(dynamic_cast<const TImportLineInfo&>(e).Line(), 5000);
     }
-    EXPECT_EQ(Contents(t).size(), 1u);
+    EXPECT_EQ(Contents(bad).size(), 1u);
     // An empty condition counts the whole table: every line is skipped.
     WriteFile(file, "id,amount,name\r\n7,1,'a'\r\n7,2,'b'\r\n");
-    ImportDataSet(file.string(), t, "", itIgnoreExists);
-    EXPECT_EQ(Contents(t).size(), 1u);
+    ImportDataSet(file.string(), bad, "", itIgnoreExists);
+    EXPECT_EQ(Contents(bad).size(), 1u);
     // A statement error is passed on as the driver reported it, with its line.
     try {
-        ImportDataSet(file.string(), t, "where id = :id and amount = :amount", itIgnoreExists);
+        ImportDataSet(file.string(), bad, "where id = :id and amount = :amount", itIgnoreExists);
         FAIL() << "duplicate key imported";
     } catch (const EODBCError& e) {
         EXPECT_EQ(dynamic_cast<const TImportLineInfo&>(e).Line(), 3);
     }
-    EXPECT_EQ(Contents(t).size(), 1u);
+    EXPECT_EQ(Contents(bad).size(), 1u);
     // Every shape of file, into a table that holds row 1: a key already there is skipped or replaced by
     // the import type; a damaged file is refused whole.
     struct Case {
@@ -550,15 +543,15 @@ TEST_P(TextTransfer, ABadLineLeavesTheTableAsItWasAndEveryShapeOfFileImportsOrIs
         {"id,name\r\n6,'a'\r\n7,'b\r\n", {one}, itIgnoreExists, true}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.Text + " " + std::to_string(c.Type));
-        const std::string target = Table("id integer primary key, name varchar(20)");
-        Raw.Exec("insert into " + target + " values (1, 'one')");
+        const std::string shaped = Table("id integer primary key, name varchar(20)");
+        Raw.Exec("insert into " + shaped + " values (1, 'one')");
         WriteFile(file, c.Text);
         if (c.Refused) {
-            EXPECT_THROW(ImportDataSet(file.string(), target, "where id = :id", c.Type), Exception);
+            EXPECT_THROW(ImportDataSet(file.string(), shaped, "where id = :id", c.Type), Exception);
         } else {
-            ImportDataSet(file.string(), target, "where id = :id", c.Type);
+            ImportDataSet(file.string(), shaped, "where id = :id", c.Type);
         }
-        EXPECT_EQ(Contents(target), c.Rows);
+        EXPECT_EQ(Contents(shaped), c.Rows);
         EXPECT_FALSE(DataBase->InTransaction());
     }
 }
