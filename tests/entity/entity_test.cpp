@@ -360,7 +360,7 @@ std::string State(const TEntities& Entities) {
     return Result;
 }
 
-TEST(EntityReread, RegistryWritersMarkingAndTheDecisionPass) {
+TEST(EntityReread, RegistryWritersMarkingTheDecisionPassAndTheCloseProcedure) {
     TEntities Entities = Make("A- -");
     EXPECT_EQ(Registry(Entities), "A:0 :1");
     Entities[1]->SetviewEntity("B");
@@ -410,13 +410,10 @@ TEST(EntityReread, RegistryWritersMarkingAndTheDecisionPass) {
         StartRereadAllUpdate();
         EXPECT_EQ(State(Entities), Expected) << Words;
     }
-}
-
-// The close procedure runs for the last entity of a name only, and never at design time. Without a
-// connection the call fails, and the failure reaches the application instead of the destructor's caller.
-TEST(EntityReread, CloseProcedureRunsForTheLastOfItsName) {
+    // The close procedure runs for the last entity of a name only, and never at design time. Without a
+    // connection the call fails, and the failure reaches the application instead of the destructor's caller.
     entitytest::TShownErrors Errors;
-    TEntities Entities = Make("ORDERS- ORDERS- ORDERS-");
+    Entities = Make("ORDERS- ORDERS- ORDERS-");
     for (const auto& Entity : Entities) {
         Entity->SetSP(fetClose, "close_orders");
     }

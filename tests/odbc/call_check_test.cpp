@@ -40,9 +40,33 @@ private:
     std::vector<std::string> FLines;
 };
 
+struct Record {
+    const char* State;
+    SQLINTEGER Native;
+    const char* Message;
+};
+
+// The labelling of several records is pinned through the real driver manager by the core suite
+// (FaultDiagnostics); here the rules that need records no driver manager hands out. Records are
+// played like a driver manager does: one per call, then SQL_NO_DATA.
+EODBCError Build(const std::vector<Record>& Records, int& Calls) {
+    return detail::BuildODBCError(
+        [&](detail::TDiagnosticBuffers& b) -> SQLRETURN {
+            if (static_cast<std::size_t>(Calls++) >= Records.size()) {
+                return SQL_NO_DATA_FOUND;
+            }
+            const Record& r = Records[Calls - 1];
+            std::snprintf(reinterpret_cast<char*>(b.State), sizeof b.State, "%s", r.State);
+            std::snprintf(reinterpret_cast<char*>(b.Message), sizeof b.Message, "%s", r.Message);
+            b.Native = r.Native;
+            return SQL_SUCCESS;
+        },
+        nullptr, nullptr, nullptr);
+}
+
 // The message's layout and the handles it carries are pinned through a database by the core suite
 // (FaultDiagnostics); here a record the driver manager itself reports, read once.
-TEST(CheckODBC, RaisesDiagnosticsPassesSuccessTracesAndFreesHandlesOnce) {
+TEST(CheckODBC, RaisesDiagnosticsTracesCallsFreesHandlesAndBuildsBoundedErrors) {
     TODBCConnectionHandle dbc;
     CheckODBC(SQLAllocConnect(TestEnv(), dbc.Receive()), TestEnv(), nullptr, nullptr, "SQLAllocConnect");
     ASSERT_TRUE(dbc);
@@ -84,35 +108,8 @@ TEST(CheckODBC, RaisesDiagnosticsPassesSuccessTracesAndFreesHandlesOnce) {
     EXPECT_NE(trace.Lines()[0].find("SQLFetch -> 100 SQL_NO_DATA"), std::string::npos) << trace.Lines()[0];
     EXPECT_NE(trace.Lines()[2].find("SQLExecDirect -> 2 SQL_STILL_EXECUTING"), std::string::npos);
     EXPECT_NE(trace.Lines()[3].find("SQLFreeConnect -> -1 SQL_ERROR"), std::string::npos);
-}
-
-struct Record {
-    const char* State;
-    SQLINTEGER Native;
-    const char* Message;
-};
-
-// The labelling of several records is pinned through the real driver manager by the core suite
-// (FaultDiagnostics); here the rules that need records no driver manager hands out. Records are
-// played like a driver manager does: one per call, then SQL_NO_DATA.
-EODBCError Build(const std::vector<Record>& Records, int& Calls) {
-    return detail::BuildODBCError(
-        [&](detail::TDiagnosticBuffers& b) -> SQLRETURN {
-            if (static_cast<std::size_t>(Calls++) >= Records.size()) {
-                return SQL_NO_DATA_FOUND;
-            }
-            const Record& r = Records[Calls - 1];
-            std::snprintf(reinterpret_cast<char*>(b.State), sizeof b.State, "%s", r.State);
-            std::snprintf(reinterpret_cast<char*>(b.Message), sizeof b.Message, "%s", r.Message);
-            b.Native = r.Native;
-            return SQL_SUCCESS;
-        },
-        nullptr, nullptr, nullptr);
-}
-
-// The native code and message come from the first record that has a code; an empty queue leaves
-// everything empty after one call.
-TEST(CreateODBCError, NativeCodeFromTheFirstRecordThatHasOneAndEveryQueueStaysBounded) {
+    // The native code and message come from the first record that has a code; an empty queue leaves
+    // everything empty after one call.
     const struct {
         std::vector<Record> Records;
         SQLINTEGER Native;

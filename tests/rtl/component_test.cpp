@@ -235,7 +235,7 @@ private:
     std::vector<std::string>& FLog;
 };
 
-TEST(Component, DeletionNotifiesAndNamesOrderAndDesigningFollowTheOwner) {
+TEST(Component, DeletionNamesOrderDesigningAndTheApplication) {
     std::vector<std::string> log;
     TProbe owner(nullptr, "owner", log);
     auto* a = new TProbe(&owner, "a", log);
@@ -312,9 +312,6 @@ TEST(Component, DeletionNotifiesAndNamesOrderAndDesigningFollowTheOwner) {
     EXPECT_TRUE(first->IsDesigning());
     holder.DestroyComponents();
     EXPECT_EQ(holder.ComponentCount(), 0);
-}
-
-TEST(Application, HandlersCursorGuardsCriticalSectionsAndTheMessageTable) {
     std::vector<std::string> shown;
     TExceptionHandler previous =
         Application::SetExceptionHandler([&](const std::exception& e) { shown.push_back(e.what()); });

@@ -73,7 +73,7 @@ std::string TempPath(const std::string& name) {
     return ::testing::TempDir() + "quorda_stream_" + name;
 }
 
-TEST(Writer, EachValueKindHasItsExactBytesReadsBackAndDamagedInputRaises) {
+TEST(Writer, EachValueKindHasItsExactBytesReadsBackAndAncestorsSuppressEqualValues) {
     EXPECT_EQ(Map<std::int64_t>(
                   {0, -128, 128, -32769, 0x100000000LL},
                   [](std::int64_t v) { return Hex(Written([&](TWriter& w) { w.WriteInteger(v); })); }),
@@ -193,9 +193,7 @@ TEST(Writer, EachValueKindHasItsExactBytesReadsBackAndDamagedInputRaises) {
     TReader wrongReader(wrongKind);
     EXPECT_THROW(wrongReader.ReadInteger(), EReadError);
     EXPECT_EQ(wrongReader.ReadString(), "text");
-}
-
-TEST(Filer, AncestorsSuppressEqualValuesAndStringListsPersistTheirLines) {
+    // An ancestor with the same value suppresses the property.
     TSample ancestor;
     ancestor.Caption = "Same";
     TSample instance;
@@ -207,15 +205,14 @@ TEST(Filer, AncestorsSuppressEqualValuesAndStringListsPersistTheirLines) {
     EXPECT_EQ(Properties(&instance), "\0"s);
     // A binary property round trips with its zero bytes; names match ignoring case.
     instance.Blob = std::string("\xFF\0binary", 8);
-    TStringStream stream("\x07"
-                         "CAPTION\x06\x05upper" +
-                         Properties(&instance));
-    TReader reader(stream);
+    TStringStream upper("\x07"
+                        "CAPTION\x06\x05upper" +
+                        Properties(&instance));
     TSample target;
-    reader.ReadProperties(&target);
+    TReader(upper).ReadProperties(&target);
     EXPECT_EQ(target.Blob, instance.Blob);
     EXPECT_EQ(target.Caption, "upper");
-    EXPECT_EQ(stream.Position(), stream.Size());
+    EXPECT_EQ(upper.Position(), upper.Size());
     // String lists persist their lines as the Strings property.
     TStringList sql;
     sql.SetText("select *\nfrom orders");

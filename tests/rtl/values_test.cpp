@@ -129,7 +129,7 @@ TEST(FloatText, FormatsWithPrecisionDigitsAndPictures) {
               (Strings{"$1,234.50", "($1,234.50)", "zero"}));
 }
 
-TEST(FloatText, ParsingSeparatorsIntegersAndBooleans) {
+TEST(FloatText, ParsingSeparatorsIntegersBooleansAndCurrency) {
     EXPECT_EQ(Map<const char*>({"  -1.25e2 ", "+5", ".5", "5.", "1E+3", "1e-400", "0e999"},
                                [](const char* text) { return StrToFloat(text); }),
               (std::vector<double>{-125, 5, 0.5, 5, 1000, 0, 0}));
@@ -175,10 +175,7 @@ TEST(FloatText, ParsingSeparatorsIntegersAndBooleans) {
     EXPECT_EQ(BoolToStr(true), "-1");
     EXPECT_EQ(BoolToStr(false, true), "False");
     EXPECT_EQ(MessageOf<EConvertError>([] { StrToBool("maybe"); }), "\"maybe\" is not a valid boolean.");
-}
-
-// Half away from zero on the decimal value, from floats, text and products alike.
-TEST(CurrencyValue, RoundingArithmeticAndText) {
+    // Half away from zero on the decimal value, from floats, text and products alike.
     EXPECT_EQ(Map<double>({1.00005, -1.00005, 0.12344, 123456789012.3456},
                           [](double v) { return Currency(v).Raw(); }),
               (std::vector<std::int64_t>{10001, -10001, 1234, 1234567890123456}));
@@ -192,9 +189,9 @@ TEST(CurrencyValue, RoundingArithmeticAndText) {
     EXPECT_EQ(Map<const char*>({"1.23455", "-1.23455", "1.23454999", " 1e3 "},
                                [](const char* text) { return StrToCurr(text).Raw(); }),
               (std::vector<std::int64_t>{12346, -12346, 12345, 10000000}));
-    Currency value;
+    Currency parsedAmount;
     for (const char* bad : {"", "x", "1.2.3", "922337203685477.5808", "1e300", "1,5"}) {
-        EXPECT_FALSE(TryStrToCurr(bad, value)) << bad;
+        EXPECT_FALSE(TryStrToCurr(bad, parsedAmount)) << bad;
     }
     EXPECT_THROW(StrToCurr("x"), EConvertError);
     EXPECT_EQ(Currency(1.5) * Currency(2.25), Currency(3.375));
@@ -368,7 +365,7 @@ TEST(DateTimeCalendar, CalendarTextAndParsing) {
     EXPECT_EQ(StrToDateTime("02/03/2001 04:05:06"), EncodeDateTime(2001, 2, 3, 4, 5, 6, 0));
 }
 
-TEST(VariantConversion, TypeCodesEveryTargetAndArrays) {
+TEST(VariantConversion, TypeCodesEveryTargetArraysAndComparisons) {
     EXPECT_EQ(Map<Variant>({Variant(), Variant::Null(), Variant(true), Variant(std::int16_t(1)), Variant(1),
                             Variant(std::int64_t(1)), Variant(1LL), Variant(std::uint8_t(1)),
                             Variant(std::uint16_t(1)), Variant(1u), Variant(std::uint64_t(1)), Variant(1.0f),
@@ -423,11 +420,6 @@ TEST(VariantConversion, TypeCodesEveryTargetAndArrays) {
               "Overflow while converting variant of type (Integer) into type (Byte)");
     EXPECT_EQ(VarAsType(Variant(" 7 "), varSmallint).VarType(), varSmallint);
     EXPECT_EQ(VarAsType(Variant(2.0), varString).AsString(), "2");
-    // Text follows the global decimal separator.
-    SettingsGuard guard;
-    FormatSettings().DecimalSeparator = ',';
-    EXPECT_EQ(Reads({"1,5", "1.5"}, &Variant::AsDouble), (Strings{"1.5", "cast"}));
-    EXPECT_EQ(Variant(2.25).AsString(), "2,25");
     Variant a = VarArrayCreate(2, 4);
     EXPECT_EQ(a.VarType(), varArray | varVariant);
     EXPECT_TRUE(VarIsArray(a));
@@ -477,39 +469,41 @@ TEST(VariantConversion, TypeCodesEveryTargetAndArrays) {
     Variant target = std::move(moved);
     EXPECT_TRUE(VarIsEmpty(moved)); // NOLINT(bugprone-use-after-move): a moved-from variant is Empty
     EXPECT_EQ(target[0].AsInteger(), 1);
-}
-
-// Null = Null is True (the loose rule), Null and Empty equal nothing else; across kinds values compare
-// by value, strings as numbers when the other side is one (exactly, not through a double).
-TEST(VariantCompare, EqualityAndOrderAcrossKinds) {
+    // Null = Null is True (the loose rule), Null and Empty equal nothing else; across kinds values compare
+    // by value, strings as numbers when the other side is one (exactly, not through a double).
     const Variant null = Variant::Null(), empty, big = 9007199254740993LL, below = 9007199254740992LL;
     const Variant digits = "9007199254740993", y2k = Variant::FromDateTime(EncodeDate(2000, 1, 1)),
                   y2kText = "2000-01-01", day = Variant::FromDateTime(36526.5), cur = Currency(1.5);
     const Variant u64 = std::numeric_limits<std::uint64_t>::max(),
                   i64 = std::numeric_limits<std::int64_t>::max();
-    const Variant list = VarArrayOf({1, "a"}), same = VarArrayOf({1.0, "a"}), other = VarArrayOf({1, "b"});
+    const Variant pair = VarArrayOf({1, "a"}), same = VarArrayOf({1.0, "a"}), other = VarArrayOf({1, "b"});
     const std::tuple<Variant, Variant, bool> equality[] = {
         {null, null, true},     {null, 0, false},       {null, "", false},    {empty, empty, true},
         {empty, 0, false},      {empty, "", false},     {empty, null, false}, {1, 1.0, true},
         {short(7), 7ULL, true}, {Currency(2), 2, true}, {"1", 1, true},       {1, "1.0", true},
         {"abc", "ABC", false},  {"abc", "abc", true},   {true, 5, true},      {false, 5, false},
         {true, "True", true},   {true, "true", false},  {day, 36526.5, true}, {y2k, y2kText, true},
-        {list, same, true},     {list, other, false},   {cur, 1.5, true},     {digits, big, true},
+        {pair, same, true},     {pair, other, false},   {cur, 1.5, true},     {digits, big, true},
         {digits, below, false}};
     for (std::size_t i = 0; i < std::size(equality); ++i) {
-        const auto& [a, b, equal] = equality[i];
-        EXPECT_EQ(a == b, equal) << "row " << i;
-        EXPECT_EQ(a != b, !equal) << "row " << i;
+        const auto& [left, right, equal] = equality[i];
+        EXPECT_EQ(left == right, equal) << "row " << i;
+        EXPECT_EQ(left != right, !equal) << "row " << i;
     }
     const std::tuple<Variant, Variant, TVariantRelationship> order[] = {
         {empty, null, vrLessThan}, {null, -5, vrLessThan},    {"a", null, vrGreaterThan},
         {1, 2.5, vrLessThan},      {"b", "a", vrGreaterThan}, {u64, i64, vrGreaterThan},
-        {-1, u64, vrLessThan},     {NaN, 1.0, vrNotEqual},    {list, VarArrayOf({1}), vrNotEqual}};
+        {-1, u64, vrLessThan},     {NaN, 1.0, vrNotEqual},    {pair, VarArrayOf({1}), vrNotEqual}};
     for (std::size_t i = 0; i < std::size(order); ++i) {
         EXPECT_EQ(VarCompareValue(std::get<0>(order[i]), std::get<1>(order[i])), std::get<2>(order[i]))
             << "row " << i;
     }
     EXPECT_THROW((void)(Variant("abc") == Variant(1)), EVariantTypeCastError);
-    EXPECT_EQ(MessageOf<EVariantInvalidOpError>([&] { (void)(list == Variant(1)); }),
+    EXPECT_EQ(MessageOf<EVariantInvalidOpError>([&] { (void)(pair == Variant(1)); }),
               "Invalid variant operation");
+    // Text follows the global decimal separator.
+    SettingsGuard guard;
+    FormatSettings().DecimalSeparator = ',';
+    EXPECT_EQ(Reads({"1,5", "1.5"}, &Variant::AsDouble), (Strings{"1.5", "cast"}));
+    EXPECT_EQ(Variant(2.25).AsString(), "2,25");
 }
