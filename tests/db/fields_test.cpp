@@ -240,7 +240,7 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
     EXPECT_THROW(DateTimeRecToDateTime(ftDateTime, invalid), EConvertError);
 }
 
-TEST(FieldClasses, EveryTypeHasItsClassAndNamesAreUniqueWithoutRegardToCase) {
+TEST(FieldClasses, EveryTypeHasItsClassNamesAreUniqueAndBlobsLiveInTheirRow) {
     TMemDataSet dataSet(nullptr);
     for (int type = ftUnknown; type <= ftWideMemo; ++type) {
         auto fieldType = static_cast<TFieldType>(type);
@@ -278,80 +278,77 @@ TEST(FieldClasses, EveryTypeHasItsClassAndNamesAreUniqueWithoutRegardToCase) {
     EXPECT_EQ(defs.IndexOf(text.substr(0, 2)), 1);
     EXPECT_EQ(dataSet.FieldByName(text.substr(5, 1)), second);
     EXPECT_EQ(dataSet.FindField(text.substr(5, 3)), nullptr);
-}
-
-// Values are per row, Post keeps them and Cancel discards them; streams copy binary data with its
-// zeros and signal the change when done; writes need an edit, a writable field and a live cursor.
-TEST(Blob, ValuesLiveInTheirRowAndStreamsWriteOnlyWhileEditing) {
-    TMemDataSet dataSet(nullptr);
-    dataSet.FieldDefs().Add("ID", ftInteger);
-    dataSet.FieldDefs().Add("NOTE", ftMemo);
-    dataSet.FieldDefs().Add("DATA", ftBlob);
-    dataSet.CreateDataSet();
-    dataSet.AppendRecord({1, "first note"});
-    dataSet.AppendRecord({2});
-    dataSet.First();
-    const auto note = [&] { return static_cast<TBlobField*>(dataSet.FieldByName("NOTE")); };
-    const auto data = [&] { return static_cast<TBlobField*>(dataSet.FieldByName("DATA")); };
+    // Values are per row, Post keeps them and Cancel discards them; streams copy binary data with its
+    // zeros and signal the change when done; writes need an edit, a writable field and a live cursor.
+    TMemDataSet blobs(nullptr);
+    blobs.FieldDefs().Add("ID", ftInteger);
+    blobs.FieldDefs().Add("NOTE", ftMemo);
+    blobs.FieldDefs().Add("DATA", ftBlob);
+    blobs.CreateDataSet();
+    blobs.AppendRecord({1, "first note"});
+    blobs.AppendRecord({2});
+    blobs.First();
+    const auto note = [&] { return static_cast<TBlobField*>(blobs.FieldByName("NOTE")); };
+    const auto data = [&] { return static_cast<TBlobField*>(blobs.FieldByName("DATA")); };
     EXPECT_EQ(note()->BlobSize(), 10);
     EXPECT_TRUE(data()->IsNull());
     EXPECT_EQ(note()->DisplayText(), "(MEMO)");
     EXPECT_EQ(data()->DisplayText(), "(blob)");
-    EXPECT_EQ(MessageOf([&] { dataSet.CreateBlobStream(note(), bmWrite); }), SNotEditing);
+    EXPECT_EQ(MessageOf([&] { blobs.CreateBlobStream(note(), bmWrite); }), SNotEditing);
     EXPECT_THROW(note()->SetAsString("x"), EDatabaseError);
-    dataSet.Edit();
+    blobs.Edit();
     note()->SetAsString("changed");
     EXPECT_TRUE(note()->Modified());
     EXPECT_EQ(note()->AsString(), "changed");
     EXPECT_EQ(note()->OldValue().AsString(), "first note");
-    dataSet.Cancel();
+    blobs.Cancel();
     EXPECT_EQ(note()->AsString(), "first note");
-    dataSet.Edit();
+    blobs.Edit();
     note()->SetAsString("second");
     note()->SetAsString("third");
-    dataSet.Post();
-    dataSet.Next();
+    blobs.Post();
+    blobs.Next();
     EXPECT_TRUE(VarIsNull(note()->Value()));
-    dataSet.Prior();
+    blobs.Prior();
     EXPECT_EQ(note()->AsString(), "third");
 
     const std::string bytes("\0\x01\xff\0tail", 8);
     std::vector<std::string> changes;
     data()->OnChange = [&](TField* Field) { changes.push_back(Field->FieldName()); };
-    dataSet.Edit();
+    blobs.Edit();
     {
-        auto stream = dataSet.CreateBlobStream(data(), bmWrite);
+        auto stream = blobs.CreateBlobStream(data(), bmWrite);
         stream->WriteBuffer(bytes.data(), 8);
         EXPECT_TRUE(changes.empty());
     }
     EXPECT_EQ(changes, (std::vector<std::string>{"DATA"}));
-    EXPECT_TRUE(dataSet.Modified());
+    EXPECT_TRUE(blobs.Modified());
     {
-        auto stream = dataSet.CreateBlobStream(data(), bmReadWrite);
+        auto stream = blobs.CreateBlobStream(data(), bmReadWrite);
         stream->Seek(0, soEnd);
         stream->WriteBuffer("!", 1);
     }
-    dataSet.Post();
+    blobs.Post();
     TMemoryStream target;
     data()->SaveToStream(target);
     EXPECT_EQ(target.DataString(), bytes + "!");
     EXPECT_EQ(data()->AsString(), bytes + "!");
     // A stream outliving the dataset's cursor writes nothing.
-    dataSet.Edit();
-    auto stream = dataSet.CreateBlobStream(note(), bmWrite);
+    blobs.Edit();
+    auto stream = blobs.CreateBlobStream(note(), bmWrite);
     stream->WriteBuffer("late", 4);
-    dataSet.Close();
+    blobs.Close();
     stream.reset();
-    dataSet.Open();
+    blobs.Open();
     note()->SetReadOnly(true);
-    dataSet.Edit();
+    blobs.Edit();
     EXPECT_THROW(note()->SetAsString("x"), EDatabaseError);
     EXPECT_EQ(note()->AsString(), "third");
-    dataSet.Cancel();
+    blobs.Cancel();
     note()->SetReadOnly(false);
-    dataSet.Edit();
+    blobs.Edit();
     note()->Clear();
-    dataSet.Post();
+    blobs.Post();
     EXPECT_TRUE(note()->IsNull());
 }
 

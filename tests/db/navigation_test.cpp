@@ -111,7 +111,7 @@ TEST(Navigation, ScrollEventsClosedAndLoadingDatasetsAndBookmarks) {
 
 // Calculated fields are computed for every fetched record in their own state, follow the record
 // being edited, can be tested by a filter and cannot write data fields.
-TEST(CalcFields, ComputedPerRecordInTheirOwnState) {
+TEST(CalcFields, CalculatedFieldsFiltersLocateAndLookup) {
     TMemDataSet dataSet(nullptr);
     dataSet.FieldDefs().Add("ID", ftInteger);
     dataSet.FieldDefs().Add("NAME", ftString, 20);
@@ -163,33 +163,30 @@ TEST(CalcFields, ComputedPerRecordInTheirOwnState) {
     EXPECT_EQ(dataSet.RecordCount(), 1);
     dataSet.OnCalcFields = [](TDataSet* ds) { ds->FieldByName("NAME")->SetAsString("no"); };
     EXPECT_THROW(dataSet.Refresh(), EDatabaseError);
-}
-
-TEST(Filter, HidesRejectedRowsAndLocateAndLookupFindThem) {
-    TMemDataSet dataSet(nullptr);
-    FillNumbers(dataSet, 10);
-    std::vector<TDataSetState> states;
-    dataSet.OnFilterRecord = [&](TDataSet* ds, bool& Accept) {
-        states.push_back(ds->State());
+    TMemDataSet numbers(nullptr);
+    FillNumbers(numbers, 10);
+    std::vector<TDataSetState> filterStates;
+    numbers.OnFilterRecord = [&](TDataSet* ds, bool& Accept) {
+        filterStates.push_back(ds->State());
         Accept = ds->FieldByName("ID")->AsInteger() % 3 == 0;
     };
-    dataSet.SetFiltered(true);
-    EXPECT_EQ(Position(dataSet), "bof 3");
-    ASSERT_FALSE(states.empty());
-    EXPECT_EQ(states.front(), dsFilter);
-    EXPECT_EQ(dataSet.State(), dsBrowse);
-    EXPECT_EQ(dataSet.RecordCount(), 3);
-    dataSet.Next();
-    EXPECT_EQ(dataSet.RecNo(), 2);
+    numbers.SetFiltered(true);
+    EXPECT_EQ(Position(numbers), "bof 3");
+    ASSERT_FALSE(filterStates.empty());
+    EXPECT_EQ(filterStates.front(), dsFilter);
+    EXPECT_EQ(numbers.State(), dsBrowse);
+    EXPECT_EQ(numbers.RecordCount(), 3);
+    numbers.Next();
+    EXPECT_EQ(numbers.RecNo(), 2);
     // A posted record that the filter rejects leaves the view.
-    dataSet.Edit();
-    dataSet.FieldByName("ID")->SetAsInteger(7);
-    dataSet.Post();
-    EXPECT_EQ(CurrentId(dataSet), 9);
-    EXPECT_EQ(dataSet.RecordCount(), 2);
-    dataSet.SetFiltered(false);
-    EXPECT_EQ(CurrentId(dataSet), 1);
-    EXPECT_EQ(dataSet.RecordCount(), 10);
+    numbers.Edit();
+    numbers.FieldByName("ID")->SetAsInteger(7);
+    numbers.Post();
+    EXPECT_EQ(CurrentId(numbers), 9);
+    EXPECT_EQ(numbers.RecordCount(), 2);
+    numbers.SetFiltered(false);
+    EXPECT_EQ(CurrentId(numbers), 1);
+    EXPECT_EQ(numbers.RecordCount(), 10);
     // Several keys, nulls and numbers; links hear only the outcome; Lookup reads without moving.
     TMemDataSet people(nullptr);
     people.FieldDefs().Add("ID", ftInteger);
