@@ -81,113 +81,6 @@ const std::map<std::string, std::function<void(TEntity&, TStringList&)>> kGenera
     {"lock", [](TEntity& E, TStringList& S) { E.GenerateSQLLock(S); }},
     {"delete", [](TEntity& E, TStringList& S) { E.GenerateSQLDelete(S); }}};
 
-// Every generator line by line: "update" compares the Values with the locked row and generates
-// nothing when none differs; "order N [desc]" orders by sortable field N first.
-TEST(EntitySql, GeneratedStatementsAndTheSelection) {
-    TLockedRow Locked;
-    const struct {
-        const char* Entity;
-        const char* What;
-        TLines Expected;
-        std::vector<std::pair<const char*, Variant>> Values = {};
-    } Cases[] = {
-        {"orders", "select", {"SELECT ", "id,c.custname,customer,total FROM v_orders"}},
-        {"orders", "select fact", {"SELECT ", "id,customer,total FROM orders"}},
-        {"orders", "lock-where", {"WHERE id=:id"}},
-        {"orders", "insert", {"INSERT INTO orders", "(id,customer,total)", "VALUES(:id,:customer,:total)"}},
-        {"orders", "lock", {"UPDATE orders SET total=total WHERE id=:id"}},
-        {"orders",
-         "update",
-         {"UPDATE orders SET ", "total=:total", "WHERE id=:id"},
-         {{"customer", 3}, {"total", 12.25}}},
-        {"orders", "update", {}, {{"customer", 3}, {"total", 10.5}}},
-        {"orders", "delete", {"DELETE FROM orders WHERE id=:id"}},
-        {"orders", "order 3", {"ORDER BY total,c.custname"}},
-        {"orders", "order 1", {"ORDER BY c.custname,total"}},
-        {"orders", "order 3 desc", {"ORDER BY total DESC,c.custname DESC"}},
-        {"orders", "order -1", {""}},
-        // Beyond the last field: the tail only; a field that does not sort: the next one that does.
-        {"orders", "order 9", {"ORDER BY c.custname,total"}},
-        {"orders", "order 2", {"ORDER BY total,c.custname"}},
-        // A quoted key names its parameter quoted too; the select list quotes with SelectQuote, except
-        // for columns of a view table of their own.
-        {"quoted", "lock-where", {"WHERE \"id\"=:\"id\""}},
-        {"quoted", "select", {"SELECT ", "id,\"c.name\",`total` FROM v"}},
-        {"quoted", "insert", {"INSERT INTO t", "(\"id\",\"name\")", "VALUES(:\"id\",:\"name\")"}},
-        {"quoted", "order 0", {"ORDER BY \"c.name\""}},
-        // Without a key the WHERE stays open; a null replacing a value and an empty string replacing
-        // a null are changes.
-        {"keyless", "delete", {"DELETE FROM t WHERE "}},
-        {"keyless", "lock", {"UPDATE t SET note=note WHERE "}},
-        {"keyless", "update", {"UPDATE t SET ", "customer=:customer", ""}, {{"customer", 4}, {"note", ""}}},
-        {"keyless",
-         "update",
-         {"UPDATE t SET ", "customer=:customer", ""},
-         {{"customer", NullValue}, {"note", NullValue}}},
-        {"keyless", "order 0", {""}},
-        // The lock column is never one outside the select list; with integers only it is the first field.
-        {"integers", "lock", {"UPDATE t SET id=id WHERE id=:id"}},
-        {"hidden", "lock", {"UPDATE t SET name=name WHERE code=:code"}},
-        {"key not in view", "select fact", {"SELECT ", "name FROM t"}}};
-    for (const auto& Case : Cases) {
-        const std::string What = Case.What;
-        SCOPED_TRACE(Case.Entity + (" " + What));
-        const auto Entity = Declared(Case.Entity);
-        for (const auto& [Field, Value] : Case.Values) {
-            Entity->SetFieldValue(Field, Value);
-        }
-        TStringList SQL;
-        if (What == "update") {
-            SQL.Add("stale");
-            EXPECT_EQ(Entity->GenerateSQLUpdate(SQL, Locked), !Case.Expected.empty());
-        } else if (What.starts_with("order")) {
-            Entity->SetOrderingDesc(What.ends_with("desc"));
-            SQL.Add(Entity->GenerateOrder(std::stoi(What.substr(6))));
-        } else {
-            kGenerators.at(What)(*Entity, SQL);
-        }
-        EXPECT_EQ(SQL.ToVector(), Case.Expected);
-    }
-
-    TTestEntity Empty;
-    TStringList SQL;
-    EXPECT_EQ(entitytest::MessageOf<EEntityException>([&] { Empty.GenerateSQLLock(SQL); }),
-              "Can not create select lock query");
-    // The lines of the open selection for each combination of WherePhrase and FilterStr (the ORDER BY
-    // line comes from GenerateOrder above, empty here), and filter values reaching the parameters they name.
-    const struct {
-        const char* Where;
-        const char* Filter;
-        TLines Expected;
-    } Selections[] = {{"status=1", "customer=:customer", {"WHERE status=1", "AND customer=:customer", ""}},
-                      {"", "customer=:customer", {"WHERE ", "customer=:customer", ""}},
-                      {"status=1", "", {"WHERE status=1", ""}},
-                      {"", "", {""}}};
-    for (const auto& Selection : Selections) {
-        SCOPED_TRACE(Selection.Filter);
-        TOrdersEntity Orders;
-        Orders.SetWherePhrase(Selection.Where);
-        Orders.SetFilterStr(Selection.Filter);
-        Orders.SetFieldFilter("customer", 42);
-        Orders.SetFieldFilter("total", 9.5);
-        Orders.GenerateSQLSelection(Orders.DataQuery()->SQL());
-        TLines Expected{"SELECT ", "id,c.custname,customer,total FROM v_orders"};
-        Expected.insert(Expected.end(), Selection.Expected.begin(), Selection.Expected.end());
-        EXPECT_EQ(Orders.DataQuery()->SQL().ToVector(), Expected);
-        // Only a field whose name is a parameter of the selection takes its filter value.
-        EXPECT_EQ(Orders.FieldByName("customer")->Value().IsNull(), *Selection.Filter == '\0');
-        EXPECT_TRUE(Orders.FieldByName("total")->Value().IsNull());
-    }
-    // Empty strings and the marker of a missing filter setting are no filter values.
-    TOrdersEntity Orders;
-    Orders.SetFilterStr("customer=:customer AND id=:id");
-    Orders.SetFieldFilter("customer", "");
-    Orders.SetFieldFilter("id", EntityAbsentMarker);
-    Orders.GenerateSQLSelection(Orders.DataQuery()->SQL());
-    EXPECT_TRUE(Orders.FieldByName("customer")->Value().IsNull());
-    EXPECT_TRUE(Orders.FieldByName("id")->Value().IsNull());
-}
-
 // One field of the stored list, value by value in the order of the stored form; Commands holds the
 // seven membership strings, each ended by ";".
 struct TStoredField {
@@ -240,7 +133,7 @@ void Load(TUserEntity& Entity, const std::string& Bytes) {
 }
 
 // The stored form value by value; read back, it gives the same fields and the same bytes again.
-TEST(UserEntity, FieldsKeepTheirStoredFormProceduresAndCheckUpdate) {
+TEST(UserEntity, FieldsKeepTheirStoredFormAndGenerateTheirStatements) {
     TUserEntity Designed(nullptr);
     EXPECT_EQ(Stored(Designed), StoredForm({}));
     TFieldItem* Id = Designed.CreateField("ID", "Id", "", 6, true, false, true, false, ftInteger, cnstETPK);
@@ -291,17 +184,17 @@ TEST(UserEntity, FieldsKeepTheirStoredFormProceduresAndCheckUpdate) {
     const struct {
         const char* Text;
         std::array<const char*, ExecTypeCount> Names;
-    } Cases[] = {{"a;b", {"a", "", "", "", "", "", ""}},
-                 {"1;2;3;4;5;6;7;8;9;10;", {"1", "2", "3", "4", "5", "6", "7"}},
-                 {" s ;;u;", {" s ", "", "u", "", "", "", ""}},
-                 {"", {"", "", "", "", "", "", ""}}};
-    for (const auto& Case : Cases) {
-        SCOPED_TRACE(Case.Text);
+    } Procedures[] = {{"a;b", {"a", "", "", "", "", "", ""}},
+                      {"1;2;3;4;5;6;7;8;9;10;", {"1", "2", "3", "4", "5", "6", "7"}},
+                      {" s ;;u;", {" s ", "", "u", "", "", "", ""}},
+                      {"", {"", "", "", "", "", "", ""}}};
+    for (const auto& Procedure : Procedures) {
+        SCOPED_TRACE(Procedure.Text);
         TUserEntity Stored(nullptr);
         Stored.SetSP(fetClose, "stale");
-        Stored.SetStroredProcedures(Case.Text);
+        Stored.SetStroredProcedures(Procedure.Text);
         for (int Command = fetSelect; Command <= fetClose; ++Command) {
-            EXPECT_EQ(Stored.GetSP(static_cast<TExecType>(Command)), Case.Names[Command]);
+            EXPECT_EQ(Stored.GetSP(static_cast<TExecType>(Command)), Procedure.Names[Command]);
         }
         // No close procedure to run without a connection.
         Stored.SetSP(fetClose, {});
@@ -314,6 +207,110 @@ TEST(UserEntity, FieldsKeepTheirStoredFormProceduresAndCheckUpdate) {
     EXPECT_FALSE(Entity.CheckUpdate());
     Entity.OnCheckUpdate = [&](TUserEntity* Sender, bool& Update) { Update = !Update && Sender == &Entity; };
     EXPECT_TRUE(Entity.CheckUpdate());
+    // Every generator line by line: "update" compares the Values with the locked row and generates
+    // nothing when none differs; "order N [desc]" orders by sortable field N first.
+    TLockedRow Locked;
+    const struct {
+        const char* Entity;
+        const char* What;
+        TLines Expected;
+        std::vector<std::pair<const char*, Variant>> Values = {};
+    } Cases[] = {
+        {"orders", "select", {"SELECT ", "id,c.custname,customer,total FROM v_orders"}},
+        {"orders", "select fact", {"SELECT ", "id,customer,total FROM orders"}},
+        {"orders", "lock-where", {"WHERE id=:id"}},
+        {"orders", "insert", {"INSERT INTO orders", "(id,customer,total)", "VALUES(:id,:customer,:total)"}},
+        {"orders", "lock", {"UPDATE orders SET total=total WHERE id=:id"}},
+        {"orders",
+         "update",
+         {"UPDATE orders SET ", "total=:total", "WHERE id=:id"},
+         {{"customer", 3}, {"total", 12.25}}},
+        {"orders", "update", {}, {{"customer", 3}, {"total", 10.5}}},
+        {"orders", "delete", {"DELETE FROM orders WHERE id=:id"}},
+        {"orders", "order 3", {"ORDER BY total,c.custname"}},
+        {"orders", "order 1", {"ORDER BY c.custname,total"}},
+        {"orders", "order 3 desc", {"ORDER BY total DESC,c.custname DESC"}},
+        {"orders", "order -1", {""}},
+        // Beyond the last field: the tail only; a field that does not sort: the next one that does.
+        {"orders", "order 9", {"ORDER BY c.custname,total"}},
+        {"orders", "order 2", {"ORDER BY total,c.custname"}},
+        // A quoted key names its parameter quoted too; the select list quotes with SelectQuote, except
+        // for columns of a view table of their own.
+        {"quoted", "lock-where", {"WHERE \"id\"=:\"id\""}},
+        {"quoted", "select", {"SELECT ", "id,\"c.name\",`total` FROM v"}},
+        {"quoted", "insert", {"INSERT INTO t", "(\"id\",\"name\")", "VALUES(:\"id\",:\"name\")"}},
+        {"quoted", "order 0", {"ORDER BY \"c.name\""}},
+        // Without a key the WHERE stays open; a null replacing a value and an empty string replacing
+        // a null are changes.
+        {"keyless", "delete", {"DELETE FROM t WHERE "}},
+        {"keyless", "lock", {"UPDATE t SET note=note WHERE "}},
+        {"keyless", "update", {"UPDATE t SET ", "customer=:customer", ""}, {{"customer", 4}, {"note", ""}}},
+        {"keyless",
+         "update",
+         {"UPDATE t SET ", "customer=:customer", ""},
+         {{"customer", NullValue}, {"note", NullValue}}},
+        {"keyless", "order 0", {""}},
+        // The lock column is never one outside the select list; with integers only it is the first field.
+        {"integers", "lock", {"UPDATE t SET id=id WHERE id=:id"}},
+        {"hidden", "lock", {"UPDATE t SET name=name WHERE code=:code"}},
+        {"key not in view", "select fact", {"SELECT ", "name FROM t"}}};
+    for (const auto& Case : Cases) {
+        const std::string What = Case.What;
+        SCOPED_TRACE(Case.Entity + (" " + What));
+        const auto Declaration = Declared(Case.Entity);
+        for (const auto& [Column, Value] : Case.Values) {
+            Declaration->SetFieldValue(Column, Value);
+        }
+        TStringList SQL;
+        if (What == "update") {
+            SQL.Add("stale");
+            EXPECT_EQ(Declaration->GenerateSQLUpdate(SQL, Locked), !Case.Expected.empty());
+        } else if (What.starts_with("order")) {
+            Declaration->SetOrderingDesc(What.ends_with("desc"));
+            SQL.Add(Declaration->GenerateOrder(std::stoi(What.substr(6))));
+        } else {
+            kGenerators.at(What)(*Declaration, SQL);
+        }
+        EXPECT_EQ(SQL.ToVector(), Case.Expected);
+    }
+
+    TTestEntity Empty;
+    TStringList SQL;
+    EXPECT_EQ(entitytest::MessageOf<EEntityException>([&] { Empty.GenerateSQLLock(SQL); }),
+              "Can not create select lock query");
+    // The lines of the open selection for each combination of WherePhrase and FilterStr (the ORDER BY
+    // line comes from GenerateOrder above, empty here), and filter values reaching the parameters they name.
+    const struct {
+        const char* Where;
+        const char* Filter;
+        TLines Expected;
+    } Selections[] = {{"status=1", "customer=:customer", {"WHERE status=1", "AND customer=:customer", ""}},
+                      {"", "customer=:customer", {"WHERE ", "customer=:customer", ""}},
+                      {"status=1", "", {"WHERE status=1", ""}},
+                      {"", "", {""}}};
+    for (const auto& Selection : Selections) {
+        SCOPED_TRACE(Selection.Filter);
+        TOrdersEntity Orders;
+        Orders.SetWherePhrase(Selection.Where);
+        Orders.SetFilterStr(Selection.Filter);
+        Orders.SetFieldFilter("customer", 42);
+        Orders.SetFieldFilter("total", 9.5);
+        Orders.GenerateSQLSelection(Orders.DataQuery()->SQL());
+        TLines Expected{"SELECT ", "id,c.custname,customer,total FROM v_orders"};
+        Expected.insert(Expected.end(), Selection.Expected.begin(), Selection.Expected.end());
+        EXPECT_EQ(Orders.DataQuery()->SQL().ToVector(), Expected);
+        // Only a field whose name is a parameter of the selection takes its filter value.
+        EXPECT_EQ(Orders.FieldByName("customer")->Value().IsNull(), *Selection.Filter == '\0');
+        EXPECT_TRUE(Orders.FieldByName("total")->Value().IsNull());
+    }
+    // Empty strings and the marker of a missing filter setting are no filter values.
+    TOrdersEntity Orders;
+    Orders.SetFilterStr("customer=:customer AND id=:id");
+    Orders.SetFieldFilter("customer", "");
+    Orders.SetFieldFilter("id", EntityAbsentMarker);
+    Orders.GenerateSQLSelection(Orders.DataQuery()->SQL());
+    EXPECT_TRUE(Orders.FieldByName("customer")->Value().IsNull());
+    EXPECT_TRUE(Orders.FieldByName("id")->Value().IsNull());
 }
 
 // The registry as "name:index" entries, the index being the entity's position in Entities (the

@@ -133,77 +133,6 @@ std::string Replaced(std::string Bytes, const std::string& From, const std::stri
     return Bytes;
 }
 
-// Two items that point at each other; A has a value in every property. Declaration order, defaults
-// and not-stored properties skipped, events never written. Damaged or cut input raises and leaves
-// nothing behind, and so does a failed save.
-TEST(ComponentStream, ModuleRoundTripsAndDamagedInputOrAFailedSaveLeavesNothingBehind) {
-    LoadedLog.clear();
-    const std::string saved = SampleModule();
-    // References are set before any Loaded runs; Loaded follows the reading order.
-    EXPECT_EQ(LoadedLog, (std::vector<std::string>{"A->B", "B->A"}));
-    TDataModule loaded;
-    TStringStream input(saved);
-    loaded.LoadFromStream(input);
-    EXPECT_EQ(loaded.Name(), "Set");
-    EXPECT_FALSE(loaded.IsLoading());
-    EXPECT_EQ(Saved(loaded), saved);
-    EXPECT_EQ(Saved(loaded, TStreamFormat::Text), kSampleText);
-    TStringStream textInput(kSampleText);
-    TStringStream binary;
-    ObjectTextToBinary(textInput, binary);
-    EXPECT_EQ(binary.DataString(), saved);
-    const std::string text = kSampleText;
-    const std::string count = "\5Count";
-    const std::tuple<const char*, std::string, const char*> cases[] = {
-        {"neither form", "TPF1" + saved.substr(4), "Syntax error on line 1: expected object"},
-        {"wrong tag", Replaced(saved, count + "\x03", count + "\x07"),
-         "Invalid property value at offset 47: expected the value of property Count"},
-        {"unknown class", Replaced(saved, "TSampleItem", "TSampleIteX"),
-         "Class TSampleIteX not found at offset 33: expected a registered class"},
-        {"unknown property", Replaced(saved, "Caption", "Captiox"),
-         "Property Captiox does not exist at offset 81: expected a property of TSampleItem"},
-        {"unknown enumerator", Replaced(saved, "clBlue", "clPink"),
-         "Invalid property value at offset 107: expected the value of property Colour"},
-        {"absurd length",
-         Replaced(saved, std::string("\x06\x09", 2) + "it's", std::string("\x0C\xF0\xFF\xFF\xFF")),
-         "Stream read error at offset 86: expected the value of property Caption"},
-        {"unresolved reference",
-         Replaced(saved, std::string("\x07\x01") + "B", std::string("\x07\x01") + "X"),
-         "Unresolved reference to X at offset 231: expected a component named X for property Partner"},
-        {"text without end", text.substr(0, text.size() - 4), "Syntax error on line 22: expected end"},
-        {"text with odd hex digits", Replaced(text, "00FF", "00F"),
-         "Syntax error on line 15: expected an even number of hexadecimal digits and '}'"},
-        {"text with a bad value", Replaced(text, "Flag = True", "Flag = ;"),
-         "Syntax error on line 5: expected a value"}};
-    for (const auto& [what, bytes, message] : cases) {
-        TDataModule module;
-        module.SetName("Keep");
-        TStringStream damaged(bytes);
-        EXPECT_EQ(MessageOf<EReadError>([&] { module.LoadFromStream(damaged); }), message) << what;
-        EXPECT_EQ(module.ComponentCount(), 0) << what;
-        EXPECT_EQ(module.Name(), "Keep") << what;
-    }
-    // Cut anywhere, the stream fails cleanly.
-    for (std::size_t cut = 0; cut < saved.size(); ++cut) {
-        TDataModule module;
-        TStringStream cutInput(saved.substr(0, cut));
-        EXPECT_THROW(module.LoadFromStream(cutInput), EReadError) << "cut at " << cut;
-        EXPECT_EQ(module.ComponentCount(), 0) << "cut at " << cut;
-        EXPECT_FALSE(module.IsLoading()) << "cut at " << cut;
-    }
-    class TUnlisted : public TComponent {
-    public:
-        using TComponent::TComponent;
-        std::string ClassName() const override { return "TUnlisted"; }
-    };
-    const std::string path = ::testing::TempDir() + "component_stream_module.txt";
-    loaded.SaveToFile(path, TStreamFormat::Text);
-    new TUnlisted(&loaded);
-    EXPECT_EQ(MessageOf<EWriteError>([&] { loaded.SaveToFile(path); }), "Class TUnlisted not found");
-    EXPECT_EQ(TDataModule::CreateFromFile(path)->Name(), "Set");
-    std::remove(path.c_str());
-}
-
 // Logs what it hears and forgets a partner that goes away, as data-aware components do.
 class TProbe : public TComponent {
 public:
@@ -235,39 +164,39 @@ private:
     std::vector<std::string>& FLog;
 };
 
-TEST(Component, DeletionNamesOrderDesigningAndTheApplication) {
-    std::vector<std::string> log;
-    TProbe owner(nullptr, "owner", log);
-    auto* a = new TProbe(&owner, "a", log);
+TEST(Component, ComponentsNotifyAndNameAndModulesRoundTrip) {
+    std::vector<std::string> componentLog;
+    TProbe owner(nullptr, "owner", componentLog);
+    auto* a = new TProbe(&owner, "a", componentLog);
     a->SetName("A");
-    auto* b = new TProbe(&owner, "b", log);
+    auto* b = new TProbe(&owner, "b", componentLog);
     b->SetName("B");
     // The owner hears the insert and forwards it to the components it already owns.
-    EXPECT_EQ(log, (std::vector<std::string>{"owner:insert:", "a:insert:", "owner:insert:"}));
-    log.clear();
+    EXPECT_EQ(componentLog, (std::vector<std::string>{"owner:insert:", "a:insert:", "owner:insert:"}));
+    componentLog.clear();
     delete a;
     ASSERT_EQ(owner.ComponentCount(), 1);
     EXPECT_EQ(owner.Components(0), b);
     // Siblings hear the removal through the owner; the component is already gone when they do.
-    EXPECT_EQ(log, (std::vector<std::string>{"~a", "b:remove:A", "owner:remove:A"}));
+    EXPECT_EQ(componentLog, (std::vector<std::string>{"~a", "b:remove:A", "owner:remove:A"}));
     EXPECT_THROW(owner.Components(1), EComponentError);
     // Partners inside one owner, and one outside, are safe when the owner goes.
-    auto* form = new TProbe(nullptr, "form", log);
-    auto* link = new TProbe(form, "link", log);
-    auto* data = new TProbe(form, "data", log);
+    auto* form = new TProbe(nullptr, "form", componentLog);
+    auto* link = new TProbe(form, "link", componentLog);
+    auto* data = new TProbe(form, "data", componentLog);
     data->SetName("Data");
     link->SetPartner(data);
     // A partner outside the form too.
-    TProbe outside(nullptr, "outside", log);
+    TProbe outside(nullptr, "outside", componentLog);
     outside.SetPartner(link);
     link->SetName("Link");
-    log.clear();
+    componentLog.clear();
     delete form;
     EXPECT_EQ(outside.Partner, nullptr);
     EXPECT_TRUE(outside.SawDestroying);
     // data is deleted first (last owned), link hears it, then link goes and outside hears it.
-    EXPECT_EQ(log, (std::vector<std::string>{"~form", "~data", "link:remove:Data", "~link",
-                                             "outside:remove:Link"}));
+    EXPECT_EQ(componentLog, (std::vector<std::string>{"~form", "~data", "link:remove:Data", "~link",
+                                                      "outside:remove:Link"}));
     TComponent holder(nullptr);
     auto* first = new TComponent(&holder);
     auto* second = new TComponent(&holder);
@@ -394,6 +323,74 @@ TEST(Component, DeletionNamesOrderDesigningAndTheApplication) {
     EXPECT_EQ(FormatMessage("%c%c %d %s", 'a', 66, true, false), "aB 1 false");
     EXPECT_EQ(FormatMessage("%f %g %s", 1.5, 2.25f, std::string_view("view")), "1.500000 2.25 view");
     EXPECT_EQ(FormatMessage("[%s]", static_cast<const char*>(nullptr)), "[(null)]");
+    // Two items that point at each other; A has a value in every property. Declaration order, defaults
+    // and not-stored properties skipped, events never written. Damaged or cut input raises and leaves
+    // nothing behind, and so does a failed save.
+    LoadedLog.clear();
+    const std::string saved = SampleModule();
+    // References are set before any Loaded runs; Loaded follows the reading order.
+    EXPECT_EQ(LoadedLog, (std::vector<std::string>{"A->B", "B->A"}));
+    TDataModule loaded;
+    TStringStream input(saved);
+    loaded.LoadFromStream(input);
+    EXPECT_EQ(loaded.Name(), "Set");
+    EXPECT_FALSE(loaded.IsLoading());
+    EXPECT_EQ(Saved(loaded), saved);
+    EXPECT_EQ(Saved(loaded, TStreamFormat::Text), kSampleText);
+    TStringStream textInput(kSampleText);
+    TStringStream binary;
+    ObjectTextToBinary(textInput, binary);
+    EXPECT_EQ(binary.DataString(), saved);
+    const std::string text = kSampleText;
+    const std::string count = "\5Count";
+    const std::tuple<const char*, std::string, const char*> cases[] = {
+        {"neither form", "TPF1" + saved.substr(4), "Syntax error on line 1: expected object"},
+        {"wrong tag", Replaced(saved, count + "\x03", count + "\x07"),
+         "Invalid property value at offset 47: expected the value of property Count"},
+        {"unknown class", Replaced(saved, "TSampleItem", "TSampleIteX"),
+         "Class TSampleIteX not found at offset 33: expected a registered class"},
+        {"unknown property", Replaced(saved, "Caption", "Captiox"),
+         "Property Captiox does not exist at offset 81: expected a property of TSampleItem"},
+        {"unknown enumerator", Replaced(saved, "clBlue", "clPink"),
+         "Invalid property value at offset 107: expected the value of property Colour"},
+        {"absurd length",
+         Replaced(saved, std::string("\x06\x09", 2) + "it's", std::string("\x0C\xF0\xFF\xFF\xFF")),
+         "Stream read error at offset 86: expected the value of property Caption"},
+        {"unresolved reference",
+         Replaced(saved, std::string("\x07\x01") + "B", std::string("\x07\x01") + "X"),
+         "Unresolved reference to X at offset 231: expected a component named X for property Partner"},
+        {"text without end", text.substr(0, text.size() - 4), "Syntax error on line 22: expected end"},
+        {"text with odd hex digits", Replaced(text, "00FF", "00F"),
+         "Syntax error on line 15: expected an even number of hexadecimal digits and '}'"},
+        {"text with a bad value", Replaced(text, "Flag = True", "Flag = ;"),
+         "Syntax error on line 5: expected a value"}};
+    for (const auto& [what, bytes, message] : cases) {
+        TDataModule module;
+        module.SetName("Keep");
+        TStringStream damaged(bytes);
+        EXPECT_EQ(MessageOf<EReadError>([&] { module.LoadFromStream(damaged); }), message) << what;
+        EXPECT_EQ(module.ComponentCount(), 0) << what;
+        EXPECT_EQ(module.Name(), "Keep") << what;
+    }
+    // Cut anywhere, the stream fails cleanly.
+    for (std::size_t cut = 0; cut < saved.size(); ++cut) {
+        TDataModule module;
+        TStringStream cutInput(saved.substr(0, cut));
+        EXPECT_THROW(module.LoadFromStream(cutInput), EReadError) << "cut at " << cut;
+        EXPECT_EQ(module.ComponentCount(), 0) << "cut at " << cut;
+        EXPECT_FALSE(module.IsLoading()) << "cut at " << cut;
+    }
+    class TUnlisted : public TComponent {
+    public:
+        using TComponent::TComponent;
+        std::string ClassName() const override { return "TUnlisted"; }
+    };
+    const std::string path = ::testing::TempDir() + "component_stream_module.txt";
+    loaded.SaveToFile(path, TStreamFormat::Text);
+    new TUnlisted(&loaded);
+    EXPECT_EQ(MessageOf<EWriteError>([&] { loaded.SaveToFile(path); }), "Class TUnlisted not found");
+    EXPECT_EQ(TDataModule::CreateFromFile(path)->Name(), "Set");
+    std::remove(path.c_str());
 }
 
 } // namespace

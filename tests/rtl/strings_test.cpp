@@ -138,7 +138,7 @@ TEST(StringList, SortedListsTextLineBreaksAndChangeEvents) {
     EXPECT_TRUE(events.empty());
 }
 
-TEST(StringList, OwnedObjectsAssignBadIndexesNameValuesAndDelimitedText) {
+TEST(StringList, OwnedObjectsAssignNameValuesDelimitedTextAndTheStringHelpers) {
     int deleted = 0;
     {
         TStringList list(true);
@@ -232,12 +232,9 @@ TEST(StringList, OwnedObjectsAssignBadIndexesNameValuesAndDelimitedText) {
     // CommaText does not disturb the list's own delimiter settings.
     EXPECT_EQ(fields.CommaText(), "\"first name\",it's,\"x y\"");
     EXPECT_EQ(fields.Delimiter(), ';');
-}
-
-// SameText folds accented, Greek (final sigma too) and Cyrillic letters, and the long s; CompareText
-// orders by upper case and code point, CompareStr by bytes. Invalid UTF-8 compares consistently and
-// never equals a valid letter.
-TEST(StringUtils, ComparingCaseMappingTrimQuoteReplaceNumbersAndFieldNames) {
+    // SameText folds accented, Greek (final sigma too) and Cyrillic letters, and the long s; CompareText
+    // orders by upper case and code point, CompareStr by bytes. Invalid UTF-8 compares consistently and
+    // never equals a valid letter.
     EXPECT_EQ((std::vector<bool>{SameText("ÉCOLE ÀÇÑÖ", "école àçñö"), SameText("ŁÓDŹ ŐŰ Ǆ", "łódź őű ǆ"),
                                  SameText("ПРИВЕТ ЁЖ Ї", "привет ёж ї"), SameText("ΣΟΦΊΑ", "σοφία"),
                                  SameText("ΟΔΟΣ", "οδος"), SameText("Straße", "STRAßE"), SameText("ſ", "S"),
@@ -297,15 +294,15 @@ TEST(StringUtils, ComparingCaseMappingTrimQuoteReplaceNumbersAndFieldNames) {
     EXPECT_EQ(IntToHex(0x1234ABCD, 2), "1234ABCD");
     EXPECT_EQ(IntToHex(-1, 4), "FFFFFFFFFFFFFFFF");
     EXPECT_EQ(IntToHex(0, 0), "0");
-    const std::string fields = " ID ; Name;;Last ";
+    const std::string fieldList = " ID ; Name;;Last ";
     std::size_t pos = 0;
     std::vector<std::string> names;
-    while (pos < fields.size()) {
-        names.push_back(ExtractFieldName(fields, pos));
+    while (pos < fieldList.size()) {
+        names.push_back(ExtractFieldName(fieldList, pos));
     }
     EXPECT_EQ(names, (std::vector<std::string>{"ID", "Name", "", "Last"}));
-    EXPECT_EQ(pos, fields.size());
-    EXPECT_EQ(ExtractFieldName(fields, pos), "");
+    EXPECT_EQ(pos, fieldList.size());
+    EXPECT_EQ(ExtractFieldName(fieldList, pos), "");
     const std::string trailing = "A;";
     pos = 0;
     EXPECT_EQ(ExtractFieldName(trailing, pos), "A");
