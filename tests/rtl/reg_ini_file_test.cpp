@@ -58,53 +58,7 @@ std::optional<std::string> ValueIn(const TIniDocument& Document, const std::stri
 
 constexpr char kGarbage[] = "\0\xff[\x01]\n\x80=\x02\n[s]\nk=\0v\n";
 
-// Hand-written, damaged and garbage files: reading never fails, values it cannot find are absent.
-TEST(IniDocument, ReadsAnyTextAndWritesTextThatReadsBackExactly) {
-    // What, the text, and where to look for which value.
-    const std::tuple<const char*, std::string, const char*, const char*, std::optional<std::string>> Cases[] =
-        {{"plain", "[s]\nk=v\n", "s", "k", "v"},
-         {"blanks trimmed, names ignore case", "  [ Sec ]  \r\n  Key  =  a b  \r\n", "SEC", "key", "a b"},
-         {"first of two keys counts", "[s]\nk=1\nk=2\n", "s", "k", "1"},
-         {"a section named twice is one", "[s]\na=1\n[t]\n[S]\nb=2\n", "s", "b", "2"},
-         {"comments are not entries", "[s]\n;k=1\n#k=2\n", "s", "k", std::nullopt},
-         {"entries before any section are ignored", "k=1\n[s]\n", "s", "k", std::nullopt},
-         {"truncated last line", "[s]\nk=val", "s", "k", "val"},
-         {"truncated header", "[s]\nk=1\n[t", "s", "k", "1"},
-         {"header cut before its bracket is no section", "[t\nk=1\n", "t", "k", std::nullopt},
-         {"empty key", "[s]\n=v\n", "s", "", std::nullopt},
-         {"escapes", "[s]\nk=\\x20a\\\\b\\x0Ac\\x20\n", "s", "k", " a\\b\nc "},
-         {"unknown escapes read literally", "[s]\nk=C:\\dir\\x4\n", "s", "k", "C:\\dir\\x4"},
-         {"value with '='", "[s]\nk=a=b\n", "s", "k", "a=b"},
-         {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)}};
-    for (const auto& [What, Text, Section, Ident, Expected] : Cases) {
-        SCOPED_TRACE(What);
-        EXPECT_EQ(ValueIn(TIniDocument::Parse(Text), Section, Ident), Expected);
-    }
-    // Names and values of any bytes survive a write and a read; lines the reader did not understand
-    // are written back unchanged.
-    const std::string Awkward[] = {"",   " lead", "trail ", "a=b",  "[x]", ";c",   "#c",
-                                   "\\", "\\x41", "l1\nl2", "cr\r", "]",   "\x01", std::string("z\0z", 3)};
-    TIniDocument Document = TIniDocument::Parse("; kept comment\n[keep]\ngarbage line\nk=v\n");
-    for (const std::string& Name : Awkward) {
-        if (!Name.empty()) {
-            Document.SetValue("sec " + Name, Name, Name);
-        }
-        Document.SetValue("values", "k" + std::to_string(&Name - Awkward), Name);
-    }
-    const std::string Text = Document.Text();
-    const TIniDocument Again = TIniDocument::Parse(Text);
-    EXPECT_EQ(Again.Text(), Text);
-    for (const std::string& Name : Awkward) {
-        SCOPED_TRACE(Name);
-        if (!Name.empty()) {
-            EXPECT_EQ(ValueIn(Again, "sec " + Name, Name), Name);
-        }
-        EXPECT_EQ(ValueIn(Again, "values", "k" + std::to_string(&Name - Awkward)), Name);
-    }
-    EXPECT_EQ(Text.rfind("; kept comment\n[keep]\ngarbage line\nk=v\n", 0), 0u);
-}
-
-TEST(RegIniFile, KeyPathsTypedReadsSectionsAndBatches) {
+TEST(RegIniFile, DocumentsKeyPathsTypedReadsSectionsAndBatches) {
     TTemporaryConfigHome Home;
     const std::pair<const char*, const char*> Cases[] = {
         {"Software\\Acme\\Orders", "quorda/Software/Acme/Orders.ini"},
@@ -177,6 +131,49 @@ TEST(RegIniFile, KeyPathsTypedReadsSectionsAndBatches) {
     ::setenv("XDG_CONFIG_HOME", "relative", 1);
     ::setenv("HOME", Home.Folder().c_str(), 1);
     EXPECT_EQ(TRegIniFile::ConfigFolder(), Home.Folder() / ".config/quorda");
+    // Hand-written, damaged and garbage files: reading never fails, values it cannot find are absent.
+    // What, the text, and where to look for which value.
+    const std::tuple<const char*, std::string, const char*, const char*, std::optional<std::string>> Texts[] =
+        {{"plain", "[s]\nk=v\n", "s", "k", "v"},
+         {"blanks trimmed, names ignore case", "  [ Sec ]  \r\n  Key  =  a b  \r\n", "SEC", "key", "a b"},
+         {"first of two keys counts", "[s]\nk=1\nk=2\n", "s", "k", "1"},
+         {"a section named twice is one", "[s]\na=1\n[t]\n[S]\nb=2\n", "s", "b", "2"},
+         {"comments are not entries", "[s]\n;k=1\n#k=2\n", "s", "k", std::nullopt},
+         {"entries before any section are ignored", "k=1\n[s]\n", "s", "k", std::nullopt},
+         {"truncated last line", "[s]\nk=val", "s", "k", "val"},
+         {"truncated header", "[s]\nk=1\n[t", "s", "k", "1"},
+         {"header cut before its bracket is no section", "[t\nk=1\n", "t", "k", std::nullopt},
+         {"empty key", "[s]\n=v\n", "s", "", std::nullopt},
+         {"escapes", "[s]\nk=\\x20a\\\\b\\x0Ac\\x20\n", "s", "k", " a\\b\nc "},
+         {"unknown escapes read literally", "[s]\nk=C:\\dir\\x4\n", "s", "k", "C:\\dir\\x4"},
+         {"value with '='", "[s]\nk=a=b\n", "s", "k", "a=b"},
+         {"binary garbage", std::string(kGarbage, sizeof kGarbage - 1), "s", "k", std::string("\0v", 2)}};
+    for (const auto& [What, Text, Section, Ident, Expected] : Texts) {
+        SCOPED_TRACE(What);
+        EXPECT_EQ(ValueIn(TIniDocument::Parse(Text), Section, Ident), Expected);
+    }
+    // Names and values of any bytes survive a write and a read; lines the reader did not understand
+    // are written back unchanged.
+    const std::string Awkward[] = {"",   " lead", "trail ", "a=b",  "[x]", ";c",   "#c",
+                                   "\\", "\\x41", "l1\nl2", "cr\r", "]",   "\x01", std::string("z\0z", 3)};
+    TIniDocument Document = TIniDocument::Parse("; kept comment\n[keep]\ngarbage line\nk=v\n");
+    for (const std::string& Name : Awkward) {
+        if (!Name.empty()) {
+            Document.SetValue("sec " + Name, Name, Name);
+        }
+        Document.SetValue("values", "k" + std::to_string(&Name - Awkward), Name);
+    }
+    const std::string Text = Document.Text();
+    const TIniDocument Again = TIniDocument::Parse(Text);
+    EXPECT_EQ(Again.Text(), Text);
+    for (const std::string& Name : Awkward) {
+        SCOPED_TRACE(Name);
+        if (!Name.empty()) {
+            EXPECT_EQ(ValueIn(Again, "sec " + Name, Name), Name);
+        }
+        EXPECT_EQ(ValueIn(Again, "values", "k" + std::to_string(&Name - Awkward)), Name);
+    }
+    EXPECT_EQ(Text.rfind("; kept comment\n[keep]\ngarbage line\nk=v\n", 0), 0u);
 }
 
 // Two processes writing different keys at once: every write survives, the file stays whole; a write

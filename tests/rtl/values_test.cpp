@@ -58,86 +58,15 @@ constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double Inf = std::numeric_limits<double>::infinity();
 const TDateTime LeapNoon = EncodeDateTime(2000, 2, 29, 12, 0, 0, 0);
 
-// Carries through nines that add a digit or change the notation, rounding to 15 digits before the
-// precision, and three-digit exponents are where the stack-buffer text could part from a plain
-// decimal-digit route.
-TEST(FloatText, FormatsWithPrecisionDigitsAndPictures) {
-    EXPECT_EQ(Map<double>({0, -0.0, 1.5, -1.5, 0.1 + 0.2, 1.0 / 3, 2.0 / 3, 100, 123456789012345.0, 1e15,
-                           1234567890123456789.0, 1e-5, 1.5e-6, -2.5e-300, std::numeric_limits<double>::max(),
-                           std::numeric_limits<double>::quiet_NaN(), Inf, -Inf},
-                          [](double value) { return FloatToStr(value); }),
-              (Strings{"0", "0", "1.5", "-1.5", "0.3", "0.333333333333333", "0.666666666666667", "100",
-                       "123456789012345", "1E15", "1.23456789012346E18", "0.00001", "1.5E-6", "-2.5E-300",
-                       "1.79769313486232E308", "Nan", "+Inf", "-Inf"}));
-    EXPECT_EQ(Map<double>({0.99999999999999999, 999999999999999.9, -9.9999999999999995e-6,
-                           4.9406564584124654e-324, -1e-100},
-                          [](double value) { return FloatToStr(value); }),
-              (Strings{"1", "1E15", "-0.00001", "4.94065645841247E-324", "-1E-100"}));
-    EXPECT_EQ(FloatToStrF(1234.5678, ffGeneral, 6, 0), "1234.57");
-    EXPECT_EQ(FloatToStrF(1234567.0, ffGeneral, 4, 0), "1.235E6");
-    EXPECT_EQ(FloatToStrF(0.1249999999999999, ffGeneral, 2, 0), "0.13");
-    EXPECT_EQ(FloatToStrF(99.95, ffGeneral, 3, 0), "100");
-    EXPECT_EQ(FloatToStrF(123456.789, ffGeneral, 1, 0), "1E5");
-    EXPECT_EQ(FloatToStrF(1234567.891, ffNumber, 15, 2), "1,234,567.89");
-    EXPECT_EQ(FloatToStrF(-1234567.891, ffNumber, 15, 2), "-1,234,567.89");
-    EXPECT_EQ(FloatToStrF(999.995, ffNumber, 15, 2), "1,000.00");
-    EXPECT_EQ(FloatToStrF(123, ffNumber, 15, 0), "123");
-    EXPECT_EQ(FloatToStrF(-0.001, ffNumber, 15, 2), "0.00");
-    EXPECT_EQ(FloatToStrF(2.5, ffFixed, 15, 0), "3");
-    EXPECT_EQ(FloatToStrF(1.005, ffFixed, 15, 2), "1.01");
-    EXPECT_EQ(FloatToStrF(1234567.891, ffFixed, 15, 1), "1234567.9");
-    EXPECT_EQ(FloatToStrF(0.5, ffFixed, 15, -1), "0.50");
-    EXPECT_EQ(FloatToStrF(1234.5, ffExponent, 4, 2), "1.235E+03");
-    EXPECT_EQ(FloatToStrF(-0.00012, ffExponent, 3, 0), "-1.20E-4");
-    EXPECT_EQ(FloatToStrF(1.0, ffExponent, 15, 9), "1.00000000000000E+0000");
-    // The layout code picks the positive form for positive and the negative form for negative amounts.
-    TFormatSettings settings;
-    settings.CurrencyString = "$";
-    settings.CurrencyDecimals = 2;
-    const std::tuple<double, int, const char*> currency[] = {
-        {1234.5, 0, "$1,234.50"},  {1234.5, 1, "1,234.50$"}, {1234.5, 2, "$ 1,234.50"},
-        {1234.5, 3, "1,234.50 $"}, {-1.5, 0, "($1.50)"},     {-1.5, 1, "-$1.50"},
-        {-1.5, 5, "-1.50$"},       {-1.5, 8, "-1.50 $"},     {-1.5, 12, "$ -1.50"},
-        {-1.5, 15, "(1.50 $)"}};
-    for (const auto& [value, layout, text] : currency) {
-        settings.CurrencyFormat = settings.NegCurrFormat = static_cast<unsigned char>(layout);
-        EXPECT_EQ(FloatToStrF(value, ffCurrency, 15, -1, settings), text) << value << " in layout " << layout;
-    }
-    const std::tuple<const char*, double, const char*> cases[] = {{"#,##0.00", 1234567.891, "1,234,567.89"},
-                                                                  {"#,##0.00", -1234.5, "-1,234.50"},
-                                                                  {"#,##0.00", 0, "0.00"},
-                                                                  {"0.###", 0.5, "0.5"},
-                                                                  {"0.###", 12345, "12345"},
-                                                                  {"#.##", 0.5, ".5"},
-                                                                  {"#.##", 0, ""},
-                                                                  {"000", 1, "001"},
-                                                                  {"000", -1234.5, "-1235"},
-                                                                  {"0.00E+00", 1234567.891, "1.23E+06"},
-                                                                  {"0.00E+00", 0.004, "4.00E-03"},
-                                                                  {"0.0E-0", 9.99, "1.0E1"},
-                                                                  {"00.0e+0", 12345, "12.3e+3"},
-                                                                  {"0.00;-0.00;'zero'", 0.001, "zero"},
-                                                                  {"0.00;;'zero'", -2, "-2.00"},
-                                                                  {"\"#\"0", 5, "#5"},
-                                                                  {"0 'items'", 3, "3 items"},
-                                                                  {"", 0.25, "0.25"}};
-    for (const auto& [format, value, text] : cases) {
-        EXPECT_EQ(FormatFloat(format, value), text) << format << " with " << value;
-    }
-    EXPECT_EQ(Map<double>({1234.5, -1234.5, 0},
-                          [](double value) { return FormatFloat("$#,##0.00;($#,##0.00);'zero'", value); }),
-              (Strings{"$1,234.50", "($1,234.50)", "zero"}));
-}
-
-TEST(FloatText, ParsingSeparatorsIntegersBooleansAndCurrency) {
+TEST(FloatText, FormatsParsingSeparatorsIntegersBooleansAndCurrency) {
     EXPECT_EQ(Map<const char*>({"  -1.25e2 ", "+5", ".5", "5.", "1E+3", "1e-400", "0e999"},
                                [](const char* text) { return StrToFloat(text); }),
               (std::vector<double>{-125, 5, 0.5, 5, 1000, 0, 0}));
     EXPECT_EQ(StrToFloatDef("x", 7.5), 7.5);
-    double value = 0;
+    double parsedFloat = 0;
     for (const char* bad :
          {"", " ", ".", "-", "1x", "1e", "1e+", "e5", "1 2", "1e400", "--1", "0x10", "inf", "nan"}) {
-        EXPECT_FALSE(TryStrToFloat(bad, value)) << bad;
+        EXPECT_FALSE(TryStrToFloat(bad, parsedFloat)) << bad;
     }
     // Every text route takes the separators of the settings it is given.
     TFormatSettings settings;
@@ -150,8 +79,8 @@ TEST(FloatText, ParsingSeparatorsIntegersBooleansAndCurrency) {
     EXPECT_EQ(CurrToStr(Currency(-1.25), settings), "-1,25");
     EXPECT_EQ(StrToFloat("-1,5e3", settings), -1500);
     EXPECT_EQ(StrToCurr("1,5", settings).Raw(), 15000);
-    EXPECT_FALSE(TryStrToFloat("1.5", value, settings));
-    EXPECT_FALSE(TryStrToFloat("1.000,5", value, settings)); // no thousand separators
+    EXPECT_FALSE(TryStrToFloat("1.5", parsedFloat, settings));
+    EXPECT_FALSE(TryStrToFloat("1.000,5", parsedFloat, settings)); // no thousand separators
     EXPECT_EQ(Map<const char*>({"42", " -42 ", "+7", "$FF", "0x1f", "2147483647", "-2147483648"},
                                [](const char* text) { return StrToInt(text); }),
               (std::vector<std::int32_t>{42, -42, 7, 255, 31, 2147483647,
@@ -208,6 +137,75 @@ TEST(FloatText, ParsingSeparatorsIntegersBooleansAndCurrency) {
                             [](Currency amount) { return CurrToStr(amount); }),
               (Strings{"12.5", "3", "-0.0001", "-922337203685477.5808"}));
     EXPECT_EQ(Currency(0.1).ToDouble(), 0.1);
+    // Carries through nines that add a digit or change the notation, rounding to 15 digits before the
+    // precision, and three-digit exponents are where the stack-buffer text could part from a plain
+    // decimal-digit route.
+    EXPECT_EQ(Map<double>({0, -0.0, 1.5, -1.5, 0.1 + 0.2, 1.0 / 3, 2.0 / 3, 100, 123456789012345.0, 1e15,
+                           1234567890123456789.0, 1e-5, 1.5e-6, -2.5e-300, std::numeric_limits<double>::max(),
+                           std::numeric_limits<double>::quiet_NaN(), Inf, -Inf},
+                          [](double value) { return FloatToStr(value); }),
+              (Strings{"0", "0", "1.5", "-1.5", "0.3", "0.333333333333333", "0.666666666666667", "100",
+                       "123456789012345", "1E15", "1.23456789012346E18", "0.00001", "1.5E-6", "-2.5E-300",
+                       "1.79769313486232E308", "Nan", "+Inf", "-Inf"}));
+    EXPECT_EQ(Map<double>({0.99999999999999999, 999999999999999.9, -9.9999999999999995e-6,
+                           4.9406564584124654e-324, -1e-100},
+                          [](double value) { return FloatToStr(value); }),
+              (Strings{"1", "1E15", "-0.00001", "4.94065645841247E-324", "-1E-100"}));
+    EXPECT_EQ(FloatToStrF(1234.5678, ffGeneral, 6, 0), "1234.57");
+    EXPECT_EQ(FloatToStrF(1234567.0, ffGeneral, 4, 0), "1.235E6");
+    EXPECT_EQ(FloatToStrF(0.1249999999999999, ffGeneral, 2, 0), "0.13");
+    EXPECT_EQ(FloatToStrF(99.95, ffGeneral, 3, 0), "100");
+    EXPECT_EQ(FloatToStrF(123456.789, ffGeneral, 1, 0), "1E5");
+    EXPECT_EQ(FloatToStrF(1234567.891, ffNumber, 15, 2), "1,234,567.89");
+    EXPECT_EQ(FloatToStrF(-1234567.891, ffNumber, 15, 2), "-1,234,567.89");
+    EXPECT_EQ(FloatToStrF(999.995, ffNumber, 15, 2), "1,000.00");
+    EXPECT_EQ(FloatToStrF(123, ffNumber, 15, 0), "123");
+    EXPECT_EQ(FloatToStrF(-0.001, ffNumber, 15, 2), "0.00");
+    EXPECT_EQ(FloatToStrF(2.5, ffFixed, 15, 0), "3");
+    EXPECT_EQ(FloatToStrF(1.005, ffFixed, 15, 2), "1.01");
+    EXPECT_EQ(FloatToStrF(1234567.891, ffFixed, 15, 1), "1234567.9");
+    EXPECT_EQ(FloatToStrF(0.5, ffFixed, 15, -1), "0.50");
+    EXPECT_EQ(FloatToStrF(1234.5, ffExponent, 4, 2), "1.235E+03");
+    EXPECT_EQ(FloatToStrF(-0.00012, ffExponent, 3, 0), "-1.20E-4");
+    EXPECT_EQ(FloatToStrF(1.0, ffExponent, 15, 9), "1.00000000000000E+0000");
+    // The layout code picks the positive form for positive and the negative form for negative amounts.
+    TFormatSettings currencySettings;
+    currencySettings.CurrencyString = "$";
+    currencySettings.CurrencyDecimals = 2;
+    const std::tuple<double, int, const char*> currency[] = {
+        {1234.5, 0, "$1,234.50"},  {1234.5, 1, "1,234.50$"}, {1234.5, 2, "$ 1,234.50"},
+        {1234.5, 3, "1,234.50 $"}, {-1.5, 0, "($1.50)"},     {-1.5, 1, "-$1.50"},
+        {-1.5, 5, "-1.50$"},       {-1.5, 8, "-1.50 $"},     {-1.5, 12, "$ -1.50"},
+        {-1.5, 15, "(1.50 $)"}};
+    for (const auto& [value, layout, text] : currency) {
+        currencySettings.CurrencyFormat = currencySettings.NegCurrFormat = static_cast<unsigned char>(layout);
+        EXPECT_EQ(FloatToStrF(value, ffCurrency, 15, -1, currencySettings), text)
+            << value << " in layout " << layout;
+    }
+    const std::tuple<const char*, double, const char*> cases[] = {{"#,##0.00", 1234567.891, "1,234,567.89"},
+                                                                  {"#,##0.00", -1234.5, "-1,234.50"},
+                                                                  {"#,##0.00", 0, "0.00"},
+                                                                  {"0.###", 0.5, "0.5"},
+                                                                  {"0.###", 12345, "12345"},
+                                                                  {"#.##", 0.5, ".5"},
+                                                                  {"#.##", 0, ""},
+                                                                  {"000", 1, "001"},
+                                                                  {"000", -1234.5, "-1235"},
+                                                                  {"0.00E+00", 1234567.891, "1.23E+06"},
+                                                                  {"0.00E+00", 0.004, "4.00E-03"},
+                                                                  {"0.0E-0", 9.99, "1.0E1"},
+                                                                  {"00.0e+0", 12345, "12.3e+3"},
+                                                                  {"0.00;-0.00;'zero'", 0.001, "zero"},
+                                                                  {"0.00;;'zero'", -2, "-2.00"},
+                                                                  {"\"#\"0", 5, "#5"},
+                                                                  {"0 'items'", 3, "3 items"},
+                                                                  {"", 0.25, "0.25"}};
+    for (const auto& [format, value, text] : cases) {
+        EXPECT_EQ(FormatFloat(format, value), text) << format << " with " << value;
+    }
+    EXPECT_EQ(Map<double>({1234.5, -1234.5, 0},
+                          [](double value) { return FormatFloat("$#,##0.00;($#,##0.00);'zero'", value); }),
+              (Strings{"$1,234.50", "($1,234.50)", "zero"}));
 }
 
 } // namespace

@@ -322,56 +322,11 @@ TEST_P(Batch, RowsNullsAndMixedTypesArriveOnEveryPath) {
               (std::vector<quorda_test::Row>{{"2024-02-29 23:59:58.125"}, {std::nullopt}}));
 }
 
-TEST_P(Batch, AFailingRowIsNamedAndATransactionLeavesNothing) {
-    struct Case {
-        std::string Name;
-        std::size_t Row;
-        Variant Bad;
-    };
-    // A duplicate key in the second chunk, a value the column's type cannot take.
-    const std::vector<Case> cases{{"duplicate key", 1700, Variant(5)}, {"conversion", 3, Variant("x1")}};
-    for (const auto& [path, quirks] : kPaths) {
-        for (const Case& c : cases) {
-            const std::string t = Table("id integer primary key, name varchar(20)");
-            Raw.Exec("insert into " + t + " values (5, 'kept')");
-            std::vector<std::vector<Variant>> rows;
-            for (int i = 0; i < 2500; ++i) {
-                rows.push_back({i + 10, "row"});
-            }
-            rows[c.Row][0] = c.Bad;
-            const auto query = Query("insert into " + t + " values (:id, :name)", quirks);
-            DataBase->StartTransaction();
-            try {
-                query->ExecSQLBatch(rows);
-                ADD_FAILURE() << path << ", " << c.Name << ": no error";
-            } catch (const EODBCBatchError& e) {
-                EXPECT_EQ(e.RowIndex(), c.Row) << path << ", " << c.Name;
-                EXPECT_NE(e.Message().find("Row " + std::to_string(c.Row) + " of the batch failed: "),
-                          std::string::npos)
-                    << e.Message();
-            }
-            DataBase->Rollback();
-            EXPECT_EQ(Raw.QueryStrings("select id, name from " + t),
-                      (std::vector<quorda_test::Row>{{"5", "kept"}}))
-                << path << ", " << c.Name;
-        }
-    }
-    // A row with too few values is refused before anything runs.
-    const std::string t = Table("id integer, name varchar(20)");
-    try {
-        ExecQueryBatch("insert into " + t + " values (:id, :name)", {{1, "a"}, {2}});
-        ADD_FAILURE() << "a short row ran";
-    } catch (const EODBCBatchError& e) {
-        EXPECT_EQ(e.RowIndex(), 1u);
-    }
-    EXPECT_EQ(Raw.Scalar("select count(*) from " + t), "0");
-}
-
 // A statement executed again keeps the bindings its new values fit and binds again where they do
 // not: each execution must still send exactly its own values.
-TEST_P(Batch, RepeatedExecutesSendEachExecutionsOwnValues) {
+TEST_P(Batch, FailingRowsShortRowsAndRepeatedExecutes) {
     const std::string t = Table("id integer, t varchar(300), b " + Profile.Sql.BlobType);
-    const auto query = Query("insert into " + t + " values (:id, :t, :b)", std::nullopt);
+    const auto repeated = Query("insert into " + t + " values (:id, :t, :b)", std::nullopt);
     // Longer and shorter texts and blobs (empty: NULL), NULLs in between, a number into the text column.
     const std::vector<std::pair<Variant, std::string>> steps{{"abc", "\0\1"s},
                                                              {std::string(200, 'x'), "\2"s},
@@ -382,22 +337,64 @@ TEST_P(Batch, RepeatedExecutesSendEachExecutionsOwnValues) {
     std::vector<quorda_test::Row> expected;
     for (std::size_t i = 0; i < steps.size(); ++i) {
         const auto& [text, bytes] = steps[i];
-        query->Params()[0]->SetAsInteger(static_cast<std::int32_t>(i));
-        query->Params()[1]->SetAsVariant(text);
+        repeated->Params()[0]->SetAsInteger(static_cast<std::int32_t>(i));
+        repeated->Params()[1]->SetAsVariant(text);
         if (VarIsNull(text)) {
-            query->Params()[1]->SetAsString("");
-            query->Params()[1]->Clear();
+            repeated->Params()[1]->SetAsString("");
+            repeated->Params()[1]->Clear();
         }
-        query->Params()[2]->SetBlobData(bytes.data(), bytes.size());
+        repeated->Params()[2]->SetBlobData(bytes.data(), bytes.size());
         if (bytes.empty()) {
-            query->Params()[2]->Clear();
+            repeated->Params()[2]->Clear();
         }
-        query->ExecSQL();
+        repeated->ExecSQL();
         expected.push_back({std::to_string(i),
                             VarIsNull(text) ? std::nullopt : std::optional(text.AsString()),
                             bytes.empty() ? std::nullopt : std::optional(std::to_string(bytes.size()))});
     }
     EXPECT_EQ(Raw.QueryStrings("select id, t, length(b) from " + t + " order by id"), expected);
+    struct Case {
+        std::string Name;
+        std::size_t Row;
+        Variant Bad;
+    };
+    // A duplicate key in the second chunk, a value the column's type cannot take.
+    const std::vector<Case> cases{{"duplicate key", 1700, Variant(5)}, {"conversion", 3, Variant("x1")}};
+    for (const auto& [path, quirks] : kPaths) {
+        for (const Case& c : cases) {
+            const std::string keyed = Table("id integer primary key, name varchar(20)");
+            Raw.Exec("insert into " + keyed + " values (5, 'kept')");
+            std::vector<std::vector<Variant>> rows;
+            for (int i = 0; i < 2500; ++i) {
+                rows.push_back({i + 10, "row"});
+            }
+            rows[c.Row][0] = c.Bad;
+            const auto failing = Query("insert into " + keyed + " values (:id, :name)", quirks);
+            DataBase->StartTransaction();
+            try {
+                failing->ExecSQLBatch(rows);
+                ADD_FAILURE() << path << ", " << c.Name << ": no error";
+            } catch (const EODBCBatchError& e) {
+                EXPECT_EQ(e.RowIndex(), c.Row) << path << ", " << c.Name;
+                EXPECT_NE(e.Message().find("Row " + std::to_string(c.Row) + " of the batch failed: "),
+                          std::string::npos)
+                    << e.Message();
+            }
+            DataBase->Rollback();
+            EXPECT_EQ(Raw.QueryStrings("select id, name from " + keyed),
+                      (std::vector<quorda_test::Row>{{"5", "kept"}}))
+                << path << ", " << c.Name;
+        }
+    }
+    // A row with too few values is refused before anything runs.
+    const std::string shortRows = Table("id integer, name varchar(20)");
+    try {
+        ExecQueryBatch("insert into " + shortRows + " values (:id, :name)", {{1, "a"}, {2}});
+        ADD_FAILURE() << "a short row ran";
+    } catch (const EODBCBatchError& e) {
+        EXPECT_EQ(e.RowIndex(), 1u);
+    }
+    EXPECT_EQ(Raw.Scalar("select count(*) from " + shortRows), "0");
 }
 
 INSTANTIATE_TEST_SUITE_P(Drivers, Batch, ::testing::ValuesIn(quorda_test::AllProfiles()),
