@@ -14,6 +14,14 @@ using namespace quorda::dbtest;
 
 namespace {
 
+// A detail dataset whose master is a data source.
+class TDetailDataSet : public TMemDataSet {
+public:
+    using TMemDataSet::TMemDataSet;
+    TDataSource* Master = nullptr;
+    TDataSource* GetDataSource() const override { return Master; }
+};
+
 class RingTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -65,7 +73,7 @@ TEST_F(RingTest, GrowsAndShrinksWithItsLinksAndEnableControlsSendsOneUpdate) {
     EXPECT_FALSE(DataSet.ControlsDisabled());
 }
 
-TEST_F(RingTest, LinkWindowsFollowTheRecordsAFullScanFetchesEachOnceAndGotoBookmarkCentres) {
+TEST_F(RingTest, RingWindowsScansResyncAndTheDataSourcesRelay) {
     TRecordingLink small(Log, "small", 3, &Source);
     TRecordingLink large(Log, "large", 5, &Source);
     EXPECT_EQ(large.Window("ID"), (Names{"1", "2", "3", "4", "5"}));
@@ -124,17 +132,6 @@ TEST_F(RingTest, LinkWindowsFollowTheRecordsAFullScanFetchesEachOnceAndGotoBookm
     DataSet.Delete();
     EXPECT_EQ(CurrentId(DataSet), 18);
     EXPECT_EQ(large.Window("ID"), (Names{"14", "15", "16", "17", "18"}));
-}
-
-// A detail dataset whose master is a data source.
-class TDetailDataSet : public TMemDataSet {
-public:
-    using TMemDataSet::TMemDataSet;
-    TDataSource* Master = nullptr;
-    TDataSource* GetDataSource() const override { return Master; }
-};
-
-TEST(DataSource, RelaysStateLetsLinksEditRefusesCirclesAndSurvivesEitherEndGoingFirst) {
     TMemDataSet dataSet(nullptr);
     FillNumbers(dataSet, 3);
     dataSet.Close();

@@ -5,15 +5,34 @@
 #include "quorda/rtl/application.h"
 
 #include <QAbstractItemModelTester>
+#include <QApplication>
 #include <QImage>
 #include <QKeySequence>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <functional>
+#include <gtest/gtest.h>
+#include <memory>
 
 namespace quorda::gridtest {
 namespace {
+
+// One Qt application for the whole run, the browser's tests included.
+class QtEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override { FApp = std::make_unique<QApplication>(FArgc, FArgv); }
+    void TearDown() override { FApp.reset(); }
+
+private:
+    int FArgc = 1;
+    char FName[16] = "quorda_grid";
+    char* FArgv[2] = {FName, nullptr};
+    std::unique_ptr<QApplication> FApp;
+};
+
+[[maybe_unused]] ::testing::Environment* const kQtEnvironment =
+    ::testing::AddGlobalTestEnvironment(new QtEnvironment);
 
 // Solid indicator images, one colour per index.
 const QColor kImageColors[] = {Qt::red, Qt::green, Qt::blue, Qt::yellow, Qt::magenta};
