@@ -357,78 +357,13 @@ std::string State(const TEntities& Entities) {
     return Result;
 }
 
-TEST(EntityReread, RegistryWritersMarkingTheDecisionPassAndTheCloseProcedure) {
-    TEntities Entities = Make("A- -");
-    EXPECT_EQ(Registry(Entities), "A:0 :1");
-    Entities[1]->SetviewEntity("B");
-    EXPECT_EQ(Registry(Entities), "A:0 B:1");
-    Entities[0].reset();
-    EXPECT_EQ(Registry(Entities), "B:1");
-    // A write through the second of two ORDERS marks both and makes the writer the group's leader; the
-    // next pass asks neither.
-    Entities = Make("ORDERS+ X- ORDERS+");
-    SetUpdateEntity("ORDERS", Entities[2].get());
-    EXPECT_EQ(State(Entities), "0x0.0x");
-    EXPECT_EQ(Registry(Entities), "ORDERS:2 X:1 ORDERS:0");
-    StartRereadAllUpdate();
-    EXPECT_EQ(State(Entities), "0x1.0x");
-    // Opening the first again makes it the leader without marking anything.
-    Entities[0]->SetFlgReread(false);
-    FirstNumber("ORDERS", Entities[0].get());
-    EXPECT_EQ(Registry(Entities), "ORDERS:0 X:1 ORDERS:2");
-    EXPECT_EQ(State(Entities), "0.1.0x");
-
-    SetRereadFlag("ORDERS");
-    EXPECT_EQ(State(Entities), "0x1.0x");
-    // Marking looks for the group under the upper-cased name: only upper-case names move.
-    // SetUpdateEntity compares the name as given and moves the writer whatever its case.
-    for (const auto& [Name, Expected] : {std::pair{"ORDERS", "ORDERS:1 ORDERS:0"},
-                                         {"orders", "orders:0 orders:1"},
-                                         {"Orders", "Orders:0 Orders:1"}}) {
-        Entities = Make(std::string(Name) + "- " + Name + "-");
-        Entities[1]->SetFlgReread(true);
-        EXPECT_EQ(Registry(Entities), Expected);
-    }
-    Entities = Make("orders- orders-");
-    SetUpdateEntity("orders", Entities[1].get());
-    EXPECT_EQ(Registry(Entities), "orders:1 orders:0");
-    EXPECT_EQ(State(Entities), "0x0x");
-    // Each run of consecutive undecided namesakes is decided once, by its first member; marked
-    // entities and unnamed ones are skipped and do not end a run. Upper-case names are exchanged while
-    // the pass marks them; each member is still decided once.
-    for (const auto& [Words, Expected] : {std::pair{"a+ a- a-", "1x0x0x"},
-                                          {"A+ A- A-", "1x0x0x"},
-                                          {"a- a+", "1.0."},
-                                          {"a+ a- b- a-", "1x0x1.1."},
-                                          {"+ a-", "0.1."},
-                                          {"a+ a-* a-", "1x0x0x"},
-                                          {"a-* a-*", "0x0x"}}) {
-        Entities = Make(Words);
-        StartRereadAllUpdate();
-        EXPECT_EQ(State(Entities), Expected) << Words;
-    }
-    // The close procedure runs for the last entity of a name only, and never at design time. Without a
-    // connection the call fails, and the failure reaches the application instead of the destructor's caller.
-    entitytest::TShownErrors Errors;
-    Entities = Make("ORDERS- ORDERS- ORDERS-");
-    for (const auto& Entity : Entities) {
-        Entity->SetSP(fetClose, "close_orders");
-    }
-    Entities[2]->SetDesigning(true);
-    Entities[2].reset();
-    Entities[0].reset();
-    EXPECT_TRUE(Errors.Shown.empty());
-    Entities[1].reset();
-    EXPECT_EQ(Errors.Shown.size(), 1u);
-}
-
 constexpr char kKeyPath[] = "Software\\Quorda Tests\\Entities";
 
 // Destruction erases the entity's section and writes the current values in its place: keys of
 // removed fields and values cleared since never survive, values read and left stay, empty strings
 // are not kept, numbers and dates are written as their text, other sections stay. Without a section name
 // nothing is read or written; without SaveFindIni and SaveFilterIni only the options are.
-TEST(EntitySettings, DestructionLeavesTheCurrentValuesReadingKeepsTheAbsentMarkerAndFailuresAreShown) {
+TEST(EntityLifetime, RegistryRereadMarksCloseProcedureAndSettings) {
     TTemporaryConfigHome Home;
     EntityINIFileName = kKeyPath;
     struct TForget {
@@ -538,6 +473,68 @@ TEST(EntitySettings, DestructionLeavesTheCurrentValuesReadingKeepsTheAbsentMarke
     ASSERT_EQ(Errors.Shown.size(), 1u);
     EXPECT_NE(Errors.Shown[0].find("Cannot write settings file"), std::string::npos);
     EXPECT_EQ(fs::file_size(SettingsPath), TooLarge.size());
+    TEntities Entities = Make("A- -");
+    EXPECT_EQ(Registry(Entities), "A:0 :1");
+    Entities[1]->SetviewEntity("B");
+    EXPECT_EQ(Registry(Entities), "A:0 B:1");
+    Entities[0].reset();
+    EXPECT_EQ(Registry(Entities), "B:1");
+    // A write through the second of two ORDERS marks both and makes the writer the group's leader; the
+    // next pass asks neither.
+    Entities = Make("ORDERS+ X- ORDERS+");
+    SetUpdateEntity("ORDERS", Entities[2].get());
+    EXPECT_EQ(State(Entities), "0x0.0x");
+    EXPECT_EQ(Registry(Entities), "ORDERS:2 X:1 ORDERS:0");
+    StartRereadAllUpdate();
+    EXPECT_EQ(State(Entities), "0x1.0x");
+    // Opening the first again makes it the leader without marking anything.
+    Entities[0]->SetFlgReread(false);
+    FirstNumber("ORDERS", Entities[0].get());
+    EXPECT_EQ(Registry(Entities), "ORDERS:0 X:1 ORDERS:2");
+    EXPECT_EQ(State(Entities), "0.1.0x");
+
+    SetRereadFlag("ORDERS");
+    EXPECT_EQ(State(Entities), "0x1.0x");
+    // Marking looks for the group under the upper-cased name: only upper-case names move.
+    // SetUpdateEntity compares the name as given and moves the writer whatever its case.
+    for (const auto& [Name, Expected] : {std::pair{"ORDERS", "ORDERS:1 ORDERS:0"},
+                                         {"orders", "orders:0 orders:1"},
+                                         {"Orders", "Orders:0 Orders:1"}}) {
+        Entities = Make(std::string(Name) + "- " + Name + "-");
+        Entities[1]->SetFlgReread(true);
+        EXPECT_EQ(Registry(Entities), Expected);
+    }
+    Entities = Make("orders- orders-");
+    SetUpdateEntity("orders", Entities[1].get());
+    EXPECT_EQ(Registry(Entities), "orders:1 orders:0");
+    EXPECT_EQ(State(Entities), "0x0x");
+    // Each run of consecutive undecided namesakes is decided once, by its first member; marked
+    // entities and unnamed ones are skipped and do not end a run. Upper-case names are exchanged while
+    // the pass marks them; each member is still decided once.
+    for (const auto& [Words, Expected] : {std::pair{"a+ a- a-", "1x0x0x"},
+                                          {"A+ A- A-", "1x0x0x"},
+                                          {"a- a+", "1.0."},
+                                          {"a+ a- b- a-", "1x0x1.1."},
+                                          {"+ a-", "0.1."},
+                                          {"a+ a-* a-", "1x0x0x"},
+                                          {"a-* a-*", "0x0x"}}) {
+        Entities = Make(Words);
+        StartRereadAllUpdate();
+        EXPECT_EQ(State(Entities), Expected) << Words;
+    }
+    // The close procedure runs for the last entity of a name only, and never at design time. Without a
+    // connection the call fails, and the failure reaches the application instead of the destructor's caller.
+    entitytest::TShownErrors CloseErrors;
+    Entities = Make("ORDERS- ORDERS- ORDERS-");
+    for (const auto& Entity : Entities) {
+        Entity->SetSP(fetClose, "close_orders");
+    }
+    Entities[2]->SetDesigning(true);
+    Entities[2].reset();
+    Entities[0].reset();
+    EXPECT_TRUE(CloseErrors.Shown.empty());
+    Entities[1].reset();
+    EXPECT_EQ(CloseErrors.Shown.size(), 1u);
 }
 
 } // namespace
