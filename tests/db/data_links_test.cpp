@@ -177,7 +177,6 @@ TEST_F(RingTest, RingWindowsScansResyncAndTheDataSourcesRelay) {
     log.clear();
     dataSet.FieldByName("NAME")->FocusControl();
     EXPECT_EQ(log, (Names{"link:FocusControl(NAME)"}));
-    // A circular chain is refused.
     TDetailDataSet detail(nullptr);
     TDataSource master(nullptr);
     detail.Master = &master;

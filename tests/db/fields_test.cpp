@@ -150,7 +150,6 @@ TEST_F(FieldsTest, TextNumbersBytesDisplayFormatsAndTextEvents) {
     F("I")->SetAsInteger(10);
     F("C")->SetAsFloat(0.1);
     EXPECT_EQ(F("C")->AsString(), "0.1");
-    // Binary fields keep their bytes.
     F("BY")->SetAsBytes({1, 2});
     EXPECT_EQ(F("BY")->AsBytes(), (TBytes{1, 2, 0, 0}));
     F("VB")->SetAsBytes({9, 0, 7, 6, 5, 4});

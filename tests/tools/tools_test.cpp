@@ -167,7 +167,6 @@ TEST_P(QueryHelpers, EachFamilyExecutesOpensCreatesFindsAndRestoresTheCursor) {
         EXPECT_THROW(family.OpenLong("select * from " + T + " where id = :id", {}), EDatabaseError);
         EXPECT_EQ(Rows()[0][1], "Alpha");
     }
-    // Created queries are bound to their connection and sized.
     std::vector<std::tuple<std::string, TQueryPtr, TODBCDatabase*, std::int32_t>> cases;
     cases.emplace_back("CreateQuery", CreateQuery(), DataBase, 250);
     cases.emplace_back("CreateQueryExt", CreateQueryExt(), DataBase, 255);
@@ -442,7 +441,6 @@ TEST_P(TextTransfer, ExportImportAndRoundTripKeepEveryValueAndABadLineOrFileChan
     EXPECT_EQ(ReadFile(file), "id,name,note\r\n3,'',''\r\n4,'four','Grüße'\r\nX,4,'four'\r\n");
     SaveQryToFile(file.string(), "X", query.get(), {"at the end"}); // nothing left: untouched
     EXPECT_EQ(ReadFile(file), "id,name,note\r\n3,'',''\r\n4,'four','Grüße'\r\nX,4,'four'\r\n");
-    // File errors are clear.
     EXPECT_THROW(ImportDataSet("/nonexistent/quorda/in.txt", t, "", itIgnoreExists), EInOutError);
     EXPECT_EQ(testing_support::MessageOf<EInOutError>(
                   [&] { ExportDataSet(query.get(), "/nonexistent/quorda/out.txt"); }),
