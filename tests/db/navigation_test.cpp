@@ -16,7 +16,7 @@ namespace {
 
 // Calculated fields are computed for every fetched record in their own state, follow the record
 // being edited, can be tested by a filter and cannot write data fields.
-TEST(CalcFields, ScrollingBookmarksCalculatedFieldsFiltersAndLocate) {
+TEST(Navigation, ScrollingBookmarksCalculatedFieldsFiltersAndLocate) {
     TMemDataSet dataSet(nullptr);
     dataSet.FieldDefs().Add("ID", ftInteger);
     dataSet.FieldDefs().Add("NAME", ftString, 20);

@@ -133,7 +133,7 @@ void Load(TUserEntity& Entity, const std::string& Bytes) {
 }
 
 // The stored form value by value; read back, it gives the same fields and the same bytes again.
-TEST(UserEntity, FieldsKeepTheirStoredFormAndGenerateTheirStatements) {
+TEST(EntityDefinition, StoredFormAndGeneratedStatements) {
     TUserEntity Designed(nullptr);
     EXPECT_EQ(Stored(Designed), StoredForm({}));
     TFieldItem* Id = Designed.CreateField("ID", "Id", "", 6, true, false, true, false, ftInteger, cnstETPK);

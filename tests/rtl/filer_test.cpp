@@ -73,7 +73,7 @@ std::string TempPath(const std::string& name) {
     return ::testing::TempDir() + "quorda_stream_" + name;
 }
 
-TEST(Writer, EachValueKindHasItsExactBytesReadsBackAndAncestorsSuppressEqualValues) {
+TEST(Filer, EachValueKindHasItsExactBytesReadsBackAndAncestorsSuppressEqualValues) {
     EXPECT_EQ(Map<std::int64_t>(
                   {0, -128, 128, -32769, 0x100000000LL},
                   [](std::int64_t v) { return Hex(Written([&](TWriter& w) { w.WriteInteger(v); })); }),
@@ -228,7 +228,7 @@ TEST(Writer, EachValueKindHasItsExactBytesReadsBackAndAncestorsSuppressEqualValu
     EXPECT_EQ(Properties(&sql, &back), "\0"s);
 }
 
-TEST(Extended, X87LayoutAndMemoryAndFileStreams) {
+TEST(Streams, X87LayoutAndMemoryAndFileStreams) {
     using limits = std::numeric_limits<double>;
     const double inf = limits::infinity(), nan = limits::quiet_NaN(), max = limits::max(),
                  tiny = limits::denorm_min();
