@@ -1,5 +1,5 @@
 // Field values: conversions and their errors, null handling, typed reads, the native date/time slots,
-// text events and validation.
+// text events and validation, and blob and memo values through the blob streams.
 
 #include "db_test_support.h"
 
@@ -94,7 +94,7 @@ TEST_F(FieldsTest, NullReadsAsEmptyAndZeroAndTypedReadsTellNullFromTheValueOfEve
 }
 
 // What a field keeps of a text: the text it reads back, or the error the field raises.
-TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
+TEST_F(FieldsTest, TextNumbersBytesDisplayFormatsAndTextEvents) {
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"I", " 42 ", "42"},
         {"I", "4x", "Field \"I\" error: \"4x\" is not a valid integer"},
@@ -131,11 +131,11 @@ TEST_F(FieldsTest, TextIsCheckedConvertedAndCutByTheFieldType) {
     // Conversions a type does not have name the target and the field.
     EXPECT_EQ(MessageOf([&] { F("B")->AsDateTime(); }), "Invalid type conversion to TDateTime in field B");
     EXPECT_EQ(MessageOf([&] { F("BY")->SetAsFloat(1); }), "Invalid type conversion to Float in field BY");
-    const Variant array = VarArrayOf({1, 2});
-    EXPECT_EQ(MessageOf([&] { F("I")->SetValue(array); }), "Field \"I\" error: Invalid variant value");
-}
-
-TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
+    EXPECT_EQ(MessageOf([&] {
+                  F("I")->SetValue(VarArrayOf({1, 2}));
+              }),
+              "Field \"I\" error: Invalid variant value");
+    // Numbers round half to even and keep their range.
     for (auto [value, rounded] : {std::pair{2.5, 2}, {3.5, 4}}) {
         F("I")->SetAsFloat(value);
         EXPECT_EQ(F("I")->AsInteger(), rounded);
@@ -150,9 +150,6 @@ TEST_F(FieldsTest, NumbersRoundHalfToEvenAndKeepTheirRange) {
     F("I")->SetAsInteger(10);
     F("C")->SetAsFloat(0.1);
     EXPECT_EQ(F("C")->AsString(), "0.1");
-}
-
-TEST_F(FieldsTest, BinaryFieldsKeepTheirBytes) {
     F("BY")->SetAsBytes({1, 2});
     EXPECT_EQ(F("BY")->AsBytes(), (TBytes{1, 2, 0, 0}));
     F("VB")->SetAsBytes({9, 0, 7, 6, 5, 4});
@@ -162,6 +159,41 @@ TEST_F(FieldsTest, BinaryFieldsKeepTheirBytes) {
     EXPECT_EQ(VarArrayHighBound(array), 3);
     F("BY")->SetValue(array);
     EXPECT_EQ(F("BY")->AsBytes(), (TBytes{9, 0, 7, 6}));
+    F("F")->SetAsFloat(1.25);
+    static_cast<TFloatField*>(F("F"))->SetDisplayFormat("0.000");
+    EXPECT_EQ(F("F")->DisplayText(), "1.250");
+    EXPECT_EQ(F("F")->Text(), "1.250");
+    auto* flag = static_cast<TBooleanField*>(F("B"));
+    flag->SetDisplayValues("Yes;No");
+    F("B")->SetAsString("n");
+    EXPECT_EQ(F("B")->AsString(), "No");
+    F("B")->SetText("YE");
+    EXPECT_EQ(F("B")->AsInteger(), 1);
+    EXPECT_EQ(MessageOf([&] { flag->SetDisplayValues("Yes"); }),
+              "Field \"B\" error: \"Yes\" are not valid boolean displayvalues");
+    // Text events replace the conversion; OnValidate can refuse the new value.
+    TField* field = F("L");
+    field->OnGetText = [](TField* Sender, std::string& Text, bool Display) {
+        Text = (Display ? "#" : "") + std::to_string(Sender->AsInteger());
+    };
+    field->OnSetText = [](TField* Sender, const std::string& Text) {
+        Sender->SetAsInteger(std::stoi(Text) * 2);
+    };
+    field->SetText("21");
+    EXPECT_EQ(field->AsInteger(), 42);
+    EXPECT_EQ(field->Text(), "42");
+    EXPECT_EQ(field->DisplayText(), "#42");
+    std::vector<int> seen;
+    field->OnValidate = [&](TField* Sender) {
+        seen.push_back(Sender->AsInteger());
+        if (Sender->AsInteger() < 0) {
+            throw EDatabaseError("negative");
+        }
+    };
+    field->SetAsInteger(7);
+    EXPECT_THROW(field->SetAsInteger(-7), EDatabaseError);
+    EXPECT_EQ(seen, (std::vector<int>{7, -7}));
+    EXPECT_EQ(field->AsInteger(), 7);
 }
 
 // The record buffer keeps dates as day numbers from 0001-01-01 (day 1), times as milliseconds since
@@ -173,8 +205,7 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
         {"T", EncodeTime(13, 45, 30, 123), 49530123, "1899-12-30 13:45:30.123"},
         // Before the zero of TDateTime, and the last millisecond of a leap day.
         {"DT", EncodeDateTime(1899, 12, 29, 6, 0, 0, 7), 59926456800007.0, "1899-12-29 06:00:00.007"},
-        {"DT", EncodeDateTime(2024, 2, 29, 23, 59, 59, 999), 63844934399999.0, "2024-02-29 23:59:59.999"},
-    };
+        {"DT", EncodeDateTime(2024, 2, 29, 23, 59, 59, 999), 63844934399999.0, "2024-02-29 23:59:59.999"}};
     for (const auto& [name, value, native, read] : cases) {
         SCOPED_TRACE(read);
         TField* field = F(name);
@@ -208,45 +239,7 @@ TEST_F(FieldsTest, DateAndTimeSlotsHoldDayNumbersAndMilliseconds) {
     EXPECT_THROW(DateTimeRecToDateTime(ftDateTime, invalid), EConvertError);
 }
 
-TEST_F(FieldsTest, DisplayFormatsAndTextEventsAndValidateCanRefuseTheNewValue) {
-    F("F")->SetAsFloat(1.25);
-    static_cast<TFloatField*>(F("F"))->SetDisplayFormat("0.000");
-    EXPECT_EQ(F("F")->DisplayText(), "1.250");
-    EXPECT_EQ(F("F")->Text(), "1.250");
-    auto* flag = static_cast<TBooleanField*>(F("B"));
-    flag->SetDisplayValues("Yes;No");
-    F("B")->SetAsString("n");
-    EXPECT_EQ(F("B")->AsString(), "No");
-    F("B")->SetText("YE");
-    EXPECT_EQ(F("B")->AsInteger(), 1);
-    EXPECT_EQ(MessageOf([&] { flag->SetDisplayValues("Yes"); }),
-              "Field \"B\" error: \"Yes\" are not valid boolean displayvalues");
-    // Text events replace the conversion; OnValidate can refuse the new value.
-    TField* field = F("I");
-    field->OnGetText = [](TField* Sender, std::string& Text, bool Display) {
-        Text = (Display ? "#" : "") + std::to_string(Sender->AsInteger());
-    };
-    field->OnSetText = [](TField* Sender, const std::string& Text) {
-        Sender->SetAsInteger(std::stoi(Text) * 2);
-    };
-    field->SetText("21");
-    EXPECT_EQ(field->AsInteger(), 42);
-    EXPECT_EQ(field->Text(), "42");
-    EXPECT_EQ(field->DisplayText(), "#42");
-    std::vector<int> seen;
-    field->OnValidate = [&](TField* Sender) {
-        seen.push_back(Sender->AsInteger());
-        if (Sender->AsInteger() < 0) {
-            throw EDatabaseError("negative");
-        }
-    };
-    field->SetAsInteger(7);
-    EXPECT_THROW(field->SetAsInteger(-7), EDatabaseError);
-    EXPECT_EQ(seen, (std::vector<int>{7, -7}));
-    EXPECT_EQ(field->AsInteger(), 7);
-}
-
-TEST(FieldClasses, EveryTypeHasItsClassAndNamesAreUniqueWithoutRegardToCase) {
+TEST(FieldClasses, EveryTypeHasItsClassNamesAreUniqueAndBlobsLiveInTheirRow) {
     TMemDataSet dataSet(nullptr);
     for (int type = ftUnknown; type <= ftWideMemo; ++type) {
         auto fieldType = static_cast<TFieldType>(type);
@@ -284,6 +277,78 @@ TEST(FieldClasses, EveryTypeHasItsClassAndNamesAreUniqueWithoutRegardToCase) {
     EXPECT_EQ(defs.IndexOf(text.substr(0, 2)), 1);
     EXPECT_EQ(dataSet.FieldByName(text.substr(5, 1)), second);
     EXPECT_EQ(dataSet.FindField(text.substr(5, 3)), nullptr);
+    // Values are per row, Post keeps them and Cancel discards them; streams copy binary data with its
+    // zeros and signal the change when done; writes need an edit, a writable field and a live cursor.
+    TMemDataSet blobs(nullptr);
+    blobs.FieldDefs().Add("ID", ftInteger);
+    blobs.FieldDefs().Add("NOTE", ftMemo);
+    blobs.FieldDefs().Add("DATA", ftBlob);
+    blobs.CreateDataSet();
+    blobs.AppendRecord({1, "first note"});
+    blobs.AppendRecord({2});
+    blobs.First();
+    const auto note = [&] { return static_cast<TBlobField*>(blobs.FieldByName("NOTE")); };
+    const auto data = [&] { return static_cast<TBlobField*>(blobs.FieldByName("DATA")); };
+    EXPECT_EQ(note()->BlobSize(), 10);
+    EXPECT_TRUE(data()->IsNull());
+    EXPECT_EQ(note()->DisplayText(), "(MEMO)");
+    EXPECT_EQ(data()->DisplayText(), "(blob)");
+    EXPECT_EQ(MessageOf([&] { blobs.CreateBlobStream(note(), bmWrite); }), SNotEditing);
+    EXPECT_THROW(note()->SetAsString("x"), EDatabaseError);
+    blobs.Edit();
+    note()->SetAsString("changed");
+    EXPECT_TRUE(note()->Modified());
+    EXPECT_EQ(note()->AsString(), "changed");
+    EXPECT_EQ(note()->OldValue().AsString(), "first note");
+    blobs.Cancel();
+    EXPECT_EQ(note()->AsString(), "first note");
+    blobs.Edit();
+    note()->SetAsString("second");
+    note()->SetAsString("third");
+    blobs.Post();
+    blobs.Next();
+    EXPECT_TRUE(VarIsNull(note()->Value()));
+    blobs.Prior();
+    EXPECT_EQ(note()->AsString(), "third");
+
+    const std::string bytes("\0\x01\xff\0tail", 8);
+    std::vector<std::string> changes;
+    data()->OnChange = [&](TField* Field) { changes.push_back(Field->FieldName()); };
+    blobs.Edit();
+    {
+        auto stream = blobs.CreateBlobStream(data(), bmWrite);
+        stream->WriteBuffer(bytes.data(), 8);
+        EXPECT_TRUE(changes.empty());
+    }
+    EXPECT_EQ(changes, (std::vector<std::string>{"DATA"}));
+    EXPECT_TRUE(blobs.Modified());
+    {
+        auto stream = blobs.CreateBlobStream(data(), bmReadWrite);
+        stream->Seek(0, soEnd);
+        stream->WriteBuffer("!", 1);
+    }
+    blobs.Post();
+    TMemoryStream target;
+    data()->SaveToStream(target);
+    EXPECT_EQ(target.DataString(), bytes + "!");
+    EXPECT_EQ(data()->AsString(), bytes + "!");
+    // A stream outliving the dataset's cursor writes nothing.
+    blobs.Edit();
+    auto stream = blobs.CreateBlobStream(note(), bmWrite);
+    stream->WriteBuffer("late", 4);
+    blobs.Close();
+    stream.reset();
+    blobs.Open();
+    note()->SetReadOnly(true);
+    blobs.Edit();
+    EXPECT_THROW(note()->SetAsString("x"), EDatabaseError);
+    EXPECT_EQ(note()->AsString(), "third");
+    blobs.Cancel();
+    note()->SetReadOnly(false);
+    blobs.Edit();
+    note()->Clear();
+    blobs.Post();
+    EXPECT_TRUE(note()->IsNull());
 }
 
 } // namespace

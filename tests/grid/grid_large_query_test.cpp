@@ -160,7 +160,6 @@ TEST_F(SqliteGrid, AMillionRowsAreReadAScreenAtATimeInTheMemoryOfTheQueryAlone) 
     EXPECT_EQ(Grid.verticalScrollBar()->value(), 0);
     EXPECT_LE(PaintAndCountReads(), screen + 1);
     EXPECT_EQ(Query.BufferCount(), screen);
-
     // Both hold the driver's copy of the result; the grid adds one screen of buffers and its paint.
     const long withGrid = ResidentKb() - before;
     ASSERT_GT(queryAlone, 0);

@@ -33,7 +33,6 @@ protected:
         Queries.clear();
         Pool.ClearDataBase();
     }
-
     // "#<position in the pool>" of a connection, or "gone".
     std::string Name(TMultiODBCDataBase* DataBase) {
         for (int i = 0; i < Pool.Count(); ++i) {
@@ -43,7 +42,6 @@ protected:
         }
         return "gone";
     }
-
     // A query attached to DataBase, as a dataset that keeps the connection busy.
     TODBCMultiQuery& Attach(TMultiODBCDataBase* DataBase) {
         Queries.push_back(std::make_unique<TODBCMultiQuery>(nullptr));
@@ -56,7 +54,7 @@ protected:
     std::vector<std::unique_ptr<TODBCMultiQuery>> Queries;
 };
 
-TEST_P(PoolTest, GrowsToItsLimitThenHandsOutTheLeastBusy) {
+TEST_P(PoolTest, GrowsToItsLimitHandsOutTheLeastBusyAndCopiesTheTemplate) {
     Pool.SetMaxDataBases(3);
     std::vector<TMultiODBCDataBase*> handed;
     for (int i = 0; i < 3; ++i) {
@@ -84,6 +82,24 @@ TEST_P(PoolTest, GrowsToItsLimitThenHandsOutTheLeastBusy) {
     TODBCMultiQuery& query = Attach(nullptr);
     EXPECT_EQ(query.FindDB(), handed[0]);
     EXPECT_EQ(query.GetMultiODBCDataBase(), handed[0]);
+    Pool.SetParamAtExecSize(100);
+    Pool.SetAutoCommitOption(acoAutoCommit);
+    Pool.SetIsolationLevel(ilSerializable);
+    Pool.SetSQLCursorOption(curUseDriver);
+    Pool.SetStringTrimRight(true);
+    Pool.SetIgnoreOriginInfo(true);
+    Pool.SetDSNName("dsn");
+    Pool.SetUserID("user");
+    Pool.SetPassword("secret");
+    TMultiODBCDataBase* d = Pool.AddDataBase();
+    EXPECT_FALSE(d->Connected());
+    EXPECT_EQ(std::make_tuple(d->ParamAtExecSize(), d->DriverConnectOption(), d->AutoCommitOption(),
+                              d->IsolationLevel(), d->SQLCursorOption(), d->ConnectStyle()),
+              std::make_tuple(100, dcoDriverNoPrompt, acoAutoCommit, ilSerializable, curUseDriver,
+                              csDriverConnect));
+    EXPECT_TRUE(d->StringTrimRight() && d->IgnoreOriginInfo());
+    EXPECT_EQ(d->DSNName() + d->UserID() + d->Password() + d->ConnectStr(),
+              "dsnusersecret" + Profile.ConnectionString);
 }
 
 TEST_P(PoolTest, CloseKeepsConnectionsThatServeDatasetsAndTellsTheLastOne) {
@@ -109,27 +125,6 @@ TEST_P(PoolTest, CloseKeepsConnectionsThatServeDatasetsAndTellsTheLastOne) {
     Pool.ClearDataBase();
     EXPECT_EQ(Events, (std::vector<std::string>{"add #1", "add #2", "remove #2", "remove #1", "remove #0"}));
     EXPECT_EQ(Pool.Count(), 0);
-}
-
-TEST_P(PoolTest, NewConnectionsCopyTheTemplate) {
-    Pool.SetParamAtExecSize(100);
-    Pool.SetAutoCommitOption(acoAutoCommit);
-    Pool.SetIsolationLevel(ilSerializable);
-    Pool.SetSQLCursorOption(curUseDriver);
-    Pool.SetStringTrimRight(true);
-    Pool.SetIgnoreOriginInfo(true);
-    Pool.SetDSNName("dsn");
-    Pool.SetUserID("user");
-    Pool.SetPassword("secret");
-    TMultiODBCDataBase* d = Pool.AddDataBase();
-    EXPECT_FALSE(d->Connected());
-    EXPECT_EQ(std::make_tuple(d->ParamAtExecSize(), d->DriverConnectOption(), d->AutoCommitOption(),
-                              d->IsolationLevel(), d->SQLCursorOption(), d->ConnectStyle()),
-              std::make_tuple(100, dcoDriverNoPrompt, acoAutoCommit, ilSerializable, curUseDriver,
-                              csDriverConnect));
-    EXPECT_TRUE(d->StringTrimRight() && d->IgnoreOriginInfo());
-    EXPECT_EQ(d->DSNName() + d->UserID() + d->Password() + d->ConnectStr(),
-              "dsnusersecret" + Profile.ConnectionString);
 }
 
 TEST_P(PoolTest, FailingOperationLeavesTheConnectionFreeForOtherThreads) {

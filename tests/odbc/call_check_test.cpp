@@ -40,58 +40,6 @@ private:
     std::vector<std::string> FLines;
 };
 
-// The message's layout and the handles it carries are pinned through a database by the core suite
-// (FaultDiagnostics); here a record the driver manager itself reports, read once.
-TEST(CheckODBC, RaisesTheDriverManagersDiagnosticsForTheConnection) {
-    TODBCConnectionHandle dbc;
-    CheckODBC(SQLAllocConnect(TestEnv(), dbc.Receive()), TestEnv(), nullptr, nullptr, "SQLAllocConnect");
-    ASSERT_TRUE(dbc);
-    char dsn[] = "QuordaNoSuchDataSource";
-    try {
-        CheckODBC(SQLConnect(dbc.Get(), reinterpret_cast<SQLCHAR*>(dsn), SQL_NTS, nullptr, 0, nullptr, 0),
-                  TestEnv(), dbc.Get(), nullptr, "SQLConnect");
-        FAIL() << "connecting to an unknown data source succeeded";
-    } catch (const EODBCError& e) {
-        EXPECT_EQ(e.SQLState().substr(0, 6), "IM002;");
-        EXPECT_NE(e.Message().find("Data source name not found"), std::string::npos) << e.Message();
-    }
-    // The queue was consumed: a second reading finds nothing more.
-    const EODBCError again = CreateODBCError(TestEnv(), dbc.Get(), nullptr);
-    EXPECT_EQ(again.SQLState().find("IM002"), std::string::npos) << again.SQLState();
-    EXPECT_EQ(dbc.Free(), SQL_SUCCESS);
-    EXPECT_FALSE(dbc);
-}
-
-// Only errors, invalid handles and SQL_STILL_EXECUTING raise.
-TEST(CheckODBC, PassesSuccessAndNoDataThroughAndTracesEveryCall) {
-    TraceCapture trace;
-    EXPECT_FALSE(RetCodeIsSuccessful(SQL_INVALID_HANDLE));
-    EXPECT_EQ(CheckODBC(SQL_NO_DATA_FOUND, nullptr, nullptr, nullptr, "SQLFetch"), SQL_NO_DATA_FOUND);
-    EXPECT_EQ(CheckODBC(SQL_NEED_DATA, nullptr, nullptr, nullptr, "SQLExecute"), SQL_NEED_DATA);
-    EXPECT_THROW(CheckODBC(SQL_STILL_EXECUTING, nullptr, nullptr, nullptr, "SQLExecDirect"), EODBCError);
-    EXPECT_EQ(TraceODBC(SQL_ERROR, "SQLFreeConnect"), SQL_ERROR);
-    ASSERT_EQ(trace.Lines().size(), 4u);
-    EXPECT_NE(trace.Lines()[0].find("SQLFetch -> 100 SQL_NO_DATA"), std::string::npos) << trace.Lines()[0];
-    EXPECT_NE(trace.Lines()[2].find("SQLExecDirect -> 2 SQL_STILL_EXECUTING"), std::string::npos);
-    EXPECT_NE(trace.Lines()[3].find("SQLFreeConnect -> -1 SQL_ERROR"), std::string::npos);
-}
-
-TEST(ODBCHandles, MoveTransfersOwnershipAndFreeReleasesOnce) {
-    TODBCConnectionHandle first;
-    ASSERT_EQ(SQLAllocConnect(TestEnv(), first.Receive()), SQL_SUCCESS);
-    const SQLHDBC raw = first.Get();
-    TODBCConnectionHandle second(std::move(first));
-    EXPECT_FALSE(first);
-    EXPECT_EQ(second.Get(), raw);
-
-    TODBCConnectionHandle third;
-    ASSERT_EQ(SQLAllocConnect(TestEnv(), third.Receive()), SQL_SUCCESS);
-    third = std::move(second); // releases the handle third held before
-    EXPECT_EQ(third.Get(), raw);
-    EXPECT_EQ(third.Free(), SQL_SUCCESS);
-    EXPECT_EQ(third.Free(), SQL_SUCCESS); // empty: nothing to release
-}
-
 struct Record {
     const char* State;
     SQLINTEGER Native;
@@ -116,19 +64,60 @@ EODBCError Build(const std::vector<Record>& Records, int& Calls) {
         nullptr, nullptr, nullptr);
 }
 
-// The native code and message come from the first record that has a code; an empty queue leaves
-// everything empty after one call.
-TEST(CreateODBCError, NativeCodeComesFromTheFirstRecordThatHasOne) {
+// The message's layout and the handles it carries are pinned through a database by the core suite
+// (FaultDiagnostics); here a record the driver manager itself reports, read once.
+TEST(CheckODBC, RaisesDiagnosticsTracesCallsFreesHandlesAndBuildsBoundedErrors) {
+    TODBCConnectionHandle dbc;
+    CheckODBC(SQLAllocConnect(TestEnv(), dbc.Receive()), TestEnv(), nullptr, nullptr, "SQLAllocConnect");
+    ASSERT_TRUE(dbc);
+    char dsn[] = "QuordaNoSuchDataSource";
+    try {
+        CheckODBC(SQLConnect(dbc.Get(), reinterpret_cast<SQLCHAR*>(dsn), SQL_NTS, nullptr, 0, nullptr, 0),
+                  TestEnv(), dbc.Get(), nullptr, "SQLConnect");
+        FAIL() << "connecting to an unknown data source succeeded";
+    } catch (const EODBCError& e) {
+        EXPECT_EQ(e.SQLState().substr(0, 6), "IM002;");
+        EXPECT_NE(e.Message().find("Data source name not found"), std::string::npos) << e.Message();
+    }
+    // The queue was consumed: a second reading finds nothing more.
+    const EODBCError again = CreateODBCError(TestEnv(), dbc.Get(), nullptr);
+    EXPECT_EQ(again.SQLState().find("IM002"), std::string::npos) << again.SQLState();
+    EXPECT_EQ(dbc.Free(), SQL_SUCCESS);
+    EXPECT_FALSE(dbc);
+    TODBCConnectionHandle first;
+    ASSERT_EQ(SQLAllocConnect(TestEnv(), first.Receive()), SQL_SUCCESS);
+    const SQLHDBC raw = first.Get();
+    TODBCConnectionHandle second(std::move(first));
+    EXPECT_FALSE(first);
+    EXPECT_EQ(second.Get(), raw);
+
+    TODBCConnectionHandle third;
+    ASSERT_EQ(SQLAllocConnect(TestEnv(), third.Receive()), SQL_SUCCESS);
+    third = std::move(second); // releases the handle third held before
+    EXPECT_EQ(third.Get(), raw);
+    EXPECT_EQ(third.Free(), SQL_SUCCESS);
+    EXPECT_EQ(third.Free(), SQL_SUCCESS); // empty: nothing to release
+    // Only errors, invalid handles and SQL_STILL_EXECUTING raise.
+    TraceCapture trace;
+    EXPECT_FALSE(RetCodeIsSuccessful(SQL_INVALID_HANDLE));
+    EXPECT_EQ(CheckODBC(SQL_NO_DATA_FOUND, nullptr, nullptr, nullptr, "SQLFetch"), SQL_NO_DATA_FOUND);
+    EXPECT_EQ(CheckODBC(SQL_NEED_DATA, nullptr, nullptr, nullptr, "SQLExecute"), SQL_NEED_DATA);
+    EXPECT_THROW(CheckODBC(SQL_STILL_EXECUTING, nullptr, nullptr, nullptr, "SQLExecDirect"), EODBCError);
+    EXPECT_EQ(TraceODBC(SQL_ERROR, "SQLFreeConnect"), SQL_ERROR);
+    ASSERT_EQ(trace.Lines().size(), 4u);
+    EXPECT_NE(trace.Lines()[0].find("SQLFetch -> 100 SQL_NO_DATA"), std::string::npos) << trace.Lines()[0];
+    EXPECT_NE(trace.Lines()[2].find("SQLExecDirect -> 2 SQL_STILL_EXECUTING"), std::string::npos);
+    EXPECT_NE(trace.Lines()[3].find("SQLFreeConnect -> -1 SQL_ERROR"), std::string::npos);
+    // The native code and message come from the first record that has a code; an empty queue leaves
+    // everything empty after one call.
     const struct {
         std::vector<Record> Records;
         SQLINTEGER Native;
         const char* Message;
-    } Cases[] = {
-        {{{"01000", 0, "m1"}, {"42601", 1234, "m2"}, {"HY000", 99, "m3"}}, 1234, "m2"},
-        {{{"01000", 7, "m1"}, {"42601", 1234, "m2"}}, 7, "m1"},
-        {{{"01000", 0, "m1"}, {"01000", 0, "m2"}}, 0, "m1"},
-        {{}, 0, ""},
-    };
+    } Cases[] = {{{{"01000", 0, "m1"}, {"42601", 1234, "m2"}, {"HY000", 99, "m3"}}, 1234, "m2"},
+                 {{{"01000", 7, "m1"}, {"42601", 1234, "m2"}}, 7, "m1"},
+                 {{{"01000", 0, "m1"}, {"01000", 0, "m2"}}, 0, "m1"},
+                 {{}, 0, ""}};
     for (const auto& c : Cases) {
         int calls = 0;
         const EODBCError e = Build(c.Records, calls);
@@ -139,10 +128,7 @@ TEST(CreateODBCError, NativeCodeComesFromTheFirstRecordThatHasOne) {
             EXPECT_EQ(e.Message() + e.SQLState(), "");
         }
     }
-}
-
-// A failing read ends the queue; unterminated buffers and a queue that never ends stay bounded.
-TEST(CreateODBCError, FailingReadsUnterminatedBuffersAndEndlessQueuesStayBounded) {
+    // A failing read ends the queue; unterminated buffers and a queue that never ends stay bounded.
     int calls = 0;
     const EODBCError failed = detail::BuildODBCError(
         [&](detail::TDiagnosticBuffers&) {

@@ -1,17 +1,20 @@
 #include "quorda/rtl/extended.h"
 #include "quorda/rtl/filer.h"
 #include "quorda/rtl/persistent.h"
+#include "quorda/rtl/stream.h"
 #include "quorda/rtl/strings.h"
 #include "rtl_test_support.h"
 
 #include <bit>
 #include <cmath>
+#include <cstdio>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
+#include <sys/stat.h>
 #include <tuple>
 #include <vector>
 
@@ -66,7 +69,11 @@ public:
     std::string Blob;
 };
 
-TEST(Writer, EachValueKindHasItsExactBytes) {
+std::string TempPath(const std::string& name) {
+    return ::testing::TempDir() + "quorda_stream_" + name;
+}
+
+TEST(Filer, EachValueKindHasItsExactBytesReadsBackAndAncestorsSuppressEqualValues) {
     EXPECT_EQ(Map<std::int64_t>(
                   {0, -128, 128, -32769, 0x100000000LL},
                   [](std::int64_t v) { return Hex(Written([&](TWriter& w) { w.WriteInteger(v); })); }),
@@ -94,9 +101,6 @@ TEST(Writer, EachValueKindHasItsExactBytes) {
     EXPECT_EQ(Written([](TWriter& w) { w.WriteStr(std::string(256, 'y')); }),
               "\xFF"s + std::string(255, 'y'));
     EXPECT_EQ(Written([](TWriter& w) { w.WriteSignature(); }), "TPF0");
-}
-
-TEST(Reader, ValuesReadBackInTheirWiderAndWideFormsAndCanBeSkipped) {
     std::string bytes = Written([](TWriter& writer) {
         writer.WriteInteger(-5);
         writer.WriteInteger(70000);
@@ -160,50 +164,8 @@ TEST(Reader, ValuesReadBackInTheirWiderAndWideFormsAndCanBeSkipped) {
     skipper.SkipValue();
     skipper.SkipValue();
     EXPECT_EQ(skipper.ReadString(), "after");
-}
-
-TEST(Filer, AnAncestorWithTheSameValueSuppressesTheProperty) {
-    TSample ancestor;
-    ancestor.Caption = "Same";
-    TSample instance;
-    instance.Caption = "Same";
-    EXPECT_EQ(Properties(&instance, &ancestor), "\0"s);
-    instance.Caption = "";
-    // Different from the ancestor: an empty caption is stored so that reading overrides "Same".
-    EXPECT_EQ(Hex(Properties(&instance, &ancestor).substr(0, 10)), "07 43 61 70 74 69 6F 6E 06 00");
-    EXPECT_EQ(Properties(&instance), "\0"s);
-    // A binary property round trips with its zero bytes; names match ignoring case.
-    instance.Blob = std::string("\xFF\0binary", 8);
-    TStringStream stream("\x07"
-                         "CAPTION\x06\x05upper" +
-                         Properties(&instance));
-    TReader reader(stream);
-    TSample target;
-    reader.ReadProperties(&target);
-    EXPECT_EQ(target.Blob, instance.Blob);
-    EXPECT_EQ(target.Caption, "upper");
-    EXPECT_EQ(stream.Position(), stream.Size());
-}
-
-TEST(Filer, StringListsPersistTheirLinesAsTheStringsProperty) {
-    TStringList sql;
-    sql.SetText("select *\nfrom orders");
-    TStringStream stream(Properties(&sql));
-    TReader reader(stream);
-    TStringList back;
-    back.Add("replaced");
-    int changes = 0;
-    back.OnChange = [&](TObject*) { ++changes; };
-    reader.ReadProperties(&back);
-    EXPECT_TRUE(back.Equals(sql));
-    EXPECT_EQ(changes, 1);
-    // Equal to the ancestor: nothing but the end marker.
-    EXPECT_EQ(Properties(&sql, &back), "\0"s);
-}
-
-// Damaged input and values of the wrong kind raise a read error; lengths far beyond the stream are
-// refused before anything is allocated, and nesting deep enough to exhaust the stack is refused.
-TEST(Reader, DamagedInputRaisesAReadError) {
+    // Damaged input and values of the wrong kind raise a read error; lengths far beyond the stream are
+    // refused before anything is allocated, and nesting deep enough to exhaust the stack is refused.
     const std::string text = Written([](TWriter& w) { w.WriteString("text"); });
     const auto readProperties = [](TReader& r) {
         TSample target;
@@ -221,19 +183,52 @@ TEST(Reader, DamagedInputRaisesAReadError) {
         {std::string(100000, '\x01'), &TReader::SkipValue, "Invalid property value"},
         {"\4Blob" + text + '\0', readProperties, "Invalid property value"},
         {"\5Bogus" + text + '\0', readProperties, "Property Bogus does not exist"}};
-    for (const auto& [bytes, read, message] : cases) {
-        TStringStream stream(bytes);
-        TReader reader(stream);
-        EXPECT_EQ(MessageOf<EReadError>([&] { read(reader); }), message) << Hex(bytes.substr(0, 8));
+    for (const auto& [damaged, read, message] : cases) {
+        TStringStream input(damaged);
+        TReader damagedReader(input);
+        EXPECT_EQ(MessageOf<EReadError>([&] { read(damagedReader); }), message) << Hex(damaged.substr(0, 8));
     }
     // A value of the wrong kind stays unread.
-    TStringStream stream(text);
-    TReader reader(stream);
-    EXPECT_THROW(reader.ReadInteger(), EReadError);
-    EXPECT_EQ(reader.ReadString(), "text");
+    TStringStream wrongKind(text);
+    TReader wrongReader(wrongKind);
+    EXPECT_THROW(wrongReader.ReadInteger(), EReadError);
+    EXPECT_EQ(wrongReader.ReadString(), "text");
+    // An ancestor with the same value suppresses the property.
+    TSample ancestor;
+    ancestor.Caption = "Same";
+    TSample instance;
+    instance.Caption = "Same";
+    EXPECT_EQ(Properties(&instance, &ancestor), "\0"s);
+    instance.Caption = "";
+    // Different from the ancestor: an empty caption is stored so that reading overrides "Same".
+    EXPECT_EQ(Hex(Properties(&instance, &ancestor).substr(0, 10)), "07 43 61 70 74 69 6F 6E 06 00");
+    EXPECT_EQ(Properties(&instance), "\0"s);
+    // A binary property round trips with its zero bytes; names match ignoring case.
+    instance.Blob = std::string("\xFF\0binary", 8);
+    TStringStream upper("\x07"
+                        "CAPTION\x06\x05upper" +
+                        Properties(&instance));
+    TSample target;
+    TReader(upper).ReadProperties(&target);
+    EXPECT_EQ(target.Blob, instance.Blob);
+    EXPECT_EQ(target.Caption, "upper");
+    EXPECT_EQ(upper.Position(), upper.Size());
+    // String lists persist their lines as the Strings property.
+    TStringList sql;
+    sql.SetText("select *\nfrom orders");
+    TStringStream lines(Properties(&sql));
+    TStringList back;
+    back.Add("replaced");
+    int changes = 0;
+    back.OnChange = [&](TObject*) { ++changes; };
+    TReader(lines).ReadProperties(&back);
+    EXPECT_TRUE(back.Equals(sql));
+    EXPECT_EQ(changes, 1);
+    // Equal to the ancestor: nothing but the end marker.
+    EXPECT_EQ(Properties(&sql, &back), "\0"s);
 }
 
-TEST(Extended, KnownValuesHaveTheX87Layout) {
+TEST(Streams, X87LayoutAndMemoryAndFileStreams) {
     using limits = std::numeric_limits<double>;
     const double inf = limits::infinity(), nan = limits::quiet_NaN(), max = limits::max(),
                  tiny = limits::denorm_min();
@@ -253,9 +248,6 @@ TEST(Extended, KnownValuesHaveTheX87Layout) {
         std::bit_cast<std::uint64_t>(ExtendedToDouble(DoubleToExtended(std::bit_cast<double>(signalling)))),
         signalling);
     EXPECT_TRUE(std::signbit(ExtendedToDouble(DoubleToExtended(-0.0))));
-}
-
-TEST(Extended, ReadingRoundsToNearestEvenAndSaturates) {
     auto make = [](std::uint64_t mantissa, unsigned exponent) {
         TExtended80 bytes{};
         for (int i = 0; i < 8; ++i) {
@@ -277,6 +269,79 @@ TEST(Extended, ReadingRoundsToNearestEvenAndSaturates) {
     EXPECT_EQ(make(one, 0x0001), 0.0);                   // far below the range
     EXPECT_EQ(make(0x4000000000000000ULL, 0x3FFF), 0.5); // an unnormal is read by value
     EXPECT_TRUE(std::isnan(make(0, 0x7FFF)));            // pseudo-infinity
+    TMemoryStream stream;
+    stream.WriteBuffer("abcdef", 6);
+    EXPECT_EQ(stream.Seek(-100, soCurrent), 0); // clamped at the start
+    EXPECT_EQ(stream.Seek(10, soBeginning), 10);
+    char buffer[4];
+    EXPECT_EQ(stream.Read(buffer, 4), 0); // nothing past the end
+    stream.WriteBuffer("Z", 1);
+    EXPECT_EQ(stream.DataString(), std::string("abcdef\0\0\0\0Z", 11));
+    stream.SetPosition(3);
+    stream.Truncate();
+    EXPECT_EQ(stream.DataString(), "abc");
+    EXPECT_THROW(stream.SetSize(-1), EStreamError);
+    // CopyFrom and LoadFromStream take a part or the whole source.
+    TStringStream source("0123456789");
+    TMemoryStream target;
+    source.SetPosition(7);
+    EXPECT_EQ(target.CopyFrom(source, 0), 10); // 0 means all of it, from the start
+    EXPECT_EQ(target.DataString(), "0123456789");
+    source.SetPosition(2);
+    TMemoryStream part;
+    EXPECT_EQ(part.CopyFrom(source, 3), 3);
+    EXPECT_EQ(part.DataString(), "234");
+    EXPECT_EQ(source.Position(), 5);
+    EXPECT_THROW(part.CopyFrom(source, 6), EReadError);
+    source.SetPosition(5);
+    EXPECT_EQ(source.ReadString(10), "56789");
+    // Loading replaces the whole content, from the start of the source, and rewinds.
+    TStringStream shorter("xy");
+    shorter.SetPosition(1);
+    part.LoadFromStream(shorter);
+    EXPECT_EQ(part.DataString(), "xy");
+    EXPECT_EQ(part.Position(), 0);
+    const std::string path = TempPath("file.bin");
+    {
+        TFileStream file(path, fmCreate);
+        file.WriteBuffer("hello world", 11);
+        EXPECT_EQ(file.Size(), 11);
+        file.SetSize(5);
+        EXPECT_EQ(file.Position(), 5);
+        file.WriteDWord(0xAABBCCDD);
+    }
+    {
+        TFileStream file(path, fmOpenRead | fmShareDenyNone);
+        EXPECT_EQ(file.Size(), 9);
+        char head[5];
+        file.ReadBuffer(head, 5);
+        EXPECT_EQ(std::string(head, 5), "hello");
+        EXPECT_EQ(file.ReadDWord(), 0xAABBCCDDu);
+        EXPECT_THROW(file.ReadByte(), EReadError);
+        // A read-only file refuses writes with the stream's write error.
+        file.SetPosition(0);
+        EXPECT_THROW(file.WriteBuffer("x", 1), EWriteError);
+    }
+    {
+        TFileStream file(path, fmOpenReadWrite);
+        file.Seek(0, soEnd);
+        file.WriteBuffer("!", 1);
+        EXPECT_EQ(file.Size(), 10);
+    }
+    // fmCreate truncates an existing file.
+    EXPECT_EQ(TFileStream(path, fmCreate).Size(), 0);
+    std::remove(path.c_str());
+    // Open failures carry the file name and the system's reason.
+    const std::string missing = TempPath("does_not_exist.bin");
+    std::remove(missing.c_str());
+    EXPECT_EQ(MessageOf<EFOpenError>([&] { TFileStream file(missing, fmOpenRead); }),
+              "Cannot open file \"" + missing + "\": No such file or directory");
+    const std::string inMissingDir = TempPath("no_dir/x.bin");
+    EXPECT_EQ(MessageOf<EFCreateError>([&] { TFileStream file(inMissingDir, fmCreate); }),
+              "Cannot create file \"" + inMissingDir + "\": No such file or directory");
+    // A directory is not a file to stream from.
+    EXPECT_THROW(TFileStream(::testing::TempDir(), fmOpenRead), EFOpenError);
+    EXPECT_THROW(TFileStream(missing, fmOpenReadWrite), EStreamError);
 }
 
 } // namespace

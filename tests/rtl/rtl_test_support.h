@@ -3,7 +3,10 @@
 #include "quorda/rtl/exception.h"
 #include "quorda/rtl/format_settings.h"
 
+#include <filesystem>
+#include <fstream>
 #include <initializer_list>
+#include <iterator>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -31,6 +34,16 @@ auto Map(std::initializer_list<In> Inputs, F&& Function) {
         results.push_back(Function(input));
     }
     return results;
+}
+
+// The whole content of a file ("" when there is none), and a file written with Text, its folder made.
+inline std::string ReadFile(const std::filesystem::path& Path) {
+    std::ifstream File(Path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(File), {}};
+}
+inline void WriteFile(const std::filesystem::path& Path, const std::string& Text) {
+    std::filesystem::create_directories(Path.parent_path());
+    std::ofstream(Path, std::ios::binary) << Text;
 }
 
 // Restores the process-wide format settings a test changes.

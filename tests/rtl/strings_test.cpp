@@ -1,3 +1,5 @@
+// The string list (sorting, text, change events, owned objects, name-value and delimited text) and
+// the string helpers (comparing, case mapping, trimming, quoting, replacing).
 #include "quorda/rtl/component.h"
 #include "quorda/rtl/stream.h"
 #include "quorda/rtl/string_utils.h"
@@ -35,7 +37,7 @@ private:
     int& FDeleted;
 };
 
-TEST(StringList, SortedListsPlaceItemsAndApplyTheDuplicateAndCaseRules) {
+TEST(StringList, SortedListsTextLineBreaksAndChangeEvents) {
     TStringList list;
     list.SetSorted(true);
     list.SetText("pear\nApple\nbanana");
@@ -83,13 +85,10 @@ TEST(StringList, SortedListsPlaceItemsAndApplyTheDuplicateAndCaseRules) {
     EXPECT_EQ(sorted.IndexOf("a"), 2);
     EXPECT_EQ(sorted.IndexOf("c"), -1);
     EXPECT_EQ(sorted.IndexOf(std::string_view("Ab").substr(0, 1)), 0);
-}
-
-TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLineAlsoInStreams) {
-    TStringList list;
+    TStringList text;
     const auto split = [&](const char* Text) {
-        list.SetText(Text);
-        return std::pair{Lines(list), list.Text()};
+        text.SetText(Text);
+        return std::pair{Lines(text), text.Text()};
     };
     EXPECT_EQ(Map<const char*>({"one\r\ntwo\rthree\nfour", "a\n\n\r\nb\n", "", "\n"}, split),
               (std::vector<std::pair<Strings, std::string>>{
@@ -97,52 +96,49 @@ TEST(StringList, TextSplitsOnEveryLineBreakStyleAndEndsEachLineAlsoInStreams) {
                   {{"a", "", "", "b"}, "a\n\n\nb\n"},
                   {{}, ""},
                   {{""}, "\n"}}));
-    list.SetText("x\ny");
-    list.SetLineBreak("\r\n");
-    EXPECT_EQ(list.Text(), "x\r\ny\r\n");
+    text.SetText("x\ny");
+    text.SetLineBreak("\r\n");
+    EXPECT_EQ(text.Text(), "x\r\ny\r\n");
     // Saved text ends every line; loading drops the byte order mark.
-    list.SetText("één\ntwee\n\ndrie");
-    list.SetLineBreak("\n");
+    text.SetText("één\ntwee\n\ndrie");
+    text.SetLineBreak("\n");
     TMemoryStream stream;
-    list.SaveToStream(stream);
+    text.SaveToStream(stream);
     EXPECT_EQ(stream.DataString(), "één\ntwee\n\ndrie\n");
     TStringStream withBom("\xEF\xBB\xBFone\r\ntwo");
-    list.LoadFromStream(withBom);
-    EXPECT_EQ(Lines(list), (Strings{"one", "two"}));
-}
-
-TEST(StringList, UpdatesHoldBackChangeEventsUntilTheOutermostEnd) {
-    TStringList list;
+    text.LoadFromStream(withBom);
+    EXPECT_EQ(Lines(text), (Strings{"one", "two"}));
+    text.Clear();
     Strings events;
-    list.OnChanging = [&](TObject* sender) {
-        EXPECT_EQ(sender, &list);
+    text.OnChanging = [&](TObject* sender) {
+        EXPECT_EQ(sender, &text);
         events.push_back("changing");
     };
-    list.OnChange = [&](TObject*) { events.push_back("change:" + std::to_string(list.Count())); };
-    list.Add("a");
+    text.OnChange = [&](TObject*) { events.push_back("change:" + std::to_string(text.Count())); };
+    text.Add("a");
     EXPECT_EQ(events, (Strings{"changing", "change:1"}));
     events.clear();
-    list.BeginUpdate();
-    list.BeginUpdate();
-    list.Add("b");
-    list.Delete(0);
-    list.EndUpdate();
+    text.BeginUpdate();
+    text.BeginUpdate();
+    text.Add("b");
+    text.Delete(0);
+    text.EndUpdate();
     EXPECT_EQ(events, (Strings{"changing"}));
-    list.Add("c");
-    list.EndUpdate();
+    text.Add("c");
+    text.EndUpdate();
     EXPECT_EQ(events, (Strings{"changing", "change:2"}));
     // Compound operations notify once.
     events.clear();
-    list.SetCommaText("1,2");
+    text.SetCommaText("1,2");
     EXPECT_EQ(events, (Strings{"changing", "change:2"}));
-    // Clearing an empty list changes nothing.
-    list.Clear();
+    // Clearing an empty text changes nothing.
+    text.Clear();
     events.clear();
-    list.Clear();
+    text.Clear();
     EXPECT_TRUE(events.empty());
 }
 
-TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
+TEST(StringList, OwnedObjectsAssignNameValuesDelimitedTextAndTheStringHelpers) {
     int deleted = 0;
     {
         TStringList list(true);
@@ -170,58 +166,6 @@ TEST(StringList, OwnedObjectsAreDeletedWithTheirLinesOnly) {
         list.Delete(0);
         list.AddObject("kept", &kept);
     }
-}
-
-TEST(StringList, NameValueLines) {
-    TStringList list;
-    list.SetText("Host=db1\nPort=5432\nnoseparator\nEmpty=\n");
-    EXPECT_EQ((Strings{list.Values("host"), list.Names(1), list.Names(2), list.ValueFromIndex(2),
-                       list.Values("missing"), list.Values(std::string_view("PORTS").substr(0, 4))}),
-              (Strings{"db1", "Port", "", "", "", "5432"}));
-    EXPECT_EQ(list.IndexOfName("EMPTY"), 3);
-    std::vector<std::pair<std::string, std::string>> pairs;
-    for (const auto& [name, value] : list.NameValues()) {
-        pairs.emplace_back(name, value);
-    }
-    EXPECT_EQ(pairs, (std::vector<std::pair<std::string, std::string>>{
-                         {"Host", "db1"}, {"Port", "5432"}, {"", ""}, {"Empty", ""}}));
-    list.SetValues("PORT", "6000");
-    EXPECT_EQ(list[1], "PORT=6000");
-    list.SetValues("User", "me");
-    EXPECT_EQ(list[4], "User=me");
-    list.SetValues("Host", "");
-    EXPECT_EQ(list.IndexOfName("Host"), -1);
-    EXPECT_EQ(list.Count(), 4);
-    list.SetValueFromIndex(0, "7000");
-    EXPECT_EQ(list.Values("port"), "7000");
-}
-
-TEST(StringList, CommaAndDelimitedTextQuoteWhatWouldNotSurvive) {
-    TStringList list;
-    list.SetText("plain\ntwo words\nsay \"hi\"\na,b\n\n");
-    EXPECT_EQ(list.CommaText(), "plain,\"two words\",\"say \"\"hi\"\"\",\"a,b\",");
-    TStringList back;
-    back.SetCommaText(list.CommaText());
-    EXPECT_EQ(Lines(back), Lines(list));
-    // Outside quotes blanks separate items too; empty items between delimiters are kept.
-    back.SetCommaText(" a b , \"c d\",,e ");
-    EXPECT_EQ(Lines(back), (Strings{"a", "b", "c d", "", "e"}));
-    back.SetText("\n");
-    EXPECT_EQ(back.CommaText(), "\"\"") << "a lone empty line must not read back as no line";
-    // Strict delimiters and another quote character.
-    TStringList fields;
-    fields.SetDelimiter(';');
-    fields.SetQuoteChar('\'');
-    fields.SetStrictDelimiter(true);
-    fields.SetDelimitedText("first name;'it''s';x y");
-    EXPECT_EQ(Lines(fields), (Strings{"first name", "it's", "x y"}));
-    EXPECT_EQ(fields.DelimitedText(), "first name;'it''s';x y");
-    // CommaText does not disturb the list's own delimiter settings.
-    EXPECT_EQ(fields.CommaText(), "\"first name\",it's,\"x y\"");
-    EXPECT_EQ(fields.Delimiter(), ';');
-}
-
-TEST(StringList, AssignCopiesStringsObjectsAndSettingsAndBadIndexesRaise) {
     TObject marker;
     TStringList source;
     source.SetLineBreak("\r\n");
@@ -246,6 +190,123 @@ TEST(StringList, AssignCopiesStringsObjectsAndSettingsAndBadIndexesRaise) {
     EXPECT_EQ(MessageOf<EAssignError>([&] { target.Assign(&component); }),
               "Cannot assign a TComponent to a TStringList");
     EXPECT_THROW(target.Assign(nullptr), EAssignError);
+    TStringList list;
+    list.SetText("Host=db1\nPort=5432\nnoseparator\nEmpty=\n");
+    EXPECT_EQ((Strings{list.Values("host"), list.Names(1), list.Names(2), list.ValueFromIndex(2),
+                       list.Values("missing"), list.Values(std::string_view("PORTS").substr(0, 4))}),
+              (Strings{"db1", "Port", "", "", "", "5432"}));
+    EXPECT_EQ(list.IndexOfName("EMPTY"), 3);
+    std::vector<std::pair<std::string, std::string>> pairs;
+    for (const auto& [name, value] : list.NameValues()) {
+        pairs.emplace_back(name, value);
+    }
+    EXPECT_EQ(pairs, (std::vector<std::pair<std::string, std::string>>{
+                         {"Host", "db1"}, {"Port", "5432"}, {"", ""}, {"Empty", ""}}));
+    list.SetValues("PORT", "6000");
+    EXPECT_EQ(list[1], "PORT=6000");
+    list.SetValues("User", "me");
+    EXPECT_EQ(list[4], "User=me");
+    list.SetValues("Host", "");
+    EXPECT_EQ(list.IndexOfName("Host"), -1);
+    EXPECT_EQ(list.Count(), 4);
+    list.SetValueFromIndex(0, "7000");
+    EXPECT_EQ(list.Values("port"), "7000");
+    list.SetText("plain\ntwo words\nsay \"hi\"\na,b\n\n");
+    EXPECT_EQ(list.CommaText(), "plain,\"two words\",\"say \"\"hi\"\"\",\"a,b\",");
+    TStringList back;
+    back.SetCommaText(list.CommaText());
+    EXPECT_EQ(Lines(back), Lines(list));
+    // Outside quotes blanks separate items too; empty items between delimiters are kept.
+    back.SetCommaText(" a b , \"c d\",,e ");
+    EXPECT_EQ(Lines(back), (Strings{"a", "b", "c d", "", "e"}));
+    back.SetText("\n");
+    EXPECT_EQ(back.CommaText(), "\"\"") << "a lone empty line must not read back as no line";
+    // Strict delimiters and another quote character.
+    TStringList fields;
+    fields.SetDelimiter(';');
+    fields.SetQuoteChar('\'');
+    fields.SetStrictDelimiter(true);
+    fields.SetDelimitedText("first name;'it''s';x y");
+    EXPECT_EQ(Lines(fields), (Strings{"first name", "it's", "x y"}));
+    EXPECT_EQ(fields.DelimitedText(), "first name;'it''s';x y");
+    // CommaText does not disturb the list's own delimiter settings.
+    EXPECT_EQ(fields.CommaText(), "\"first name\",it's,\"x y\"");
+    EXPECT_EQ(fields.Delimiter(), ';');
+    // SameText folds accented, Greek (final sigma too) and Cyrillic letters, and the long s; CompareText
+    // orders by upper case and code point, CompareStr by bytes. Invalid UTF-8 compares consistently and
+    // never equals a valid letter.
+    EXPECT_EQ((std::vector<bool>{SameText("ÉCOLE ÀÇÑÖ", "école àçñö"), SameText("ŁÓDŹ ŐŰ Ǆ", "łódź őű ǆ"),
+                                 SameText("ПРИВЕТ ЁЖ Ї", "привет ёж ї"), SameText("ΣΟΦΊΑ", "σοφία"),
+                                 SameText("ΟΔΟΣ", "οδος"), SameText("Straße", "STRAßE"), SameText("ſ", "S"),
+                                 SameText("e", "é"), SameText("abc", "abcd"), SameText("", "")}),
+              (std::vector<bool>{true, true, true, true, true, true, true, false, false, true}));
+    const auto sign = [](int order) { return (order > 0) - (order < 0); };
+    EXPECT_EQ((std::vector<int>{sign(CompareText("a", "_")), sign(CompareStr("a", "_")),
+                                sign(CompareText("abc", "ABCD")), sign(CompareText("b", "A")),
+                                sign(CompareText("Äpfel", "äPFEL")), sign(CompareText("z", "é")),
+                                sign(CompareText("Я", "я1")), sign(CompareStr("B", "a")),
+                                sign(CompareText("x\xFFy", "X\xFFY"))}),
+              (std::vector<int>{-1, 1, -1, 1, 0, -1, -1, -1, 0}));
+    EXPECT_NE(CompareText("\xC3", "\xC3\xA9"), 0);
+    // Prefixes and suffixes ignore case; a cut UTF-8 sequence counts byte by byte.
+    EXPECT_EQ((std::vector<bool>{StartsText("SEL", "select *"), StartsText("при", "ПРИВЕТ"),
+                                 StartsText("selects", "select"), StartsText("", "x"),
+                                 EndsText("ВЕТ", "привет"), EndsText("x", "")}),
+              (std::vector<bool>{true, true, false, true, true, false}));
+    EXPECT_EQ(Utf8Length("aé€😀"), 4u);
+    EXPECT_EQ(Utf8Length("\xE2\x82"), 2u);
+    EXPECT_EQ(AnsiUpperCase("straße ñandú москва ωμέγα"), "STRAßE ÑANDÚ МОСКВА ΩΜΈΓΑ");
+    EXPECT_EQ(AnsiLowerCase("ÀÉÎ ĞİŞ МОСКВА"), "àéî ğiş москва");
+    EXPECT_EQ(UpperCase("abc-é"), "ABC-é");
+    EXPECT_EQ(LowerCase("ABC-É"), "abc-É");
+    EXPECT_EQ(AnsiUpperCase("a\xFF\xC3z"), "A\xFF\xC3Z"); // invalid bytes pass through
+    EXPECT_EQ(UnicodeToUpper(U'ÿ'), U'Ÿ');
+    EXPECT_EQ(UnicodeToLower(U'Ω'), U'ω');
+    // Greek with ypogegrammeni upper-cases to the prosgegrammeni form (simple mapping), which the
+    // hand-written table once missed: the first and last of a run and the three loners.
+    for (auto [lower, upper] :
+         {std::pair{U'\u1F80', U'\u1F88'}, std::pair{U'\u1FA7', U'\u1FAF'}, std::pair{U'\u1FB3', U'\u1FBC'},
+          std::pair{U'\u1FC3', U'\u1FCC'}, std::pair{U'\u1FF3', U'\u1FFC'}}) {
+        EXPECT_EQ(UnicodeToUpper(lower), upper);
+        EXPECT_EQ(UnicodeToLower(upper), lower);
+    }
+    EXPECT_TRUE(SameText("\u1F80", "\u1F88"));
+    EXPECT_EQ(Trim("\t\r\n  a b \x01 "), "a b");
+    EXPECT_EQ(TrimLeft("  a "), "a ");
+    EXPECT_EQ(TrimRight("  a \n"), "  a");
+    EXPECT_EQ(Trim(" \t "), "");
+    EXPECT_EQ(Trim("é"), "é"); // bytes above 0x7F are text
+    // Quoting doubles the quote and dequoting undoes it; replacing never rescans its output.
+    EXPECT_EQ(QuotedStr("it's"), "'it''s'");
+    EXPECT_EQ(QuotedStr(""), "''");
+    EXPECT_EQ(AnsiQuotedStr("say \"x\"", '"'), "\"say \"\"x\"\"\"");
+    EXPECT_EQ(AnsiDequotedStr("'it''s' tail", '\''), "it's");
+    EXPECT_EQ(AnsiDequotedStr("plain", '\''), "plain");
+    EXPECT_EQ(StringReplace("a-b-c", "-", "+", 0), "a+b-c");
+    EXPECT_EQ(StringReplace("a-b-c", "-", "+", rfReplaceAll), "a+b+c");
+    EXPECT_EQ(StringReplace("Äpfel und äpfel", "ÄPFEL", "Birnen", rfReplaceAll | rfIgnoreCase),
+              "Birnen und Birnen");
+    EXPECT_EQ(StringReplace("Select select", "SELECT", "x", rfIgnoreCase), "x select");
+    EXPECT_EQ(StringReplace("aaa", "aa", "a", rfReplaceAll), "aa");
+    EXPECT_EQ(StringReplace("abc", "", "x", rfReplaceAll), "abc");
+    EXPECT_EQ(IntToStr(-9223372036854775807LL - 1), "-9223372036854775808");
+    EXPECT_EQ(IntToHex(255, 4), "00FF");
+    EXPECT_EQ(IntToHex(0x1234ABCD, 2), "1234ABCD");
+    EXPECT_EQ(IntToHex(-1, 4), "FFFFFFFFFFFFFFFF");
+    EXPECT_EQ(IntToHex(0, 0), "0");
+    const std::string fieldList = " ID ; Name;;Last ";
+    std::size_t pos = 0;
+    std::vector<std::string> names;
+    while (pos < fieldList.size()) {
+        names.push_back(ExtractFieldName(fieldList, pos));
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"ID", "Name", "", "Last"}));
+    EXPECT_EQ(pos, fieldList.size());
+    EXPECT_EQ(ExtractFieldName(fieldList, pos), "");
+    const std::string trailing = "A;";
+    pos = 0;
+    EXPECT_EQ(ExtractFieldName(trailing, pos), "A");
+    EXPECT_EQ(pos, 2u);
 }
 
 } // namespace
