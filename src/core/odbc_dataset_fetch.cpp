@@ -202,15 +202,18 @@ void TODBCDataSet::InternalLast() {
     // A forward-only cursor that reported its end stays there, whichever way the step goes: no row can
     // follow, and after a rowset fetch's SQL_NO_DATA the driver manager refuses another fetch (S1010).
     // The answer is the one a fetch gave before: the end going forward, the start going back.
-    if (FForwardOnlyCursor && FCrack == 1) {
+    SQLRETURN ret = SQL_SUCCESS;
+    // The row of the bindings the fetch filled: a rowset's current one, or the only one.
+    std::size_t row = 0;
+    if (!FForwardOnlyCursor) {
+        ret = ScrollFetch(Orientation, 0);
+    } else if (FCrack == 1) {
         if (Orientation == SQL_FETCH_NEXT) {
             return grEOF;
         }
         FCrack = -1;
         return grBOF;
-    }
-    SQLRETURN ret = SQL_SUCCESS;
-    if (BlockMode() && Orientation == SQL_FETCH_NEXT) {
+    } else if (BlockMode() && Orientation == SQL_FETCH_NEXT) {
         if (FRowsetIndex != -1 && FRowsetIndex < static_cast<std::int64_t>(FRowsFetched) - 1) {
             ++FRowsetIndex;
         } else {
@@ -222,11 +225,11 @@ void TODBCDataSet::InternalLast() {
                             "SQLExtendedFetch");
             FRowsetIndex = 0;
         }
-    } else if (!FForwardOnlyCursor) {
-        ret = ScrollFetch(Orientation, 0);
+        row = static_cast<std::size_t>(FRowsetIndex);
     } else {
         // Forward-only: a step back moves forward as well.
         ret = CheckCall(SQLFetch(FEngine->Stmt.Get()), "SQLFetch");
+        row = static_cast<std::size_t>(BlockMode() ? FRowsetIndex : 0);
     }
     if (ret == SQL_NO_DATA_FOUND) {
         if (Orientation != SQL_FETCH_NEXT) {
@@ -249,7 +252,7 @@ void TODBCDataSet::InternalLast() {
         }
     }
     FCrack = 0;
-    CopyRowToBuffer(Buffer);
+    CopyRowToBuffer(Buffer, row);
     Buffer[kRecordFlagOffset] = static_cast<std::byte>(bfCurrent);
     return grOK;
 }
@@ -260,7 +263,7 @@ TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool 
     case gmCurrent:
         switch (FCrack) {
         case 0:
-            CopyRowToBuffer(Buffer);
+            CopyRowToBuffer(Buffer, static_cast<std::size_t>(BlockMode() ? FRowsetIndex : 0));
             return grOK;
         case -1:
             return grBOF;
@@ -285,11 +288,10 @@ TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool 
 
 // ---- the row into the record buffer
 
-[[gnu::always_inline]] inline void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer) {
+[[gnu::always_inline]] inline void TODBCDataSet::CopyRowToBuffer(TRecordBuffer Buffer, std::size_t Row) {
     std::memcpy(Buffer + kRecordRowNumberOffset, &FCurrentRow, sizeof FCurrentRow);
     const TRowArea& area = FEngine->Rows;
-    // Row 0 of a single-row binding is its only one.
-    const std::byte* row = area.Row(static_cast<std::size_t>(BlockMode() ? FRowsetIndex : 0));
+    const std::byte* row = area.Row(Row);
     // The values kept as the driver wrote them come over in one piece; a NULL among them leaves a
     // cleared slot.
     std::memcpy(Buffer + kRecordBodyOffset, row + kRecordBodyOffset, area.FixedEnd - kRecordBodyOffset);
@@ -330,6 +332,7 @@ TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool 
             // another row's.
             std::memcpy(slot, text, length);
             slot[length] = std::byte{0};
+            StoreTextLength(Buffer, item.IndicatorOffset, length);
             break;
         }
         case ftDate: {
@@ -397,7 +400,10 @@ void TODBCDataSet::PrepareFieldReads() {
             TFieldValueItem& item = *FFieldValues[static_cast<std::size_t>(fieldNo - 1)];
             item.ReadField = field;
             FieldReadSizes(*field, item, item.ReadCount, item.ReadClear);
-            SetFieldSlot(field, static_cast<std::ptrdiff_t>(item.RecordOffset), item.ReadCount);
+            // A text's length is kept in its length/indicator cell of the record.
+            const std::ptrdiff_t lengthOffset =
+                item.FieldType == ftString ? static_cast<std::ptrdiff_t>(item.IndicatorOffset) : -1;
+            SetFieldSlot(field, static_cast<std::ptrdiff_t>(item.RecordOffset), item.ReadCount, lengthOffset);
         }
     }
 }

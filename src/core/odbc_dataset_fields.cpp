@@ -272,6 +272,19 @@ std::byte* TODBCDataSet::FieldSlot(TRecordBuffer Buffer, const TField* Field, st
     return Buffer + item.RecordOffset;
 }
 
+void TODBCDataSet::SlotWritten(TRecordBuffer Buffer, const TField* Field) const {
+    std::size_t dataSize = 0;
+    const std::byte* slot = FieldSlot(Buffer, Field, dataSize);
+    if (slot == nullptr) {
+        return;
+    }
+    const TFieldValueItem& item = *FFieldValues[static_cast<std::size_t>(Field->FieldNo() - 1)];
+    if (item.FieldType == ftString) {
+        StoreTextLength(Buffer, item.IndicatorOffset,
+                        strnlen(reinterpret_cast<const char*>(slot + 1), dataSize));
+    }
+}
+
 TRecordBuffer TODBCDataSet::AllocRecordBuffer() {
     // Zeroed, so that the flag of a buffer never filled reads bfCurrent rather than garbage.
     auto* buffer = new std::byte[RecordBufferSize()]();

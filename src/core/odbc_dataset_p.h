@@ -121,6 +121,12 @@ struct TRowArea {
     }
 };
 
+// Keeps a text's length in the record's cell at Offset, where its readers look for it.
+inline void StoreTextLength(std::byte* Record, std::size_t Offset, std::size_t Length) {
+    const auto length = static_cast<std::int64_t>(Length);
+    std::memcpy(Record + Offset, &length, sizeof length);
+}
+
 // The 8-byte bookmark: the numbering origin in force when it was taken and the row number.
 struct TODBCBookmark {
     std::int32_t Origin;

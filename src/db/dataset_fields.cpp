@@ -118,6 +118,7 @@ void TDataSet::BindFields(bool Binding) {
     for (TField* field : *FFields) {
         field->FFieldDef = nullptr;
         field->FSlotOffset = -1;
+        field->FSlotLengthDelta = 0;
         if (!Binding) {
             field->FFieldNo = 0;
         } else if (field->FieldKind() == fkCalculated || field->FieldKind() == fkLookup) {

@@ -28,6 +28,8 @@ void TDataSet::CheckRingInvariants() const {
     assert(FRecordCount >= 0 && FRecordCount <= FBufferCount);
     assert(FActiveRecord >= 0 && FActiveRecord < std::max(FRecordCount, 1));
     assert(FCurrentRecord >= -1 && FCurrentRecord < FBufferCount);
+    // Field views take an empty ring for an empty dataset.
+    assert(FState != dsBrowse || (FRecordCount == 0) == (FBOF && FEOF));
 #endif
 }
 

@@ -143,6 +143,7 @@ void TField::SetDataSet(TDataSet* Value) {
         Value->Fields().CheckFieldName(FFieldName);
     }
     FSlotOffset = -1;
+    FSlotLengthDelta = 0;
     if (FDataSet) {
         FDataSet->Fields().Remove(this);
     }

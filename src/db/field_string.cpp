@@ -55,7 +55,7 @@ bool TStringField::GetValue(std::string& Value) const {
             Value.clear();
             return false;
         }
-        Value.assign(detail::SlotText(view));
+        Value.assign(SlotText(view));
         return true;
     }
     const auto dataSize = static_cast<std::size_t>(DataSize());
@@ -80,7 +80,7 @@ std::string TStringField::GetAsString() const {
     // A fresh string built from the slot at once: cheaper than assigning to an empty one.
     const TFieldDataView view = DataView();
     if (view.Direct) {
-        return view.Data == nullptr ? std::string() : std::string(detail::SlotText(view));
+        return view.Data == nullptr ? std::string() : std::string(SlotText(view));
     }
     std::string value;
     GetValue(value);

@@ -111,6 +111,7 @@ void TODBCExtDataSet::SetFieldData(TField* Field, const void* Buffer) {
                     --count;
                 }
                 std::memcpy(indicator + 1, Buffer, std::min(count, slotSize));
+                SlotWritten(record, Field);
             } else {
                 indicator[0] = static_cast<std::byte>('0');
             }

@@ -245,8 +245,9 @@ protected:
     void LayOutRows(const std::vector<std::size_t>& SlotSizes, std::size_t RowCount);
     // One fetch step in the direction Orientation (SQL_FETCH_NEXT / SQL_FETCH_PRIOR).
     TGetResult FetchStep(TRecordBuffer Buffer, SQLUSMALLINT Orientation);
-    // Copies the row the bindings hold into Buffer, converting to the native formats.
-    void CopyRowToBuffer(TRecordBuffer Buffer);
+    // Copies row Row of the bindings (of a rowset, or the only one) into Buffer, converting to the
+    // native formats.
+    void CopyRowToBuffer(TRecordBuffer Buffer, std::size_t Row);
     // Fills the read sizes of every column from the field bound to it.
     void PrepareFieldReads();
     // The bytes of one record buffer.
@@ -254,6 +255,8 @@ protected:
     // Where Field's column lives in a record buffer: its indicator byte, followed by the data slot
     // of DataSize bytes; null for a field without a column of its own (calculated, unbound).
     std::byte* FieldSlot(TRecordBuffer Buffer, const TField* Field, std::size_t& DataSize) const;
+    // After a value was written into Field's slot of Buffer: keeps a text's length beside it.
+    void SlotWritten(TRecordBuffer Buffer, const TField* Field) const;
     // SQLExtendedFetch on the shared single row-status cell; raises on failure, returns the code.
     // A forward-only cursor is refused without a call: after SQLFetch the driver manager answers any
     // SQLExtendedFetch with a sequence error.

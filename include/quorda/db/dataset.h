@@ -214,10 +214,14 @@ protected:
     // Declares that every record buffer of this dataset holds Field's value at a fixed place: a
     // presence byte at Offset ('1' when the field has a value, anything else for NULL), then Size
     // bytes of the value in its native layout. While browsing, TField::DataView then reads it there
-    // without a call to PeekFieldData. Forgotten at the next BindFields.
-    void SetFieldSlot(TField* Field, std::ptrdiff_t Offset, std::size_t Size) {
+    // without a call to PeekFieldData. A text slot may come with its length: a 64-bit count of its
+    // bytes at LengthOffset of every record buffer holding the value, which every view of the slot
+    // then reads instead of looking for the zero. Forgotten at the next BindFields.
+    void SetFieldSlot(TField* Field, std::ptrdiff_t Offset, std::size_t Size,
+                      std::ptrdiff_t LengthOffset = -1) {
         Field->FSlotOffset = Offset;
         Field->FSlotSize = Size;
+        Field->FSlotLengthDelta = LengthOffset < 0 ? 0 : LengthOffset - (Offset + 1);
         Field->FBrowse = this;
     }
 
@@ -405,7 +409,6 @@ private:
     std::unique_ptr<TFields> FFields;
     std::vector<TDataSource*> FDataSources;
     int FBufferCount = -1;
-    int FRecordCount = 0;
     int FCurrentRecord = -1;
     TRecordBuffer FCalcBuffer = nullptr;
     int FCalcFieldsSize = 0;

@@ -7,10 +7,13 @@
 #include "quorda/rtl/exception.h"
 #include "quorda/rtl/variant.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorda {
@@ -143,13 +146,25 @@ public:
     // Asks the data-aware control showing this field to take the focus.
     void FocusControl();
 
+    // The text of a direct view of this field holding a value (DataView): as long as the length the
+    // dataset keeps beside the slot says, or up to its zero; never past View.Size.
+    std::string_view SlotText(const TFieldDataView& View) const {
+        const auto* text = reinterpret_cast<const char*>(View.Data);
+        if (FSlotLengthDelta != 0) {
+            std::int64_t length = 0;
+            std::memcpy(&length, View.Data + FSlotLengthDelta, sizeof length);
+            return {text, std::min(static_cast<std::size_t>(length), View.Size)};
+        }
+        return {text, strnlen(text, View.Size)};
+    }
     // The value in place in the dataset's record buffer, when the dataset keeps one (Direct). Read
     // for every field of every row: the browsing case is inline (end of dataset.h).
     TFieldDataView DataView() const {
         // Nearly every read happens while browsing: a slot the dataset declared is read in place. (The
         // slot is forgotten whenever the field leaves its dataset or the dataset rebinds its fields.)
         if (FSlotOffset >= 0 && !FValidating && FBrowse->FState == dsBrowse) {
-            if (FBrowse->FBuffers.empty() || (FBrowse->FBOF && FBrowse->FEOF)) {
+            // No record at all: closed, or empty (Bof and Eof).
+            if (FBrowse->FRecordCount == 0) {
                 return {nullptr, 0, true};
             }
             const std::byte* presence =
@@ -257,6 +272,8 @@ private:
     // a presence byte at FSlotOffset, then FSlotSize bytes of value. -1: ask the dataset.
     std::ptrdiff_t FSlotOffset = -1;
     std::size_t FSlotSize = 0;
+    // Where a text slot's length lies, from the first byte of its value; 0: read up to the zero.
+    std::ptrdiff_t FSlotLengthDelta = 0;
     // The dataset that declared the slot, read while browsing.
     const TDataSetBrowse* FBrowse = nullptr;
 };

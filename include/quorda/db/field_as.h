@@ -87,12 +87,6 @@ QUORDA_READ_INLINE inline std::optional<T> ReadSlot(const TField& Field) {
     return static_cast<T>(LoadNative<Native>(view.Data));
 }
 
-// The text in a slot: zero-padded, read up to its zero.
-inline std::string_view SlotText(const TFieldDataView& View) {
-    const auto* text = reinterpret_cast<const char*>(View.Data);
-    return {text, strnlen(text, View.Size)};
-}
-
 // Whether View is the slot of a date, time or date-time field of DataType (or a NULL there).
 inline bool IsDateTimeSlot(const TFieldDataView& View, TFieldType DataType) {
     switch (DataType) {
@@ -133,7 +127,7 @@ struct QUORDA_API TFieldAs<std::string_view> {
                 if (view.Data == nullptr) {
                     return std::nullopt;
                 }
-                return detail::SlotText(view);
+                return Field.SlotText(view);
             }
         }
         return ReadText(Field);

@@ -116,6 +116,8 @@ class TDataSetBrowse {
 protected:
     // BufferCount + 1 buffers; empty while closed.
     std::vector<TRecordBuffer> FBuffers;
+    // Records in the ring; none while closed or when the dataset is empty (Bof and Eof).
+    int FRecordCount = 0;
     int FActiveRecord = 0;
     TDataSetState FState = dsInactive;
     bool FBOF = true;
