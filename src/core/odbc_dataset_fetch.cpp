@@ -199,15 +199,16 @@ void TODBCDataSet::InternalLast() {
 // FetchStep and CopyRowToBuffer run for every row fetched: inline in GetRecord, their only caller.
 [[gnu::always_inline]] inline TGetResult TODBCDataSet::FetchStep(TRecordBuffer Buffer,
                                                                  SQLUSMALLINT Orientation) {
-    // A forward-only cursor that reported its end stays there, whichever way the step goes: no row can
-    // follow, and after a rowset fetch's SQL_NO_DATA the driver manager refuses another fetch (S1010).
-    // The answer is the one a fetch gave before: the end going forward, the start going back.
     SQLRETURN ret = SQL_SUCCESS;
     // The row of the bindings the fetch filled: a rowset's current one, or the only one.
     std::size_t row = 0;
     if (!FForwardOnlyCursor) {
         ret = ScrollFetch(Orientation, 0);
     } else if (FCrack == 1) {
+        // A forward-only cursor that reported its end stays there, whichever way the step goes: no row
+        // can follow, and after a rowset fetch's SQL_NO_DATA the driver manager refuses another fetch
+        // (S1010). The answer is the one a fetch gave before: the end going forward, the start going
+        // back.
         if (Orientation == SQL_FETCH_NEXT) {
             return grEOF;
         }

@@ -176,8 +176,7 @@ void TODBCDataSet::InternalInitFieldDefs() {
         item.DataSize = static_cast<std::size_t>(GetDefDataSize(*def));
         // A date, time or time stamp is bound as its structure, whatever length the driver reports;
         // a value of fixed size at the size of its C type.
-        const std::size_t length =
-            fixedSize > 0 ? fixedSize : std::max(static_cast<std::size_t>(dataSize) + 1, fixedSize);
+        const std::size_t length = fixedSize > 0 ? fixedSize : static_cast<std::size_t>(dataSize) + 1;
         item.BindLength = static_cast<SQLLEN>(length);
         slotSizes.push_back(std::max(length, item.DataSize));
         FFieldValues.push_back(std::move(owned));
