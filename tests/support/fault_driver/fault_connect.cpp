@@ -51,33 +51,13 @@ std::string Upper(std::string text) {
     return text;
 }
 
-// keyword=value pairs of a connection string; values may be wrapped in braces.
+// keyword=value pairs of a connection string; FaultDriver keeps ';' out of the values.
 std::map<std::string, std::string> ParseConnectionString(const std::string& text) {
     std::map<std::string, std::string> pairs;
-    size_t i = 0;
-    while (i < text.size()) {
-        auto equals = text.find('=', i);
-        if (equals == std::string::npos) {
-            break;
+    for (auto pair : Split(text, ';')) {
+        if (auto equals = pair.find('='); equals != std::string_view::npos) {
+            pairs[Upper(std::string(pair.substr(0, equals)))] = std::string(pair.substr(equals + 1));
         }
-        std::string key = Upper(text.substr(i, equals - i));
-        std::string value;
-        i = equals + 1;
-        if (i < text.size() && text[i] == '{') {
-            auto close = text.find('}', i);
-            value = text.substr(i + 1, close == std::string::npos ? std::string::npos : close - i - 1);
-            i = close == std::string::npos ? text.size() : close + 1;
-            auto semicolon = text.find(';', i);
-            i = semicolon == std::string::npos ? text.size() : semicolon + 1;
-        } else {
-            auto semicolon = text.find(';', i);
-            value = text.substr(i, semicolon == std::string::npos ? std::string::npos : semicolon - i);
-            i = semicolon == std::string::npos ? text.size() : semicolon + 1;
-        }
-        while (!key.empty() && key.front() == ' ') {
-            key.erase(0, 1);
-        }
-        pairs[key] = value;
     }
     return pairs;
 }
@@ -291,10 +271,7 @@ FAULT_EXPORT SQLRETURN SQL_API SQLGetInfo(SQLHDBC dbc, SQLUSMALLINT id, SQLPOINT
                     [&](Conn& conn) { return WriteInfo(conn, id, value, bufferLength, length); });
 }
 
-FAULT_EXPORT SQLRETURN SQL_API SQLTransact(SQLHENV env, SQLHDBC dbc, SQLUSMALLINT type) {
-    if (dbc == nullptr) {
-        return env != nullptr ? SQL_SUCCESS : SQL_INVALID_HANDLE;
-    }
+FAULT_EXPORT SQLRETURN SQL_API SQLTransact(SQLHENV, SQLHDBC dbc, SQLUSMALLINT type) {
     return ConnCall(dbc, "SQLTransact", std::to_string(type), [](Conn&) -> SQLRETURN { return SQL_SUCCESS; });
 }
 
