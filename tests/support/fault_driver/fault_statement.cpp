@@ -299,24 +299,16 @@ FAULT_EXPORT SQLRETURN SQL_API SQLColumns(SQLHSTMT handle, SQLCHAR* catalog, SQL
             if (!tableName.empty() && entry.Table != tableName) {
                 continue;
             }
-            rows.push_back({std::nullopt, std::nullopt, entry.Table, entry.Name,
-                            std::to_string(entry.SqlType),
-                            std::string("type") + std::to_string(entry.SqlType), "10", "10", "0", "10", "1",
-                            std::nullopt});
+            rows.push_back(
+                {std::nullopt, std::nullopt, entry.Table, entry.Name, std::to_string(entry.SqlType)});
         }
+        // The leading columns of the catalog's answer: the library reads the column names only.
         OpenCatalog(stmt,
                     {{"TABLE_QUALIFIER", SQL_VARCHAR, 128, 0, ""},
                      {"TABLE_OWNER", SQL_VARCHAR, 128, 0, ""},
                      {"TABLE_NAME", SQL_VARCHAR, 128, 0, ""},
                      {"COLUMN_NAME", SQL_VARCHAR, 128, 0, ""},
-                     {"DATA_TYPE", SQL_SMALLINT, 5, 0, ""},
-                     {"TYPE_NAME", SQL_VARCHAR, 128, 0, ""},
-                     {"PRECISION", SQL_INTEGER, 10, 0, ""},
-                     {"LENGTH", SQL_INTEGER, 10, 0, ""},
-                     {"SCALE", SQL_SMALLINT, 5, 0, ""},
-                     {"RADIX", SQL_SMALLINT, 5, 0, ""},
-                     {"NULLABLE", SQL_SMALLINT, 5, 0, ""},
-                     {"REMARKS", SQL_VARCHAR, 254, 0, ""}},
+                     {"DATA_TYPE", SQL_SMALLINT, 5, 0, ""}},
                     std::move(rows));
         return SQL_SUCCESS;
     });
