@@ -2,6 +2,7 @@
 #include "fault_handles.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -42,21 +43,15 @@ constexpr InfoDefault kInfoDefaults[] = {
      SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER | SQL_GD_BLOCK | SQL_GD_BOUND},
 };
 
-std::string Upper(std::string text) {
-    for (auto& c : text) {
-        if (c >= 'a' && c <= 'z') {
-            c = static_cast<char>(c - 'a' + 'A');
-        }
-    }
-    return text;
-}
-
 // keyword=value pairs of a connection string; FaultDriver keeps ';' out of the values.
 std::map<std::string, std::string> ParseConnectionString(const std::string& text) {
     std::map<std::string, std::string> pairs;
     for (auto pair : Split(text, ';')) {
         if (auto equals = pair.find('='); equals != std::string_view::npos) {
-            pairs[Upper(std::string(pair.substr(0, equals)))] = std::string(pair.substr(equals + 1));
+            std::string key(pair.substr(0, equals));
+            std::transform(key.begin(), key.end(), key.begin(),
+                           [](unsigned char c) { return std::toupper(c); });
+            pairs[key] = std::string(pair.substr(equals + 1));
         }
     }
     return pairs;

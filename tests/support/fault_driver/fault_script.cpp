@@ -19,19 +19,6 @@ long long ToNumber(std::string_view text, std::string_view rule) {
     return value;
 }
 
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
-}
-
 // "~" is NULL, "^<n>:<text>" repeats text to n bytes, anything else is the unescaped text.
 Value ParseValue(std::string_view text, std::string_view rule) {
     if (text == "~") {
@@ -100,18 +87,16 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
 
 std::string Unescape(std::string_view text) {
     std::string out;
-    out.reserve(text.size());
     for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '%' && i + 2 < text.size()) {
-            int high = HexDigit(text[i + 1]);
-            int low = HexDigit(text[i + 2]);
-            if (high >= 0 && low >= 0) {
-                out += static_cast<char>(high * 16 + low);
-                i += 2;
-                continue;
-            }
+        unsigned char byte = 0;
+        const char* digits = text.data() + i + 1;
+        if (text[i] == '%' && i + 2 < text.size() &&
+            std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+            out += static_cast<char>(byte);
+            i += 2;
+        } else {
+            out += text[i];
         }
-        out += text[i];
     }
     return out;
 }
@@ -134,14 +119,9 @@ std::string EscapeForLog(std::string_view bytes) {
 Script Script::Parse(std::string_view text) {
     Script script;
     for (auto rule : Split(text, '|')) {
-        while (!rule.empty() && (rule.front() == ' ' || rule.front() == '\n' || rule.front() == '\r')) {
-            rule.remove_prefix(1);
-        }
-        while (!rule.empty() && (rule.back() == ' ' || rule.back() == '\n' || rule.back() == '\r')) {
-            rule.remove_suffix(1);
-        }
-        if (!rule.empty()) {
-            script.AddRule(rule);
+        const auto begin = rule.find_first_not_of(" \r\n");
+        if (begin != std::string_view::npos) {
+            script.AddRule(rule.substr(begin, rule.find_last_not_of(" \r\n") - begin + 1));
         }
     }
     if (script.FGeneratedRows >= 0) {

@@ -3,30 +3,13 @@
 #include "fault_handles.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
+#include <strings.h>
 
 #define FAULT_EXPORT extern "C" __attribute__((visibility("default")))
 
 namespace quorda_fault {
 namespace {
-
-std::string Lower(std::string_view text) {
-    std::string out(text);
-    for (auto& c : out) {
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return out;
-}
-
-std::string Trimmed(std::string_view text) {
-    auto begin = text.find_first_not_of(" \t\r\n");
-    if (begin == std::string_view::npos) {
-        return {};
-    }
-    auto end = text.find_last_not_of(" \t\r\n;");
-    return std::string(text.substr(begin, end - begin + 1));
-}
 
 // The statement's parameters are complete: log them and produce the result.
 SQLRETURN Finish(Stmt& stmt) {
@@ -81,9 +64,9 @@ void OpenCatalog(Stmt& stmt, std::vector<ScriptColumn> columns, std::vector<std:
 } // namespace
 
 bool IsQuery(const std::string& sql) {
-    std::string text = Lower(Trimmed(sql));
-    for (const char* start : {"select", "with", "values", "call", "{"}) {
-        if (text.rfind(start, 0) == 0) {
+    const auto begin = std::min(sql.find_first_not_of(" \t\r\n"), sql.size());
+    for (std::string_view start : {"select", "with", "values", "call", "{"}) {
+        if (strncasecmp(sql.c_str() + begin, start.data(), start.size()) == 0) {
             return true;
         }
     }
