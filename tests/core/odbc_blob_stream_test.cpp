@@ -88,8 +88,6 @@ TEST_P(BlobStream, ValuesArriveWholeOnEveryRowInEitherDirectionAndInALinksWindow
     forwardRing.Link.SetActiveRecord(0);
 }
 
-// String fields read through the stream as text, trimmed like memos when asked; other fields are no
-// blobs, and nothing is written.
 TEST_P(BlobStream, StringFieldsReadAsTextOthersAndWritesAreRefused) {
     const std::string table = MakeTable("blob_strings", "id integer, name varchar(40)", "(1, '  Grüße   ')");
     TODBCQuery& query = Opened("select name, id from " + table);

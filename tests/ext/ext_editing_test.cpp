@@ -209,7 +209,6 @@ TEST_P(ExtEditing, FailingHandlerLeavesNothingPendingAndItsRollbackLeavesTheTabl
     EXPECT_EQ(TableRows(), "1:bolt:10 2:nut:20 3:gear:30");
 }
 
-// Refused writes carry their messages; without a handler the change is discarded and the rows refreshed.
 TEST_P(ExtEditing, RefusedWritesCarryTheirMessagesAndWithoutAHandlerTheChangeIsDiscarded) {
     Query.Open();
     // Outside an edit the message keeps its placeholder.
@@ -263,8 +262,6 @@ TEST_P(ExtEditing, BookmarksCompareAcrossBothOrigins) {
     EXPECT_EQ(Query.CompareBookmarks(last, second), 1);
 }
 
-// Memo and blob values written through the blob stream reach the update handler as the new value and
-// read back during the edit.
 TEST_P(ExtEditing, BlobValuesReachTheHandlerAsNewValues) {
     TODBCQuery& update = Writer("update " + Table + " set note = :note, data = :data where id = :id");
     std::string seenNote;

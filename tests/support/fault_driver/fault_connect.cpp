@@ -132,15 +132,11 @@ SQLRETURN Connect(SQLHDBC dbc, const char* call, const std::string& input, const
     }
     std::lock_guard lock(DriverLock());
     Conn& conn = *AsConn(dbc);
-    conn.Diags.clear();
-    if (conn.Connected) {
-        return conn.Error("08002", "Connection in use");
-    }
+    conn.Diags.clear(); // the driver manager refuses a second connect on a connected handle (08002)
     if (SQLRETURN rc = ConfigureConnection(conn, ParseConnectionString(input)); rc != SQL_SUCCESS) {
         return rc;
     }
     return Dispatch(conn, &conn, call, arguments, [&](const CallOutcome&) -> SQLRETURN {
-        conn.Connected = true;
         if (out == nullptr && outLength == nullptr) {
             return SQL_SUCCESS;
         }
@@ -206,7 +202,6 @@ FAULT_EXPORT SQLRETURN SQL_API SQLAllocConnect(SQLHENV env, SQLHDBC* dbc) {
     }
     std::lock_guard lock(DriverLock());
     auto* conn = new Conn;
-    conn->Owner = static_cast<Env*>(env);
     *dbc = conn;
     return SQL_SUCCESS;
 }
@@ -248,7 +243,6 @@ FAULT_EXPORT SQLRETURN SQL_API SQLDisconnect(SQLHDBC dbc) {
             delete stmt;
         }
         conn.Statements.clear();
-        conn.Connected = false;
         return SQL_SUCCESS;
     });
 }

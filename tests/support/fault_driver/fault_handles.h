@@ -35,8 +35,6 @@ struct Stmt;
 struct Env : Handle {};
 
 struct Conn : Handle {
-    Env* Owner = nullptr;
-    bool Connected = false;
     Script Rules;
     std::FILE* LogFile = nullptr;
     std::vector<Stmt*> Statements;
