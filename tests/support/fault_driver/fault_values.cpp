@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -78,10 +79,6 @@ std::string Number(double value) {
     char text[64];
     auto result = std::to_chars(text, text + sizeof text, value);
     return std::string(text, result.ptr);
-}
-
-std::string TwoDigits(unsigned value) {
-    return value < 10 ? "0" + std::to_string(value) : std::to_string(value);
 }
 
 } // namespace
@@ -204,6 +201,10 @@ std::string RenderParameter(const ParamBinding& param, const Value* sent) {
                EscapeForLog(std::string_view(data, std::min<size_t>(length, 200)));
     };
     std::int32_t integer = 0;
+    const auto* date = static_cast<const SQL_DATE_STRUCT*>(param.Data);
+    const auto* clock = static_cast<const SQL_TIME_STRUCT*>(param.Data);
+    const auto* stamp = static_cast<const SQL_TIMESTAMP_STRUCT*>(param.Data);
+    char text[64];
     switch (param.CType) {
     case SQL_C_LONG:
         std::memcpy(&integer, param.Data, sizeof integer);
@@ -214,20 +215,17 @@ std::string RenderParameter(const ParamBinding& param, const Value* sent) {
         return bytes(static_cast<size_t>(param.Indicator == nullptr ? param.BufferLength : indicator));
     case SQL_C_DOUBLE:
         return Number(*static_cast<const double*>(param.Data));
-    case SQL_C_DATE: {
-        const auto* d = static_cast<const SQL_DATE_STRUCT*>(param.Data);
-        return std::to_string(d->year) + "-" + TwoDigits(d->month) + "-" + TwoDigits(d->day);
-    }
-    case SQL_C_TIME: {
-        const auto* t = static_cast<const SQL_TIME_STRUCT*>(param.Data);
-        return TwoDigits(t->hour) + ":" + TwoDigits(t->minute) + ":" + TwoDigits(t->second);
-    }
-    case SQL_C_TIMESTAMP: {
-        const auto* s = static_cast<const SQL_TIMESTAMP_STRUCT*>(param.Data);
-        return std::to_string(s->year) + "-" + TwoDigits(s->month) + "-" + TwoDigits(s->day) + " " +
-               TwoDigits(s->hour) + ":" + TwoDigits(s->minute) + ":" + TwoDigits(s->second) + "." +
-               std::to_string(s->fraction);
-    }
+    case SQL_C_DATE:
+        std::snprintf(text, sizeof text, "%d-%02u-%02u", date->year, date->month, date->day);
+        return text;
+    case SQL_C_TIME:
+        std::snprintf(text, sizeof text, "%02u:%02u:%02u", clock->hour, clock->minute, clock->second);
+        return text;
+    case SQL_C_TIMESTAMP:
+        std::snprintf(text, sizeof text, "%d-%02u-%02u %02u:%02u:%02u.%u", stamp->year, stamp->month,
+                      stamp->day, stamp->hour, stamp->minute, stamp->second,
+                      static_cast<unsigned>(stamp->fraction));
+        return text;
     default:
         return "?";
     }
