@@ -26,21 +26,10 @@ struct InfoDefault {
 // What SQLGetInfo answers: what the driver manager and the library ask. Anything else is "out of range"
 // rather than a guessed width that could overrun the caller's buffer.
 constexpr InfoDefault kInfoDefaults[] = {
-    {SQL_ACTIVE_STATEMENTS, InfoKind::Short, nullptr, 0},
     {SQL_DRIVER_NAME, InfoKind::Text, "libquorda_fault_odbc.so", 0},
-    {SQL_DRIVER_VER, InfoKind::Text, "01.00.0000", 0},
-    {SQL_DRIVER_ODBC_VER, InfoKind::Text, "02.50", 0},
-    {SQL_DBMS_NAME, InfoKind::Text, "QuordaFault", 0},
-    {SQL_DBMS_VER, InfoKind::Text, "01.00.0000", 0},
     {SQL_FETCH_DIRECTION, InfoKind::Integer, nullptr, 0x3F},
-    {SQL_SCROLL_OPTIONS, InfoKind::Integer, nullptr,
-     SQL_SO_FORWARD_ONLY | SQL_SO_KEYSET_DRIVEN | SQL_SO_STATIC},
     {SQL_CURSOR_COMMIT_BEHAVIOR, InfoKind::Short, nullptr, SQL_CB_PRESERVE},
     {SQL_CURSOR_ROLLBACK_BEHAVIOR, InfoKind::Short, nullptr, SQL_CB_PRESERVE},
-    {SQL_TXN_CAPABLE, InfoKind::Short, nullptr, SQL_TC_ALL},
-    {SQL_IDENTIFIER_QUOTE_CHAR, InfoKind::Text, "\"", 0},
-    {SQL_GETDATA_EXTENSIONS, InfoKind::Integer, nullptr,
-     SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER | SQL_GD_BLOCK | SQL_GD_BOUND},
 };
 
 // keyword=value pairs of a connection string; FaultDriver keeps ';' out of the values.
