@@ -45,12 +45,10 @@ Value ParseValue(std::string_view text, std::string_view rule) {
     return Unescape(text);
 }
 
-bool IsCharacterType(int sqlType) {
-    return sqlType == 1 || sqlType == 12 || sqlType == -1 || sqlType == -8 || sqlType == -9 || sqlType == -10;
-}
-
-bool IsBinaryType(int sqlType) {
-    return sqlType == -2 || sqlType == -3 || sqlType == -4;
+// Character and binary types: their generated values are text.
+bool IsTextType(int sqlType) {
+    return (sqlType >= -10 && sqlType <= -8) || (sqlType >= -4 && sqlType <= -1) || sqlType == 1 ||
+           sqlType == 12;
 }
 
 // The size of a column the script gives none: what matters to the library is that long text and
@@ -218,7 +216,7 @@ void Script::GenerateRows(long count) {
     for (long i = 1; i <= count; ++i) {
         std::vector<Value> row;
         for (const auto& column : FColumns) {
-            if (IsCharacterType(column.SqlType) || IsBinaryType(column.SqlType)) {
+            if (IsTextType(column.SqlType)) {
                 row.emplace_back("r" + std::to_string(i));
             } else if (column.SqlType == 9) {
                 row.emplace_back("2001-02-03");
@@ -226,8 +224,6 @@ void Script::GenerateRows(long count) {
                 row.emplace_back("04:05:06");
             } else if (column.SqlType == 11) {
                 row.emplace_back("2001-02-03 04:05:06");
-            } else if (column.SqlType == -7) {
-                row.emplace_back(std::to_string(i % 2));
             } else {
                 row.emplace_back(std::to_string(i));
             }
