@@ -42,6 +42,20 @@ std::unique_ptr<Query> MakeQuery(TODBCDatabase* Database, const std::string& Tex
     return query;
 }
 
+// A query "<Head>(:p0,:p1,...)" with Count integer parameters, each set to its number.
+inline std::unique_ptr<TODBCQuery> QueryWithParams(TODBCDatabase* Database, const std::string& Head,
+                                                   int Count) {
+    std::string text = Head + "(:p0";
+    for (int i = 1; i < Count; ++i) {
+        text += ",:p" + std::to_string(i);
+    }
+    auto query = MakeQuery(Database, text + ")");
+    for (int i = 0; i < Count; ++i) {
+        query->Params().Items(i)->SetAsInteger(i);
+    }
+    return query;
+}
+
 // The exception of type E that Action raises; a failure and no value when it raises none.
 template <typename E, typename Action>
 std::optional<E> Raised(Action&& action) {

@@ -72,8 +72,8 @@ TEST(FaultCatalog, NullColumnsReadEmptyAndLongNamesArriveCut) {
     db->GetColumns("", &columns);
     EXPECT_TRUE(fault.Received("SQLColumns null/0 null/0 /0 null/0"));
     // Every catalog statement was dropped again.
-    EXPECT_EQ(fault.Calls("SQLAllocStmt").size(), 3u);
-    EXPECT_EQ(fault.Calls("SQLFreeStmt").size(), 3u);
+    EXPECT_EQ(fault.Calls({"SQLAllocStmt"}).size(), 3u);
+    EXPECT_EQ(fault.Calls({"SQLFreeStmt"}).size(), 3u);
 }
 
 TEST(FaultCatalog, AFailingFetchKeepsWhatArrivedAndReleasesTheStatement) {
@@ -89,7 +89,7 @@ TEST(FaultCatalog, AFailingFetchKeepsWhatArrivedAndReleasesTheStatement) {
     EXPECT_EQ(e->NativeMessage(), "connection reset");
     EXPECT_EQ(names.ToVector(), Lines{"first"});
     EXPECT_EQ(types.ToVector(), Lines{"TABLE"});
-    EXPECT_EQ(fault.Calls("SQLFreeStmt").size(), 1u);
+    EXPECT_EQ(fault.Calls({"SQLFreeStmt"}).size(), 1u);
     db->Close();
 }
 

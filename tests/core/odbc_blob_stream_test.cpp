@@ -12,24 +12,8 @@ namespace {
 using testing::CursorTest;
 using testing::ErrorOf;
 using testing::FaultDatabase;
-
-constexpr std::size_t kLarge = 1 << 20;
-
-std::string LargeText() {
-    std::string text;
-    for (int i = 0; text.size() < kLarge; ++i) {
-        text += "Grüße 日本 " + std::to_string(i) + " ";
-    }
-    return text;
-}
-
-std::string LargeBinary() {
-    std::string bytes(kLarge, '\0');
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        bytes[i] = static_cast<char>((i * 7 + i / 256) % 256);
-    }
-    return bytes;
-}
+using testing::LargeBinary;
+using testing::LargeText;
 
 std::string StreamText(TODBCQuery& Query, const std::string& Field) {
     auto stream = Query.CreateBlobStream(Query.FieldByName(Field), bmRead);
@@ -104,8 +88,6 @@ TEST_P(BlobStream, ValuesArriveWholeOnEveryRowInEitherDirectionAndInALinksWindow
     forwardRing.Link.SetActiveRecord(0);
 }
 
-// String fields read through the stream as text, trimmed like memos when asked; other fields are no
-// blobs, and nothing is written.
 TEST_P(BlobStream, StringFieldsReadAsTextOthersAndWritesAreRefused) {
     const std::string table = MakeTable("blob_strings", "id integer, name varchar(40)", "(1, '  Grüße   ')");
     TODBCQuery& query = Opened("select name, id from " + table);

@@ -156,6 +156,23 @@ inline std::string Hex(const std::string& Bytes) {
     return text;
 }
 
+// A megabyte of text whose multi-byte characters straddle any piece boundary, and of binary data.
+inline std::string LargeText() {
+    std::string text;
+    for (int i = 0; text.size() < (1 << 20); ++i) {
+        text += "Grüße 日本 " + std::to_string(i) + " ";
+    }
+    return text;
+}
+
+inline std::string LargeBinary() {
+    std::string bytes(1 << 20, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<char>((i * 7 + i / 256) % 256);
+    }
+    return bytes;
+}
+
 inline std::string DoubleText(double Value) {
     char text[40];
     std::snprintf(text, sizeof text, "%.17g", Value);

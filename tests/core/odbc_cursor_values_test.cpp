@@ -353,7 +353,6 @@ TEST_P(CursorValues, EveryValueReadsBackExactlyInSingleRowsAndInRowsets) {
     }
 }
 
-// The filter reads each candidate before it becomes the active record, and skips in both directions.
 TEST_P(CursorValues, TheFilterReadsEveryCandidateAndSkipsInBothDirections) {
     TODBCQuery& query = Query("select * from " + Table + " order by id");
     const auto accept = [](int i) { return i % 7 == 3; };

@@ -15,7 +15,6 @@ namespace quorda {
 namespace {
 
 using quorda_test::Row;
-using testing::MakeQuery;
 using testing::OpenDatabase;
 
 class StatementOnDrivers : public testing::CursorTest {
@@ -104,14 +103,8 @@ TEST_P(StatementOnDrivers, EveryParameterTypeArrivesAsNullAndAsWritten) {
 }
 
 TEST_P(StatementOnDrivers, MegabyteValuesAreSentAtExecutionTime) {
-    std::string memo;
-    while (memo.size() < 1024 * 1024) {
-        memo += "a\xC3\xA9"; // three bytes: the 8192-byte pieces end inside a character
-    }
-    std::string blob(1024 * 1024, '\0');
-    for (std::size_t i = 0; i < blob.size(); ++i) {
-        blob[i] = static_cast<char>((i * 7 + i / 1000) & 0xFF);
-    }
+    const std::string memo = testing::LargeText();
+    const std::string blob = testing::LargeBinary();
     TODBCQuery& insert = Insert("id,m,bl,s");
     insert.ParamByName("id")->SetAsInteger(4);
     // A string, not a memo: beyond the threshold it is bound as long text, twice its length in size.
@@ -152,15 +145,6 @@ TEST_P(StatementOnDrivers, RowsAffectedCountsUpdatesAndDeletes) {
     EXPECT_EQ(remove.RowsAffected(), 3);
 }
 
-// The driver's own state and message reach the error (what else it carries is pinned on the fault driver).
-TEST_P(StatementOnDrivers, SyntaxErrorCarriesTheDriversDiagnostics) {
-    TODBCQuery& query = Query("selec 1 frm nowhere");
-    const auto e = testing::Raised<EODBCError>([&] { query.ExecSQL(); });
-    ASSERT_TRUE(e);
-    EXPECT_EQ(e->SQLState().substr(0, 5), Profile.Traits.SyntaxErrorState) << e->SQLState();
-    EXPECT_NE(LowerCase(e->Message()).find("syntax"), std::string::npos) << e->Message();
-}
-
 // psqlODBC sent a text value cut at its first NUL byte (PostgreSQL refuses NUL in text) and SQLite ODBC
 // stores it cut, inline and sent at execution alike: both are refused clearly before anything runs.
 // MariaDB takes every byte, and reads them back.
@@ -184,8 +168,13 @@ TEST_P(StatementOnDrivers, TextWithANulByteArrivesWholeOrIsRefused) {
     }
 }
 
-// Where the driver's own error would mislead, the dataset checks first.
-TEST_P(StatementOnDrivers, EmptyTextStatementsWithoutRowsAndMissingStatementsAreNamed) {
+// A syntax error carries the driver's own state and message (what else an error carries is pinned on
+// the fault driver); where the driver's own error would mislead, the dataset checks first.
+TEST_P(StatementOnDrivers, SyntaxErrorsCarryTheDriversDiagnosticsMisleadingCasesAreNamedFirst) {
+    const auto e = testing::Raised<EODBCError>([&] { Query("selec 1 frm nowhere").ExecSQL(); });
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->SQLState().substr(0, 5), Profile.Traits.SyntaxErrorState) << e->SQLState();
+    EXPECT_NE(LowerCase(e->Message()).find("syntax"), std::string::npos) << e->Message();
     for (const std::string& text : {std::string(), std::string(" \n\t")}) {
         TODBCQuery& query = Query(text);
         EXPECT_EQ(testing::ErrorOf([&] { query.Open(); }), LoadStr(SODBCEmptySQLStatement));
@@ -210,14 +199,7 @@ INSTANTIATE_TEST_SUITE_P(Drivers, StatementOnDrivers, ::testing::ValuesIn(quorda
 TEST(StatementParameterLimit, MoreParametersThanPsqlODBCTakesAreRefusedBeforeBinding) {
     for (bool unicode : {false, true}) {
         auto db = OpenDatabase(quorda_test::PostgresProfile(unicode).ConnectionString);
-        std::string text = "select 1 where 1 in (:p0";
-        for (int i = 1; i <= 32767; ++i) {
-            text += ",:p" + std::to_string(i);
-        }
-        auto query = MakeQuery(db.get(), text + ")");
-        for (int i = 0; i < query->GetParamsCount(); ++i) {
-            query->Params().Items(i)->SetAsInteger(i);
-        }
+        auto query = testing::QueryWithParams(db.get(), "select 1 where 1 in ", 32768);
         EXPECT_EQ(testing::ErrorOf([&] { query->Open(); }),
                   FormatMessage(LoadStr(SODBCTooManyParams), 32768, 32767));
         EXPECT_EQ(query->StatementHandle(), nullptr);

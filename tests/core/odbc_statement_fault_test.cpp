@@ -139,28 +139,16 @@ TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
     EXPECT_EQ(again[1], "param 2 1 -1 14 -107 7:abc%00efg");
 }
 
-TEST(StatementExecution, AnyWarningFromSQLPutDataFailsTheExecution) {
-    FaultDriver fault("info:SQLPutData@2|diag:SQLPutData:01004/0/String data, right truncated");
-    auto db = OpenDatabase(fault.ConnectionString());
-    auto query = MakeQuery(db.get(), "insert into t values (:m)");
-    query->ParamByName("m")->SetAsMemo(std::string(20000, 'm'));
-    const auto e = Raised<EODBCError>([&] { query->ExecSQL(); });
-    ASSERT_TRUE(e);
-    EXPECT_EQ(e->SQLState().substr(0, 5), "01004");
-    EXPECT_EQ(e->Hstmt(), query->StatementHandle());
-    EXPECT_EQ(e->Hdbc(), nullptr); // the statement's own diagnostics only
-    EXPECT_EQ(fault.Count("SQLPutData 8192"), 2);
-    EXPECT_EQ(fault.Calls({"param"}).size(), 0u); // the statement never ran
-
-    // The failed attempt leaves nothing behind that stops the next one.
-    fault.ClearLog();
-    query->ExecSQL();
-    EXPECT_EQ(fault.Calls({"param"}).size(), 1u);
-}
-
 TEST(StatementExecution, RefusedValuesAndTextsFailBeforeAnythingRuns) {
     FaultDriver fault;
     auto db = OpenDatabase(fault.ConnectionString());
+    // Parameter numbers are 16-bit in ODBC: the 65536th would have been bound as number 0, the next
+    // over the first.
+    EXPECT_EQ(DatabaseErrorOf(
+                  [&] { testing::QueryWithParams(db.get(), "insert into t values ", 65536)->ExecSQL(); }),
+              FormatMessage(LoadStr(SODBCTooManyParams), 65536, 65535));
+    EXPECT_EQ(fault.Calls({"SQLPrepare", "SQLBindParameter"}), Lines{});
+
     auto query = MakeQuery(db.get(), "insert into t values (:amount)");
     query->ParamByName("amount")->SetAsBCD(Currency::FromRaw(123400));
     const auto bcd = Raised<EODBCDatabaseError>([&] { query->ExecSQL(); });
@@ -180,39 +168,36 @@ TEST(StatementExecution, RefusedValuesAndTextsFailBeforeAnythingRuns) {
     EXPECT_TRUE(fault.Received("SQLPrepare xy"));
 }
 
-// Parameter numbers are 16-bit in ODBC: the 65536th would have been bound as number 0, the next
-// over the first.
-TEST(StatementExecution, ParameterNumbersBeyondODBCsRangeAreRefusedNotWrapped) {
-    FaultDriver fault;
-    auto db = OpenDatabase(fault.ConnectionString());
-    std::string text = "insert into t values (:p0";
-    for (int i = 1; i < 65536; ++i) {
-        text += ",:p" + std::to_string(i);
-    }
-    auto query = MakeQuery(db.get(), text + ")");
-    for (int i = 0; i < query->GetParamsCount(); ++i) {
-        query->Params().Items(i)->SetAsInteger(i);
-    }
-    EXPECT_EQ(DatabaseErrorOf([&] { query->ExecSQL(); }),
-              FormatMessage(LoadStr(SODBCTooManyParams), 65536, 65535));
-    EXPECT_EQ(fault.Calls({"SQLPrepare", "SQLBindParameter"}), Lines{});
-}
-
+// Whether the driver refuses the statement or warns about data sent at execution (any warning from
+// SQLPutData fails it), the failed attempt leaves nothing behind that stops the next one.
 TEST(StatementExecution, AFailedExecutionIsRepeatedFromScratch) {
-    FaultDriver fault("fail:SQLExecute@1|diag:SQLExecute:23000/19/constraint failed");
+    FaultDriver fault("fail:SQLExecute@1|diag:SQLExecute:23000/19/constraint failed"
+                      "|info:SQLPutData@2|diag:SQLPutData:01004/0/String data, right truncated");
     auto db = OpenDatabase(fault.ConnectionString());
-    auto query = MakeQuery(db.get(), "insert into t values (:a)");
+    auto query = MakeQuery(db.get(), "insert into t values (:a, :m)");
     query->ParamByName("a")->SetAsInteger(1);
-    const auto e = Raised<EODBCError>([&] { query->ExecSQL(); });
-    ASSERT_TRUE(e);
-    EXPECT_EQ(e->NativeError(), 19);
-    EXPECT_EQ(e->Hstmt(), query->StatementHandle());
-    EXPECT_EQ(e->Hdbc(), db->GetDBC());
+    query->ParamByName("m")->SetAsMemo(std::string(20000, 'm'));
+    const auto refused = Raised<EODBCError>([&] { query->ExecSQL(); });
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->NativeError(), 19);
+    EXPECT_EQ(refused->Hstmt(), query->StatementHandle());
+    EXPECT_EQ(refused->Hdbc(), db->GetDBC());
     EXPECT_EQ(query->State(), dsInactive);
+
+    const auto warned = Raised<EODBCError>([&] { query->ExecSQL(); });
+    ASSERT_TRUE(warned);
+    EXPECT_EQ(warned->SQLState().substr(0, 5), "01004");
+    EXPECT_EQ(warned->Hstmt(), query->StatementHandle());
+    EXPECT_EQ(warned->Hdbc(), nullptr); // the statement's own diagnostics only
+    EXPECT_EQ(fault.Count("SQLPutData 8192"), 2);
+    EXPECT_EQ(fault.Calls({"param"}), Lines{}); // the statement never ran
+
     query->ParamByName("a")->SetAsInteger(2);
     query->ExecSQL();
-    EXPECT_EQ(fault.Calls({"param"}), Lines{"param 1 4 4 4 4 2"});
-    EXPECT_EQ(fault.Count("SQLPrepare insert into t values (?)"), 1);
+    const Lines params = fault.Calls({"param"});
+    ASSERT_EQ(params.size(), 2u);
+    EXPECT_EQ(params[0], "param 1 4 4 4 4 2");
+    EXPECT_EQ(fault.Count("SQLPrepare insert into t values (?, ?)"), 1);
 }
 
 TEST(StatementHandle, CursorOptionsFollowTheSettings) {

@@ -2,6 +2,7 @@
 #include "fault_handles.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -25,59 +26,22 @@ struct InfoDefault {
 // What SQLGetInfo answers: what the driver manager and the library ask. Anything else is "out of range"
 // rather than a guessed width that could overrun the caller's buffer.
 constexpr InfoDefault kInfoDefaults[] = {
-    {SQL_ACTIVE_STATEMENTS, InfoKind::Short, nullptr, 0},
     {SQL_DRIVER_NAME, InfoKind::Text, "libquorda_fault_odbc.so", 0},
-    {SQL_DRIVER_VER, InfoKind::Text, "01.00.0000", 0},
-    {SQL_DRIVER_ODBC_VER, InfoKind::Text, "02.50", 0},
-    {SQL_DBMS_NAME, InfoKind::Text, "QuordaFault", 0},
-    {SQL_DBMS_VER, InfoKind::Text, "01.00.0000", 0},
     {SQL_FETCH_DIRECTION, InfoKind::Integer, nullptr, 0x3F},
-    {SQL_SCROLL_OPTIONS, InfoKind::Integer, nullptr,
-     SQL_SO_FORWARD_ONLY | SQL_SO_KEYSET_DRIVEN | SQL_SO_STATIC},
     {SQL_CURSOR_COMMIT_BEHAVIOR, InfoKind::Short, nullptr, SQL_CB_PRESERVE},
     {SQL_CURSOR_ROLLBACK_BEHAVIOR, InfoKind::Short, nullptr, SQL_CB_PRESERVE},
-    {SQL_TXN_CAPABLE, InfoKind::Short, nullptr, SQL_TC_ALL},
-    {SQL_IDENTIFIER_QUOTE_CHAR, InfoKind::Text, "\"", 0},
-    {SQL_GETDATA_EXTENSIONS, InfoKind::Integer, nullptr,
-     SQL_GD_ANY_COLUMN | SQL_GD_ANY_ORDER | SQL_GD_BLOCK | SQL_GD_BOUND},
 };
 
-std::string Upper(std::string text) {
-    for (auto& c : text) {
-        if (c >= 'a' && c <= 'z') {
-            c = static_cast<char>(c - 'a' + 'A');
-        }
-    }
-    return text;
-}
-
-// keyword=value pairs of a connection string; values may be wrapped in braces.
+// keyword=value pairs of a connection string; FaultDriver keeps ';' out of the values.
 std::map<std::string, std::string> ParseConnectionString(const std::string& text) {
     std::map<std::string, std::string> pairs;
-    size_t i = 0;
-    while (i < text.size()) {
-        auto equals = text.find('=', i);
-        if (equals == std::string::npos) {
-            break;
+    for (auto pair : Split(text, ';')) {
+        if (auto equals = pair.find('='); equals != std::string_view::npos) {
+            std::string key(pair.substr(0, equals));
+            std::transform(key.begin(), key.end(), key.begin(),
+                           [](unsigned char c) { return std::toupper(c); });
+            pairs[key] = std::string(pair.substr(equals + 1));
         }
-        std::string key = Upper(text.substr(i, equals - i));
-        std::string value;
-        i = equals + 1;
-        if (i < text.size() && text[i] == '{') {
-            auto close = text.find('}', i);
-            value = text.substr(i + 1, close == std::string::npos ? std::string::npos : close - i - 1);
-            i = close == std::string::npos ? text.size() : close + 1;
-            auto semicolon = text.find(';', i);
-            i = semicolon == std::string::npos ? text.size() : semicolon + 1;
-        } else {
-            auto semicolon = text.find(';', i);
-            value = text.substr(i, semicolon == std::string::npos ? std::string::npos : semicolon - i);
-            i = semicolon == std::string::npos ? text.size() : semicolon + 1;
-        }
-        while (!key.empty() && key.front() == ' ') {
-            key.erase(0, 1);
-        }
-        pairs[key] = value;
     }
     return pairs;
 }
@@ -157,15 +121,11 @@ SQLRETURN Connect(SQLHDBC dbc, const char* call, const std::string& input, const
     }
     std::lock_guard lock(DriverLock());
     Conn& conn = *AsConn(dbc);
-    conn.Diags.clear();
-    if (conn.Connected) {
-        return conn.Error("08002", "Connection in use");
-    }
+    conn.Diags.clear(); // the driver manager refuses a second connect on a connected handle (08002)
     if (SQLRETURN rc = ConfigureConnection(conn, ParseConnectionString(input)); rc != SQL_SUCCESS) {
         return rc;
     }
     return Dispatch(conn, &conn, call, arguments, [&](const CallOutcome&) -> SQLRETURN {
-        conn.Connected = true;
         if (out == nullptr && outLength == nullptr) {
             return SQL_SUCCESS;
         }
@@ -231,7 +191,6 @@ FAULT_EXPORT SQLRETURN SQL_API SQLAllocConnect(SQLHENV env, SQLHDBC* dbc) {
     }
     std::lock_guard lock(DriverLock());
     auto* conn = new Conn;
-    conn->Owner = static_cast<Env*>(env);
     *dbc = conn;
     return SQL_SUCCESS;
 }
@@ -273,7 +232,6 @@ FAULT_EXPORT SQLRETURN SQL_API SQLDisconnect(SQLHDBC dbc) {
             delete stmt;
         }
         conn.Statements.clear();
-        conn.Connected = false;
         return SQL_SUCCESS;
     });
 }
@@ -291,10 +249,7 @@ FAULT_EXPORT SQLRETURN SQL_API SQLGetInfo(SQLHDBC dbc, SQLUSMALLINT id, SQLPOINT
                     [&](Conn& conn) { return WriteInfo(conn, id, value, bufferLength, length); });
 }
 
-FAULT_EXPORT SQLRETURN SQL_API SQLTransact(SQLHENV env, SQLHDBC dbc, SQLUSMALLINT type) {
-    if (dbc == nullptr) {
-        return env != nullptr ? SQL_SUCCESS : SQL_INVALID_HANDLE;
-    }
+FAULT_EXPORT SQLRETURN SQL_API SQLTransact(SQLHENV, SQLHDBC dbc, SQLUSMALLINT type) {
     return ConnCall(dbc, "SQLTransact", std::to_string(type), [](Conn&) -> SQLRETURN { return SQL_SUCCESS; });
 }
 

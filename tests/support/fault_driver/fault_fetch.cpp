@@ -2,7 +2,7 @@
 // and piecewise SQLGetData over the scripted rows.
 #include "fault_handles.h"
 
-#include <cstdlib>
+#include <algorithm>
 #include <cstring>
 
 #define FAULT_EXPORT extern "C" __attribute__((visibility("default")))
@@ -10,83 +10,24 @@
 namespace quorda_fault {
 namespace {
 
-// The columns a statement describes: those of its open cursor, or of the query it has prepared.
+// The columns of the statement's open cursor, if any.
 const std::vector<ScriptColumn>* Described(const Stmt& stmt) {
-    if (stmt.Open) {
-        return &stmt.Result.Columns;
-    }
-    if (stmt.Prepared && IsQuery(stmt.Sql) && stmt.Owner->Rules.HasResult()) {
-        return &stmt.Owner->Rules.Columns();
-    }
-    return nullptr;
+    return stmt.Open ? &stmt.Result.Columns : nullptr;
 }
 
-// Where the cursor lands, by the scrolling rules of ODBC (SQLExtendedFetch / SQLFetchScroll). Returns
-// the first row of the new rowset, 0 for before the first row or rows + 1 for after the last; warn is
-// set when the rowset was moved to the first row instead (01S06).
-long long Scroll(const Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long long rowset, bool& warn) {
-    long long rows = static_cast<long long>(stmt.Result.Rows.size());
-    long long pos = stmt.Position;
-    long long after = rows + 1;
-    bool before = pos < 1;
-    bool beyond = pos > rows;
-    auto clampLow = [&](long long target, long long distance) {
-        if (target >= 1) {
-            return target > rows ? after : target;
-        }
-        if (std::llabs(distance) > rowset) {
-            return 0LL;
-        }
-        warn = true;
-        return rows == 0 ? after : 1LL;
-    };
-    switch (orientation) {
-    case SQL_FETCH_NEXT:
-        if (before) {
-            return rows == 0 ? after : 1;
-        }
-        return beyond || pos + stmt.LastRowsetSize > rows ? after : pos + stmt.LastRowsetSize;
-    case SQL_FETCH_PRIOR:
-        if (before || rows == 0) {
-            return 0;
-        }
-        if (beyond) {
-            return rows - rowset + 1 < 1 ? 1 : rows - rowset + 1;
-        }
-        if (pos == 1) {
-            return 0;
-        }
-        if (pos <= rowset) {
-            warn = true;
-            return 1;
-        }
-        return pos - rowset;
-    case SQL_FETCH_RELATIVE:
-        if (before) {
-            return offset > 0 ? (offset > rows ? after : offset) : 0;
-        }
-        if (beyond) {
-            return offset < 0 ? clampLow(rows + offset + 1, offset) : after;
-        }
-        return clampLow(pos + offset, offset);
-    case SQL_FETCH_ABSOLUTE:
-        if (offset < 0) {
-            if (-offset <= rows) {
-                return rows + offset + 1;
-            }
-            return clampLow(0, offset);
-        }
-        if (offset == 0) {
-            return 0;
-        }
-        return offset > rows ? after : offset;
-    case SQL_FETCH_FIRST:
-        return rows == 0 ? after : 1;
-    case SQL_FETCH_LAST:
-        return rows == 0 ? after : (rowset >= rows ? 1 : rows - rowset + 1);
-    default:
-        return -1;
+// Where the cursor lands: the first row of the new rowset, 0 for before the first row or rows + 1 for
+// after the last, -1 for an orientation the driver does not offer. The library steps with NEXT and
+// RELATIVE only.
+long long Scroll(const Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset) {
+    const long long rows = static_cast<long long>(stmt.Result.Rows.size());
+    const long long pos = stmt.Position;
+    long long target = -1;
+    if (orientation == SQL_FETCH_NEXT) {
+        target = pos < 1 ? 1 : pos + stmt.LastRowsetSize;
+    } else if (orientation == SQL_FETCH_RELATIVE && pos >= 1 && pos <= rows) {
+        target = std::max(pos + offset, 0LL);
     }
+    return target > rows ? rows + 1 : target;
 }
 
 // Moves the cursor and fills the bound buffers of every row of the new rowset.
@@ -99,8 +40,7 @@ SQLRETURN FetchRowset(Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long 
         stmt.Option(SQL_CURSOR_TYPE, SQL_CURSOR_FORWARD_ONLY) == SQL_CURSOR_FORWARD_ONLY) {
         return stmt.Error("S1106", "Fetch type out of range");
     }
-    bool warn = false;
-    long long target = Scroll(stmt, orientation, offset, rowset, warn);
+    long long target = Scroll(stmt, orientation, offset);
     if (target < 0) {
         return stmt.Error("S1106", "Fetch type out of range");
     }
@@ -129,7 +69,7 @@ SQLRETURN FetchRowset(Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long 
         }
         const auto& row = stmt.Result.Rows[static_cast<size_t>(target - 1 + i)];
         for (auto& [number, binding] : stmt.Columns) {
-            if (number < 1 || number > stmt.Result.Columns.size() || binding.Data == nullptr) {
+            if (number > stmt.Result.Columns.size() || binding.Data == nullptr) {
                 continue;
             }
             // Row-wise when a bind type (the row's size) is set, column-wise otherwise.
@@ -156,11 +96,6 @@ SQLRETURN FetchRowset(Stmt& stmt, SQLUSMALLINT orientation, SQLLEN offset, long 
                 rc = SQL_SUCCESS_WITH_INFO;
             }
         }
-    }
-    if (warn) {
-        stmt.Post("01S06",
-                  "[Quorda][Fault] Attempt to fetch before the result set returned the first rowset");
-        rc = SQL_SUCCESS_WITH_INFO;
     }
     return rc;
 }
@@ -217,15 +152,6 @@ FAULT_EXPORT SQLRETURN SQL_API SQLColAttributes(SQLHSTMT handle, SQLUSMALLINT nu
                         if (columns == nullptr) {
                             return stmt.Error("24000", "Invalid cursor state");
                         }
-                        auto setNumber = [&](long long value) -> SQLRETURN {
-                            if (numeric != nullptr) {
-                                *numeric = static_cast<SQLLEN>(value);
-                            }
-                            return SQL_SUCCESS;
-                        };
-                        if (field == SQL_COLUMN_COUNT) {
-                            return setNumber(static_cast<long long>(columns->size()));
-                        }
                         if (number < 1 || number > columns->size()) {
                             return stmt.Error("S1002", "Invalid column number");
                         }
@@ -237,14 +163,13 @@ FAULT_EXPORT SQLRETURN SQL_API SQLColAttributes(SQLHSTMT handle, SQLUSMALLINT nu
                         case SQL_COLUMN_NAME:
                         case SQL_COLUMN_LABEL:
                             return setText(column.Name);
-                        case SQL_COLUMN_TYPE:
-                            return setNumber(column.SqlType);
-                        case SQL_COLUMN_NULLABLE:
-                            return setNumber(SQL_NULLABLE);
                         case SQL_COLUMN_UNSIGNED:
                         case SQL_COLUMN_MONEY:
                         case SQL_COLUMN_AUTO_INCREMENT:
-                            return setNumber(0);
+                            if (numeric != nullptr) {
+                                *numeric = 0;
+                            }
+                            return SQL_SUCCESS;
                         case SQL_COLUMN_TABLE_NAME:
                             return setText(column.Table);
                         default:

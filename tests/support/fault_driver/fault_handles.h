@@ -35,8 +35,6 @@ struct Stmt;
 struct Env : Handle {};
 
 struct Conn : Handle {
-    Env* Owner = nullptr;
-    bool Connected = false;
     Script Rules;
     std::FILE* LogFile = nullptr;
     std::vector<Stmt*> Statements;
@@ -57,11 +55,9 @@ struct ColumnBinding {
 };
 
 struct ParamBinding {
-    SQLSMALLINT IoType = SQL_PARAM_INPUT;
     SQLSMALLINT CType = SQL_C_CHAR;
     SQLSMALLINT SqlType = SQL_CHAR;
     SQLULEN ColumnSize = 0;
-    SQLSMALLINT Digits = 0;
     SQLPOINTER Data = nullptr;
     SQLLEN BufferLength = 0;
     SQLLEN* Indicator = nullptr;
@@ -80,7 +76,6 @@ struct ResultSet {
 struct Stmt : Handle {
     Conn* Owner = nullptr;
     std::string Sql;
-    bool Prepared = false;
     bool Open = false; // a cursor is open on Result
     ResultSet Result;
     long long RowCount = 0;

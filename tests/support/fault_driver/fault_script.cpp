@@ -19,19 +19,6 @@ long long ToNumber(std::string_view text, std::string_view rule) {
     return value;
 }
 
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
-}
-
 // "~" is NULL, "^<n>:<text>" repeats text to n bytes, anything else is the unescaped text.
 Value ParseValue(std::string_view text, std::string_view rule) {
     if (text == "~") {
@@ -58,12 +45,10 @@ Value ParseValue(std::string_view text, std::string_view rule) {
     return Unescape(text);
 }
 
-bool IsCharacterType(int sqlType) {
-    return sqlType == 1 || sqlType == 12 || sqlType == -1 || sqlType == -8 || sqlType == -9 || sqlType == -10;
-}
-
-bool IsBinaryType(int sqlType) {
-    return sqlType == -2 || sqlType == -3 || sqlType == -4;
+// Character and binary types: their generated values are text.
+bool IsTextType(int sqlType) {
+    return (sqlType >= -10 && sqlType <= -8) || (sqlType >= -4 && sqlType <= -1) || sqlType == 1 ||
+           sqlType == 12;
 }
 
 // The size of a column the script gives none: what matters to the library is that long text and
@@ -100,18 +85,16 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
 
 std::string Unescape(std::string_view text) {
     std::string out;
-    out.reserve(text.size());
     for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '%' && i + 2 < text.size()) {
-            int high = HexDigit(text[i + 1]);
-            int low = HexDigit(text[i + 2]);
-            if (high >= 0 && low >= 0) {
-                out += static_cast<char>(high * 16 + low);
-                i += 2;
-                continue;
-            }
+        unsigned char byte = 0;
+        const char* digits = text.data() + i + 1;
+        if (text[i] == '%' && i + 2 < text.size() &&
+            std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+            out += static_cast<char>(byte);
+            i += 2;
+        } else {
+            out += text[i];
         }
-        out += text[i];
     }
     return out;
 }
@@ -134,14 +117,9 @@ std::string EscapeForLog(std::string_view bytes) {
 Script Script::Parse(std::string_view text) {
     Script script;
     for (auto rule : Split(text, '|')) {
-        while (!rule.empty() && (rule.front() == ' ' || rule.front() == '\n' || rule.front() == '\r')) {
-            rule.remove_prefix(1);
-        }
-        while (!rule.empty() && (rule.back() == ' ' || rule.back() == '\n' || rule.back() == '\r')) {
-            rule.remove_suffix(1);
-        }
-        if (!rule.empty()) {
-            script.AddRule(rule);
+        const auto begin = rule.find_first_not_of(" \r\n");
+        if (begin != std::string_view::npos) {
+            script.AddRule(rule.substr(begin, rule.find_last_not_of(" \r\n") - begin + 1));
         }
     }
     if (script.FGeneratedRows >= 0) {
@@ -238,7 +216,7 @@ void Script::GenerateRows(long count) {
     for (long i = 1; i <= count; ++i) {
         std::vector<Value> row;
         for (const auto& column : FColumns) {
-            if (IsCharacterType(column.SqlType) || IsBinaryType(column.SqlType)) {
+            if (IsTextType(column.SqlType)) {
                 row.emplace_back("r" + std::to_string(i));
             } else if (column.SqlType == 9) {
                 row.emplace_back("2001-02-03");
@@ -246,8 +224,6 @@ void Script::GenerateRows(long count) {
                 row.emplace_back("04:05:06");
             } else if (column.SqlType == 11) {
                 row.emplace_back("2001-02-03 04:05:06");
-            } else if (column.SqlType == -7) {
-                row.emplace_back(std::to_string(i % 2));
             } else {
                 row.emplace_back(std::to_string(i));
             }

@@ -1,32 +1,6 @@
-// The script language of the fault-injection driver.
-//
-// A connection's script is a list of rules separated by '|'. A rule is <verb>:<arguments>. Inside
-// names, messages and values, %XX (two hex digits) stands for any byte, so '|', ',', ';', ':' and '%'
-// itself can be written as %7C, %2C, %3B, %3A and %25.
-//
-// <Call> names an ODBC 2 function as the application calls it (SQLFetch, SQLSetConnectOption, ...).
-// <Call>@N selects its N-th call on the connection only, <Call>@N+ the N-th and every later one
-// (calls are counted per connection from 1, whichever statement they are made on).
-//
-//   fail:<Call>                     return SQL_ERROR without doing the work
-//   info:<Call>                     do the work, return SQL_SUCCESS_WITH_INFO
-//   nodata:<Call>                   return SQL_NO_DATA without doing the work, no diagnostics
-//   diag:<Call>:<state>/<native>/<message>
-//                                   a diagnostic record for a failing or info call; several rules
-//                                   give several records, in order. Without one a scripted failure
-//                                   carries HY000/0/"[Quorda][Fault] <Call> failed" (01000 for info)
-//   result:<column>,<column>...     the result set of queries (statements that begin with SELECT,
-//                                   WITH, VALUES, CALL or '{'); column = name/sqltype[/size[/digits
-//                                   [/table]]]
-//   row:<value>,<value>...          one row of that result set; ~ is NULL, ^<n>:<text> is <text>
-//                                   repeated up to <n> bytes
-//   rows:<n>                        n generated rows: numbers 1..n, text r1..rn, fixed dates
-//   nototal:<Call>                  truncated SQLGetData reads (and the length probe with an empty
-//                                   buffer) report SQL_NO_TOTAL instead of the remaining length
-//   rowset:<n>                      highest SQL_ROWSET_SIZE granted; more is lowered with 01S02
-//   connout:<text>                  the completed string SQLDriverConnect returns (default: input)
-//   table:<name>/<owner>/<type>/<remarks>   a row of SQLTables (~ for NULL)
-//   column:<table>/<name>/<sqltype>         a row of SQLColumns
+// The script language of the fault-injection driver: rules separated by '|', each <verb>:<arguments>,
+// with %XX for any byte. The verbs and the call selectors <Call>@N and <Call>@N+ are described in
+// docs/testing.md.
 #pragma once
 
 #include <map>

@@ -3,30 +3,13 @@
 #include "fault_handles.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
+#include <strings.h>
 
 #define FAULT_EXPORT extern "C" __attribute__((visibility("default")))
 
 namespace quorda_fault {
 namespace {
-
-std::string Lower(std::string_view text) {
-    std::string out(text);
-    for (auto& c : out) {
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return out;
-}
-
-std::string Trimmed(std::string_view text) {
-    auto begin = text.find_first_not_of(" \t\r\n");
-    if (begin == std::string_view::npos) {
-        return {};
-    }
-    auto end = text.find_last_not_of(" \t\r\n;");
-    return std::string(text.substr(begin, end - begin + 1));
-}
 
 // The statement's parameters are complete: log them and produce the result.
 SQLRETURN Finish(Stmt& stmt) {
@@ -51,10 +34,8 @@ SQLRETURN Finish(Stmt& stmt) {
     return SQL_SUCCESS;
 }
 
+// The driver manager refuses a statement with an open cursor or out of sequence before it gets here.
 SQLRETURN Execute(Stmt& stmt) {
-    if (stmt.Open) {
-        return stmt.Error("24000", "Invalid cursor state");
-    }
     stmt.Pending.clear();
     stmt.PutValues.clear();
     stmt.PendingIndex = 0;
@@ -83,9 +64,9 @@ void OpenCatalog(Stmt& stmt, std::vector<ScriptColumn> columns, std::vector<std:
 } // namespace
 
 bool IsQuery(const std::string& sql) {
-    std::string text = Lower(Trimmed(sql));
-    for (const char* start : {"select", "with", "values", "call", "{"}) {
-        if (text.rfind(start, 0) == 0) {
+    const auto begin = std::min(sql.find_first_not_of(" \t\r\n"), sql.size());
+    for (std::string_view start : {"select", "with", "values", "call", "{"}) {
+        if (strncasecmp(sql.c_str() + begin, start.data(), start.size()) == 0) {
             return true;
         }
     }
@@ -101,9 +82,6 @@ FAULT_EXPORT SQLRETURN SQL_API SQLAllocStmt(SQLHDBC dbc, SQLHSTMT* out) {
         return SQL_INVALID_HANDLE;
     }
     return ConnCall(dbc, "SQLAllocStmt", {}, [&](Conn& conn) -> SQLRETURN {
-        if (!conn.Connected) {
-            return conn.Error("08003", "Connection not open");
-        }
         auto* stmt = new Stmt;
         stmt->Owner = &conn;
         stmt->CursorName = "SQL_CUR" + std::to_string(++conn.CursorNumber);
@@ -144,32 +122,19 @@ FAULT_EXPORT SQLRETURN SQL_API SQLFreeStmt(SQLHSTMT handle, SQLUSMALLINT option)
 FAULT_EXPORT SQLRETURN SQL_API SQLPrepare(SQLHSTMT handle, SQLCHAR* text, SQLINTEGER length) {
     std::string sql = ArgText(text, length);
     return StmtCall(handle, "SQLPrepare", sql, [&](Stmt& stmt) -> SQLRETURN {
-        if (stmt.Open) {
-            return stmt.Error("24000", "Invalid cursor state");
-        }
         stmt.Sql = sql;
-        stmt.Prepared = true;
         return SQL_SUCCESS;
     });
 }
 
 FAULT_EXPORT SQLRETURN SQL_API SQLExecute(SQLHSTMT handle) {
-    return StmtCall(handle, "SQLExecute", {}, [&](Stmt& stmt) -> SQLRETURN {
-        if (!stmt.Prepared) {
-            return stmt.Error("S1010", "Function sequence error");
-        }
-        return Execute(stmt);
-    });
+    return StmtCall(handle, "SQLExecute", {}, [&](Stmt& stmt) { return Execute(stmt); });
 }
 
 FAULT_EXPORT SQLRETURN SQL_API SQLExecDirect(SQLHSTMT handle, SQLCHAR* text, SQLINTEGER length) {
     std::string sql = ArgText(text, length);
     return StmtCall(handle, "SQLExecDirect", sql, [&](Stmt& stmt) -> SQLRETURN {
-        if (stmt.Open) {
-            return stmt.Error("24000", "Invalid cursor state");
-        }
         stmt.Sql = sql;
-        stmt.Prepared = false;
         return Execute(stmt);
     });
 }
@@ -183,19 +148,13 @@ FAULT_EXPORT SQLRETURN SQL_API SQLBindParameter(SQLHSTMT handle, SQLUSMALLINT nu
                             std::to_string(columnSize) + " " + std::to_string(digits) + " " +
                             std::to_string(bufferLength);
     return StmtCall(handle, "SQLBindParameter", arguments, [&](Stmt& stmt) -> SQLRETURN {
-        if (number < 1) {
-            return stmt.Error("S1093", "Invalid parameter number");
-        }
-        stmt.Params[number] = {ioType, cType, sqlType, columnSize, digits, data, bufferLength, indicator};
+        stmt.Params[number] = {cType, sqlType, columnSize, data, bufferLength, indicator};
         return SQL_SUCCESS;
     });
 }
 
 FAULT_EXPORT SQLRETURN SQL_API SQLParamData(SQLHSTMT handle, SQLPOINTER* value) {
     return StmtCall(handle, "SQLParamData", {}, [&](Stmt& stmt) -> SQLRETURN {
-        if (stmt.Pending.empty()) {
-            return stmt.Error("S1010", "Function sequence error");
-        }
         if (stmt.PutStarted) {
             stmt.PutValues.try_emplace(stmt.Pending[stmt.PendingIndex], std::string());
             ++stmt.PendingIndex;
@@ -213,23 +172,10 @@ FAULT_EXPORT SQLRETURN SQL_API SQLParamData(SQLHSTMT handle, SQLPOINTER* value) 
 
 FAULT_EXPORT SQLRETURN SQL_API SQLPutData(SQLHSTMT handle, SQLPOINTER data, SQLLEN length) {
     return StmtCall(handle, "SQLPutData", std::to_string(length), [&](Stmt& stmt) -> SQLRETURN {
-        if (stmt.Pending.empty() || !stmt.PutStarted || stmt.PendingIndex >= stmt.Pending.size()) {
-            return stmt.Error("S1010", "Function sequence error");
-        }
         Value& sent =
             stmt.PutValues.try_emplace(stmt.Pending[stmt.PendingIndex], std::string()).first->second;
-        if (length == SQL_NULL_DATA) {
-            sent.reset();
-            return SQL_SUCCESS;
-        }
-        if (data == nullptr && length != 0) {
-            return stmt.Error("S1009", "Invalid use of null pointer");
-        }
         size_t count =
             length == SQL_NTS ? std::strlen(static_cast<const char*>(data)) : static_cast<size_t>(length);
-        if (!sent) {
-            sent = std::string();
-        }
         sent->append(static_cast<const char*>(data), count);
         return SQL_SUCCESS;
     });
@@ -263,13 +209,9 @@ FAULT_EXPORT SQLRETURN SQL_API SQLSetStmtOption(SQLHSTMT handle, SQLUSMALLINT op
                     [&](Stmt& stmt) -> SQLRETURN {
                         SQLULEN granted = value;
                         const Script& rules = stmt.Owner->Rules;
-                        if (option == SQL_ROWSET_SIZE) {
-                            if (value < 1) {
-                                return stmt.Error("S1009", "Invalid argument value");
-                            }
-                            if (rules.MaxRowsetSize() && value > *rules.MaxRowsetSize()) {
-                                granted = *rules.MaxRowsetSize();
-                            }
+                        if (option == SQL_ROWSET_SIZE && rules.MaxRowsetSize() &&
+                            value > *rules.MaxRowsetSize()) {
+                            granted = *rules.MaxRowsetSize();
                         }
                         stmt.Options[option] = granted;
                         if (granted != value) {
@@ -282,24 +224,10 @@ FAULT_EXPORT SQLRETURN SQL_API SQLSetStmtOption(SQLHSTMT handle, SQLUSMALLINT op
 
 FAULT_EXPORT SQLRETURN SQL_API SQLGetStmtOption(SQLHSTMT handle, SQLUSMALLINT option, SQLPOINTER value) {
     return StmtCall(handle, "SQLGetStmtOption", std::to_string(option), [&](Stmt& stmt) -> SQLRETURN {
-        SQLULEN answer = 0;
-        if (option == SQL_ROW_NUMBER) {
-            if (!stmt.Open || stmt.Position < 1 ||
-                stmt.Position > static_cast<long long>(stmt.Result.Rows.size())) {
-                return stmt.Error("24000", "Invalid cursor state");
-            }
-            answer = static_cast<SQLULEN>(stmt.Position);
-        } else {
-            SQLULEN fallback = option == SQL_ROWSET_SIZE || option == SQL_CONCURRENCY ? 1 : 0;
-            answer = stmt.Option(option, fallback);
-        }
-        // Like psqlODBC: the rowset size as a full SQLULEN, every other option as 32 bits (SQLite ODBC
-        // writes 32 bits for the rowset size too, so callers pass a zeroed SQLULEN).
-        if (value != nullptr && option == SQL_ROWSET_SIZE) {
+        // The library asks for the rowset size only, and reads it as a full SQLULEN like psqlODBC writes it.
+        const SQLULEN answer = stmt.Option(option, option == SQL_ROWSET_SIZE ? 1 : 0);
+        if (value != nullptr) {
             std::memcpy(value, &answer, sizeof answer);
-        } else if (value != nullptr) {
-            auto narrow = static_cast<SQLUINTEGER>(answer);
-            std::memcpy(value, &narrow, sizeof narrow);
         }
         return SQL_SUCCESS;
     });
@@ -354,24 +282,16 @@ FAULT_EXPORT SQLRETURN SQL_API SQLColumns(SQLHSTMT handle, SQLCHAR* catalog, SQL
             if (!tableName.empty() && entry.Table != tableName) {
                 continue;
             }
-            rows.push_back({std::nullopt, std::nullopt, entry.Table, entry.Name,
-                            std::to_string(entry.SqlType),
-                            std::string("type") + std::to_string(entry.SqlType), "10", "10", "0", "10", "1",
-                            std::nullopt});
+            rows.push_back(
+                {std::nullopt, std::nullopt, entry.Table, entry.Name, std::to_string(entry.SqlType)});
         }
+        // The leading columns of the catalog's answer: the library reads the column names only.
         OpenCatalog(stmt,
                     {{"TABLE_QUALIFIER", SQL_VARCHAR, 128, 0, ""},
                      {"TABLE_OWNER", SQL_VARCHAR, 128, 0, ""},
                      {"TABLE_NAME", SQL_VARCHAR, 128, 0, ""},
                      {"COLUMN_NAME", SQL_VARCHAR, 128, 0, ""},
-                     {"DATA_TYPE", SQL_SMALLINT, 5, 0, ""},
-                     {"TYPE_NAME", SQL_VARCHAR, 128, 0, ""},
-                     {"PRECISION", SQL_INTEGER, 10, 0, ""},
-                     {"LENGTH", SQL_INTEGER, 10, 0, ""},
-                     {"SCALE", SQL_SMALLINT, 5, 0, ""},
-                     {"RADIX", SQL_SMALLINT, 5, 0, ""},
-                     {"NULLABLE", SQL_SMALLINT, 5, 0, ""},
-                     {"REMARKS", SQL_VARCHAR, 254, 0, ""}},
+                     {"DATA_TYPE", SQL_SMALLINT, 5, 0, ""}},
                     std::move(rows));
         return SQL_SUCCESS;
     });

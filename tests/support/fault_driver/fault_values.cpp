@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,9 +17,6 @@ bool ParseInteger(const std::string& text, long long& out) {
     char* end = nullptr;
     errno = 0;
     out = std::strtoll(begin, &end, 10);
-    while (end != nullptr && *end == ' ') {
-        ++end;
-    }
     return errno == 0 && end != begin && *end == '\0';
 }
 
@@ -26,9 +24,6 @@ bool ParseDouble(const std::string& text, double& out) {
     const char* begin = text.c_str();
     char* end = nullptr;
     out = std::strtod(begin, &end);
-    while (end != nullptr && *end == ' ') {
-        ++end;
-    }
     return end != begin && *end == '\0';
 }
 
@@ -71,24 +66,6 @@ bool ParseTimestamp(const std::string& text, SQL_TIMESTAMP_STRUCT& out) {
     return true;
 }
 
-// Calls f with a zero of the C integer type cType (the widths the library binds); false for any other.
-template <typename F>
-bool WithIntegerType(SQLSMALLINT cType, F&& f) {
-    switch (cType) {
-    case SQL_C_SHORT:
-        f(std::int16_t{});
-        return true;
-    case SQL_C_LONG:
-        f(std::int32_t{});
-        return true;
-    case SQL_C_SBIGINT:
-        f(std::int64_t{});
-        return true;
-    default:
-        return false;
-    }
-}
-
 template <typename T>
 SQLRETURN Put(T value, SQLPOINTER buffer, SQLLEN* indicator) {
     std::memcpy(buffer, &value, sizeof value);
@@ -102,10 +79,6 @@ std::string Number(double value) {
     char text[64];
     auto result = std::to_chars(text, text + sizeof text, value);
     return std::string(text, result.ptr);
-}
-
-std::string TwoDigits(unsigned value) {
-    return value < 10 ? "0" + std::to_string(value) : std::to_string(value);
 }
 
 } // namespace
@@ -176,28 +149,20 @@ SQLRETURN WriteValue(Handle& handle, const Value& value, SQLSMALLINT cType, SQLP
         return SQL_SUCCESS;
     }
 
-    if (buffer == nullptr) {
-        return handle.Error("S1009", "Invalid use of null pointer");
-    }
     done = true;
+    long long integer = 0;
     double real = 0;
-    SQLRETURN rc = SQL_SUCCESS;
-    const bool integral = WithIntegerType(cType, [&](auto zero) {
-        long long integer = 0;
-        if (!ParseInteger(text, integer)) {
-            if (!ParseDouble(text, real)) {
-                rc = handle.Error("22018", "Invalid character value for cast");
-                return;
-            }
-            integer = static_cast<long long>(real);
-        }
-        rc = Put(static_cast<decltype(zero)>(integer), buffer, indicator);
-    });
-    if (integral) {
-        return rc;
-    }
     SQL_TIMESTAMP_STRUCT stamp{};
     switch (cType) {
+    case SQL_C_SHORT:
+    case SQL_C_LONG:
+    case SQL_C_SBIGINT:
+        if (!ParseInteger(text, integer)) {
+            return handle.Error("22018", "Invalid character value for cast");
+        }
+        return cType == SQL_C_SHORT  ? Put(static_cast<std::int16_t>(integer), buffer, indicator)
+               : cType == SQL_C_LONG ? Put(static_cast<std::int32_t>(integer), buffer, indicator)
+                                     : Put(static_cast<std::int64_t>(integer), buffer, indicator);
     case SQL_C_DOUBLE:
         if (!ParseDouble(text, real)) {
             return handle.Error("22018", "Invalid character value for cast");
@@ -230,45 +195,37 @@ std::string RenderParameter(const ParamBinding& param, const Value* sent) {
     if (indicator == SQL_NULL_DATA) {
         return "NULL";
     }
-    if (param.Data == nullptr) {
-        return "-";
-    }
     const char* data = static_cast<const char*>(param.Data);
     auto bytes = [&](size_t length) {
         return std::to_string(length) + ":" +
                EscapeForLog(std::string_view(data, std::min<size_t>(length, 200)));
     };
-    std::string shown;
-    if (WithIntegerType(param.CType, [&](auto zero) {
-            std::memcpy(&zero, param.Data, sizeof zero);
-            shown = std::to_string(zero);
-        })) {
-        return shown;
-    }
+    std::int32_t integer = 0;
+    const auto* date = static_cast<const SQL_DATE_STRUCT*>(param.Data);
+    const auto* clock = static_cast<const SQL_TIME_STRUCT*>(param.Data);
+    const auto* stamp = static_cast<const SQL_TIMESTAMP_STRUCT*>(param.Data);
+    char text[64];
     switch (param.CType) {
+    case SQL_C_LONG:
+        std::memcpy(&integer, param.Data, sizeof integer);
+        return std::to_string(integer);
     case SQL_C_CHAR:
-        if (indicator == SQL_NTS || param.Indicator == nullptr) {
-            return bytes(std::strlen(data));
-        }
         return bytes(static_cast<size_t>(indicator));
     case SQL_C_BINARY:
         return bytes(static_cast<size_t>(param.Indicator == nullptr ? param.BufferLength : indicator));
     case SQL_C_DOUBLE:
         return Number(*static_cast<const double*>(param.Data));
-    case SQL_C_DATE: {
-        const auto* d = static_cast<const SQL_DATE_STRUCT*>(param.Data);
-        return std::to_string(d->year) + "-" + TwoDigits(d->month) + "-" + TwoDigits(d->day);
-    }
-    case SQL_C_TIME: {
-        const auto* t = static_cast<const SQL_TIME_STRUCT*>(param.Data);
-        return TwoDigits(t->hour) + ":" + TwoDigits(t->minute) + ":" + TwoDigits(t->second);
-    }
-    case SQL_C_TIMESTAMP: {
-        const auto* s = static_cast<const SQL_TIMESTAMP_STRUCT*>(param.Data);
-        return std::to_string(s->year) + "-" + TwoDigits(s->month) + "-" + TwoDigits(s->day) + " " +
-               TwoDigits(s->hour) + ":" + TwoDigits(s->minute) + ":" + TwoDigits(s->second) + "." +
-               std::to_string(s->fraction);
-    }
+    case SQL_C_DATE:
+        std::snprintf(text, sizeof text, "%d-%02u-%02u", date->year, date->month, date->day);
+        return text;
+    case SQL_C_TIME:
+        std::snprintf(text, sizeof text, "%02u:%02u:%02u", clock->hour, clock->minute, clock->second);
+        return text;
+    case SQL_C_TIMESTAMP:
+        std::snprintf(text, sizeof text, "%d-%02u-%02u %02u:%02u:%02u.%u", stamp->year, stamp->month,
+                      stamp->day, stamp->hour, stamp->minute, stamp->second,
+                      static_cast<unsigned>(stamp->fraction));
+        return text;
     default:
         return "?";
     }

@@ -48,10 +48,6 @@ std::vector<std::string> FaultDriver::Calls() const {
     return lines;
 }
 
-std::vector<std::string> FaultDriver::Calls(std::string_view function) const {
-    return Calls({function});
-}
-
 std::vector<std::string> FaultDriver::Calls(std::initializer_list<std::string_view> functions) const {
     std::vector<std::string> lines;
     for (auto& line : Calls()) {

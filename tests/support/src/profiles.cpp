@@ -1,5 +1,6 @@
 #include "quorda_test/profiles.h"
 
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <stdexcept>
@@ -140,11 +141,8 @@ DataSourceProfile MakeProfile(const std::string& name) {
     if (name == "sqlite") {
         return SqliteProfile();
     }
-    if (name == "pgsql") {
-        return PostgresProfile(false);
-    }
-    if (name == "pgsql-unicode") {
-        return PostgresProfile(true);
+    if (name == "pgsql" || name == "pgsql-unicode") {
+        return PostgresProfile(name == "pgsql-unicode");
     }
     if (name == "mariadb") {
         return MariaDbProfile();
@@ -158,11 +156,7 @@ std::vector<std::string> AllProfiles() {
 
 std::string ProfileTestName(const testing::TestParamInfo<std::string>& info) {
     std::string name = info.param;
-    for (auto& c : name) {
-        if (c == '-') {
-            c = '_';
-        }
-    }
+    std::replace(name.begin(), name.end(), '-', '_');
     return name;
 }
 

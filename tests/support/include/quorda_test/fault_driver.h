@@ -32,9 +32,8 @@ public:
     // Every call the driver received on connections made with this object, one line each:
     // "<ODBC 2 function> <arguments>", in order (the format is in docs/testing.md).
     std::vector<std::string> Calls() const;
-    // The lines of one function ("SQLSetConnectOption 108 8", ...), or of any of several, in order. A
-    // name may include leading arguments: "SQLSetStmtOption 0".
-    std::vector<std::string> Calls(std::string_view function) const;
+    // The lines of any of the functions ({"SQLSetConnectOption"}, ...), in order. A name may include
+    // leading arguments: "SQLSetStmtOption 0".
     std::vector<std::string> Calls(std::initializer_list<std::string_view> functions) const;
     // Whether the exact line was logged, and how often.
     bool Received(std::string_view line) const;
