@@ -8,6 +8,7 @@
 #include "quorda/core/odbc_query.h"
 #include "quorda/odbc.h"
 #include "quorda/rtl/exception.h"
+#include "rtl_test_support.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -18,6 +19,8 @@
 #include <vector>
 
 namespace quorda::testing {
+
+using testing_support::Raised;
 
 // A database on a driver connection string (no prompt), not yet open.
 inline std::unique_ptr<TODBCDatabase> ClosedDatabase(const std::string& ConnectionString) {
@@ -54,18 +57,6 @@ inline std::unique_ptr<TODBCQuery> QueryWithParams(TODBCDatabase* Database, cons
         query->Params().Items(i)->SetAsInteger(i);
     }
     return query;
-}
-
-// The exception of type E that Action raises; a failure and no value when it raises none.
-template <typename E, typename Action>
-std::optional<E> Raised(Action&& action) {
-    try {
-        std::forward<Action>(action)();
-    } catch (const E& e) {
-        return e;
-    }
-    ADD_FAILURE() << "the expected exception was not raised";
-    return std::nullopt;
 }
 
 // The message of the EDatabaseError (or descendant) that Action raises; a failure when it raises none.

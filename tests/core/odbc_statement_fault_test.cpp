@@ -77,20 +77,12 @@ TEST(StatementExecution, EveryParameterTypeIsBoundAsConverted) {
     query->ParamByName("fm")->SetText("formatted");
     query->ExecSQL();
     // <n> <C type> <SQL type> <column size> <indicator> <value as the driver read it>
-    EXPECT_EQ(fault.Calls({"param"}), (Lines{
-                                          "param 1 1 1 13 13 13:O'Brien %C3%A9t%C3%A9",
-                                          "param 2 4 4 4 4 -42",
-                                          "param 3 8 8 8 8 2.5",
-                                          "param 4 1 1 5 5 5:12.34",
-                                          "param 5 9 9 6 6 2024-02-29",
-                                          "param 6 10 10 6 6 13:45:10",
-                                          "param 7 11 11 23 16 2024-02-29 13:45:10.7000000",
-                                          "param 8 4 4 4 4 -1",
-                                          "param 9 1 -1 9 9 9:memo text",
-                                          "param 10 -2 -4 4 4 4:blob",
-                                          "param 11 4 4 4 4 7",
-                                          "param 12 1 -1 9 9 9:formatted",
-                                      }));
+    EXPECT_EQ(fault.Calls({"param"}),
+              (Lines{"param 1 1 1 13 13 13:O'Brien %C3%A9t%C3%A9", "param 2 4 4 4 4 -42",
+                     "param 3 8 8 8 8 2.5", "param 4 1 1 5 5 5:12.34", "param 5 9 9 6 6 2024-02-29",
+                     "param 6 10 10 6 6 13:45:10", "param 7 11 11 23 16 2024-02-29 13:45:10.7000000",
+                     "param 8 4 4 4 4 -1", "param 9 1 -1 9 9 9:memo text", "param 10 -2 -4 4 4 4:blob",
+                     "param 11 4 4 4 4 7", "param 12 1 -1 9 9 9:formatted"}));
 }
 
 TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
@@ -109,11 +101,9 @@ TEST(StatementExecution, LongValuesAreSentAtExecutionInPieces) {
     query->ExecSQL();
     // A string beyond ParamAtExecSize becomes long text with twice its length as column size; the
     // value pointer is the item's own index, the buffer length 0.
-    EXPECT_EQ(fault.Calls({"SQLBindParameter"}), (Lines{
-                                                     "SQLBindParameter 1 1 1 -1 18000 0 0",
-                                                     "SQLBindParameter 2 1 1 1 5 0 5",
-                                                     "SQLBindParameter 3 1 -2 -4 10000 0 0",
-                                                 }));
+    EXPECT_EQ(fault.Calls({"SQLBindParameter"}),
+              (Lines{"SQLBindParameter 1 1 1 -1 18000 0 0", "SQLBindParameter 2 1 1 1 5 0 5",
+                     "SQLBindParameter 3 1 -2 -4 10000 0 0"}));
     // Text pieces of BlobBufferSize, the last one without the terminating zero; binary data whole.
     EXPECT_EQ(fault.Calls({"SQLPutData"}),
               (Lines{"SQLPutData 8192", "SQLPutData 808", "SQLPutData 8192", "SQLPutData 1808"}));

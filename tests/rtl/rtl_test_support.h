@@ -5,10 +5,13 @@
 
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <initializer_list>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace quorda::testing_support {
@@ -22,6 +25,18 @@ std::string MessageOf(F&& Action) {
         return e.what();
     }
     return "<no exception>";
+}
+
+// The exception of type E that Action raises; a failure and no value when it raises none.
+template <typename E, typename Action>
+std::optional<E> Raised(Action&& action) {
+    try {
+        std::forward<Action>(action)();
+    } catch (const E& e) {
+        return e;
+    }
+    ADD_FAILURE() << "the expected exception was not raised";
+    return std::nullopt;
 }
 
 using Strings = std::vector<std::string>;

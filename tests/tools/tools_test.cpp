@@ -73,6 +73,7 @@ private:
     std::vector<std::unique_ptr<quorda_test::TempFile>> FFiles;
 };
 
+using testing_support::Raised;
 using testing_support::ReadFile;
 using testing_support::WriteFile;
 
@@ -179,18 +180,17 @@ TEST_P(QueryHelpers, EachFamilyExecutesOpensCreatesFindsAndRestoresTheCursor) {
     }
     EXPECT_NE(dynamic_cast<TODBCExtQuery*>(std::get<1>(cases[1]).get()), nullptr);
     // FindAnyRecord matches a prefix of any field, from the next record on.
-    const auto query = OpenQuery("select id, a, c from " + T + " where id <= 3 order by id");
-    EXPECT_FALSE(FindAnyRecord(query.get(), true, "BE"));
-    EXPECT_EQ(query->Fields()[0]->AsInteger(), 1);
-    EXPECT_TRUE(FindAnyRecord(query.get(), false, "BE"));
-    EXPECT_EQ(query->Fields()[0]->AsInteger(), 2);
     // "alpha" is inside record 3's value, not at its start.
-    EXPECT_FALSE(FindAnyRecord(query.get(), false, "alpha"));
-    EXPECT_EQ(query->Fields()[0]->AsInteger(), 2);
-    EXPECT_TRUE(FindAnyRecord(query.get(), false, ""));
-    EXPECT_EQ(query->Fields()[0]->AsInteger(), 3);
-    EXPECT_FALSE(FindAnyRecord(query.get(), false, ""));
-    EXPECT_EQ(query->Fields()[0]->AsInteger(), 3);
+    const auto query = OpenQuery("select id, a, c from " + T + " where id <= 3 order by id");
+    const std::tuple<bool, const char*, bool, int> finds[] = {{true, "BE", false, 1},
+                                                              {false, "BE", true, 2},
+                                                              {false, "alpha", false, 2},
+                                                              {false, "", true, 3},
+                                                              {false, "", false, 3}};
+    for (const auto& [fromFirst, text, found, id] : finds) {
+        EXPECT_EQ(FindAnyRecord(query.get(), fromFirst, text), found) << text;
+        EXPECT_EQ(query->Fields()[0]->AsInteger(), id) << text;
+    }
     EXPECT_FALSE(query->ControlsDisabled());
     // A failing CreateMQuery releases the pool's lock.
     TMultiDataBases broken;
@@ -370,14 +370,11 @@ TEST_P(Batch, FailingRowsShortRowsAndRepeatedExecutes) {
             rows[c.Row][0] = c.Bad;
             const auto failing = Query("insert into " + keyed + " values (:id, :name)", quirks);
             DataBase->StartTransaction();
-            try {
-                failing->ExecSQLBatch(rows);
-                ADD_FAILURE() << path << ", " << c.Name << ": no error";
-            } catch (const EODBCBatchError& e) {
-                EXPECT_EQ(e.RowIndex(), c.Row) << path << ", " << c.Name;
-                EXPECT_NE(e.Message().find("Row " + std::to_string(c.Row) + " of the batch failed: "),
+            if (const auto e = Raised<EODBCBatchError>([&] { failing->ExecSQLBatch(rows); })) {
+                EXPECT_EQ(e->RowIndex(), c.Row) << path << ", " << c.Name;
+                EXPECT_NE(e->Message().find("Row " + std::to_string(c.Row) + " of the batch failed: "),
                           std::string::npos)
-                    << e.Message();
+                    << e->Message();
             }
             DataBase->Rollback();
             EXPECT_EQ(Raw.QueryStrings("select id, name from " + keyed),
@@ -387,12 +384,10 @@ TEST_P(Batch, FailingRowsShortRowsAndRepeatedExecutes) {
     }
     // A row with too few values is refused before anything runs.
     const std::string shortRows = Table("id integer, name varchar(20)");
-    try {
+    const auto shortRow = Raised<EODBCBatchError>([&] {
         ExecQueryBatch("insert into " + shortRows + " values (:id, :name)", {{1, "a"}, {2}});
-        ADD_FAILURE() << "a short row ran";
-    } catch (const EODBCBatchError& e) {
-        EXPECT_EQ(e.RowIndex(), 1u);
-    }
+    });
+    EXPECT_EQ(shortRow ? shortRow->RowIndex() : 0u, 1u);
     EXPECT_EQ(Raw.Scalar("select count(*) from " + shortRows), "0");
 }
 
