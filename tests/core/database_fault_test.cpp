@@ -3,7 +3,6 @@
 #include "quorda/core/odbc_transaction.h"
 #include "quorda/core/session.h"
 #include "quorda/odbc/odbc_error.h"
-#include "quorda/rtl/application.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -123,13 +122,10 @@ TEST(FaultConnect, FailingConnectionOptionsRaiseWhereTheyHappen) {
 TEST(FaultConnect, ARollbackFailingInTheGuardsDestructorGoesToTheApplication) {
     FaultDriver fault("fail:SQLTransact@1|diag:SQLTransact:08S01/0/link lost");
     auto db = ODBCConnect(fault.ConnectionString());
-    std::vector<std::string> shown;
-    const TExceptionHandler previous =
-        Application::SetExceptionHandler([&](const std::exception& e) { shown.push_back(e.what()); });
+    testing_support::TShownErrors errors;
     { TODBCTransaction transaction(*db); }
-    Application::SetExceptionHandler(previous);
-    ASSERT_EQ(shown.size(), 1u);
-    EXPECT_NE(shown[0].find("link lost"), std::string::npos) << shown[0];
+    ASSERT_EQ(errors.Shown.size(), 1u);
+    EXPECT_NE(errors.Shown[0].find("link lost"), std::string::npos) << errors.Shown[0];
     EXPECT_TRUE(db->InTransaction()) << "still open, for Close to roll back";
 }
 

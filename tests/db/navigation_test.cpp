@@ -3,7 +3,6 @@
 // (calculated fields, filters, Locate and Lookup), and a read-only cursor without bookmarks.
 
 #include "db_test_support.h"
-#include "quorda/rtl/application.h"
 
 #include <algorithm>
 #include <cstring>
@@ -165,18 +164,15 @@ TEST(Navigation, ScrollingBookmarksCalculatedFieldsFiltersAndLocate) {
     scrolled.EndLoading();
     EXPECT_TRUE(scrolled.Active());
     // In the designer a failing deferred open is reported instead of raised.
-    Names reported;
-    TExceptionHandler previous =
-        Application::SetExceptionHandler([&](const std::exception& e) { reported.emplace_back(e.what()); });
+    testing_support::TShownErrors reported;
     scrolled.Close();
     scrolled.FieldDefs().Add("BAD", ftCursor);
     scrolled.SetDesigning(true);
     scrolled.BeginLoading();
     scrolled.Open();
     EXPECT_NO_THROW(scrolled.EndLoading());
-    Application::SetExceptionHandler(previous);
     EXPECT_FALSE(scrolled.Active());
-    EXPECT_EQ(reported, (Names{"Unknown field type : BAD"}));
+    EXPECT_EQ(reported.Shown, (Names{"Unknown field type : BAD"}));
     // Bookmarks survive changes to other rows and die with their own; comparing follows the row order,
     // not the order of creation; the string form round trips.
     TMemDataSet rows(nullptr);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "quorda/entity.h"
-#include "quorda/rtl/application.h"
 #include "rtl_test_support.h"
 
 #include <string>
@@ -46,18 +45,6 @@ public:
 
 using testing_support::MessageOf;
 
-// Collects what the application shows while it lives, then puts the previous display back.
-class TShownErrors {
-public:
-    TShownErrors()
-        : FSaved(Application::SetExceptionHandler(
-              [this](const std::exception& E) { Shown.push_back(E.what()); })) {}
-    ~TShownErrors() { Application::SetExceptionHandler(FSaved); }
-
-    std::vector<std::string> Shown;
-
-private:
-    TExceptionHandler FSaved;
-};
+using testing_support::TShownErrors;
 
 } // namespace quorda::entitytest

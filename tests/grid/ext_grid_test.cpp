@@ -2,7 +2,6 @@
 // dragging, the vertical scroll bar, and anchor-based row selection key by key and click by click;
 // the Qt table model over a dataset, and saved column layouts.
 #include "grid_test_support.h"
-#include "quorda/rtl/application.h"
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -131,14 +130,11 @@ TEST_F(GridTest, TypedTextIsPostedWithEnterAndCancelledWithEscapeAndDownOnTheLas
     GoTo(3);
     EXPECT_EQ(DataSet.FieldByName("NAME")->AsString(), "Z");
     // A dataset error raised by a key goes to the application's exception display; the edit stays.
-    std::vector<std::string> shown;
-    const TExceptionHandler saved =
-        Application::SetExceptionHandler([&shown](const std::exception& E) { shown.push_back(E.what()); });
+    testing_support::TShownErrors errors;
     DataSet.BeforePost = [](TDataSet*) { throw EDatabaseError("refused"); };
     QTest::keyClicks(&Grid, "x");
     QTest::keyClick(Grid.InplaceEditor(), Qt::Key_Return);
-    Application::SetExceptionHandler(saved);
-    EXPECT_EQ(shown, std::vector<std::string>{"refused"});
+    EXPECT_EQ(errors.Shown, std::vector<std::string>{"refused"});
     EXPECT_EQ(DataSet.State(), dsEdit);
     DataSet.BeforePost = nullptr;
     DataSet.Cancel();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "quorda/rtl/application.h"
 #include "quorda/rtl/exception.h"
 #include "quorda/rtl/format_settings.h"
 
@@ -60,6 +61,20 @@ inline void WriteFile(const std::filesystem::path& Path, const std::string& Text
     std::filesystem::create_directories(Path.parent_path());
     std::ofstream(Path, std::ios::binary) << Text;
 }
+
+// Collects what the application shows while it lives, then puts the previous display back.
+class TShownErrors {
+public:
+    TShownErrors()
+        : FSaved(Application::SetExceptionHandler(
+              [this](const std::exception& E) { Shown.push_back(E.what()); })) {}
+    ~TShownErrors() { Application::SetExceptionHandler(FSaved); }
+
+    std::vector<std::string> Shown;
+
+private:
+    TExceptionHandler FSaved;
+};
 
 // Restores the process-wide format settings a test changes.
 struct SettingsGuard {

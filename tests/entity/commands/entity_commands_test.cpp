@@ -17,8 +17,6 @@
 #include <memory>
 #include <optional>
 #include <quorda_test/environment.h>
-#include <quorda_test/profiles.h>
-#include <quorda_test/raw_odbc.h>
 #include <string>
 #include <vector>
 
