@@ -271,29 +271,21 @@ TEST(StringList, OwnedObjectsAssignNameValuesDelimitedTextAndTheStringHelpers) {
         EXPECT_EQ(UnicodeToLower(upper), lower);
     }
     EXPECT_TRUE(SameText("\u1F80", "\u1F88"));
-    EXPECT_EQ(Trim("\t\r\n  a b \x01 "), "a b");
-    EXPECT_EQ(TrimLeft("  a "), "a ");
-    EXPECT_EQ(TrimRight("  a \n"), "  a");
-    EXPECT_EQ(Trim(" \t "), "");
-    EXPECT_EQ(Trim("é"), "é"); // bytes above 0x7F are text
-    // Quoting doubles the quote and dequoting undoes it; replacing never rescans its output.
-    EXPECT_EQ(QuotedStr("it's"), "'it''s'");
-    EXPECT_EQ(QuotedStr(""), "''");
-    EXPECT_EQ(AnsiQuotedStr("say \"x\"", '"'), "\"say \"\"x\"\"\"");
-    EXPECT_EQ(AnsiDequotedStr("'it''s' tail", '\''), "it's");
-    EXPECT_EQ(AnsiDequotedStr("plain", '\''), "plain");
-    EXPECT_EQ(StringReplace("a-b-c", "-", "+", 0), "a+b-c");
-    EXPECT_EQ(StringReplace("a-b-c", "-", "+", rfReplaceAll), "a+b+c");
-    EXPECT_EQ(StringReplace("Äpfel und äpfel", "ÄPFEL", "Birnen", rfReplaceAll | rfIgnoreCase),
-              "Birnen und Birnen");
-    EXPECT_EQ(StringReplace("Select select", "SELECT", "x", rfIgnoreCase), "x select");
-    EXPECT_EQ(StringReplace("aaa", "aa", "a", rfReplaceAll), "aa");
-    EXPECT_EQ(StringReplace("abc", "", "x", rfReplaceAll), "abc");
-    EXPECT_EQ(IntToStr(-9223372036854775807LL - 1), "-9223372036854775808");
-    EXPECT_EQ(IntToHex(255, 4), "00FF");
-    EXPECT_EQ(IntToHex(0x1234ABCD, 2), "1234ABCD");
-    EXPECT_EQ(IntToHex(-1, 4), "FFFFFFFFFFFFFFFF");
-    EXPECT_EQ(IntToHex(0, 0), "0");
+    // Bytes above 0x7F are text to Trim. Quoting doubles the quote and dequoting undoes it; replacing
+    // never rescans its output.
+    EXPECT_EQ((Strings{Trim("\t\r\n  a b \x01 "), TrimLeft("  a "), TrimRight("  a \n"), Trim(" \t "),
+                       Trim("é"), QuotedStr("it's"), QuotedStr(""), AnsiQuotedStr("say \"x\"", '"'),
+                       AnsiDequotedStr("'it''s' tail", '\''), AnsiDequotedStr("plain", '\'')}),
+              (Strings{"a b", "a ", "  a", "", "é", "'it''s'", "''", "\"say \"\"x\"\"\"", "it's", "plain"}));
+    EXPECT_EQ(
+        (Strings{StringReplace("a-b-c", "-", "+", 0), StringReplace("a-b-c", "-", "+", rfReplaceAll),
+                 StringReplace("Äpfel und äpfel", "ÄPFEL", "Birnen", rfReplaceAll | rfIgnoreCase),
+                 StringReplace("Select select", "SELECT", "x", rfIgnoreCase),
+                 StringReplace("aaa", "aa", "a", rfReplaceAll), StringReplace("abc", "", "x", rfReplaceAll)}),
+        (Strings{"a+b-c", "a+b+c", "Birnen und Birnen", "x select", "aa", "abc"}));
+    EXPECT_EQ((Strings{IntToStr(-9223372036854775807LL - 1), IntToHex(255, 4), IntToHex(0x1234ABCD, 2),
+                       IntToHex(-1, 4), IntToHex(0, 0)}),
+              (Strings{"-9223372036854775808", "00FF", "1234ABCD", "FFFFFFFFFFFFFFFF", "0"}));
     const std::string fieldList = " ID ; Name;;Last ";
     std::size_t pos = 0;
     std::vector<std::string> names;

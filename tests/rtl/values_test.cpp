@@ -151,23 +151,18 @@ TEST(FloatText, FormatsParsingSeparatorsIntegersBooleansAndCurrency) {
                            4.9406564584124654e-324, -1e-100},
                           [](double value) { return FloatToStr(value); }),
               (Strings{"1", "1E15", "-0.00001", "4.94065645841247E-324", "-1E-100"}));
-    EXPECT_EQ(FloatToStrF(1234.5678, ffGeneral, 6, 0), "1234.57");
-    EXPECT_EQ(FloatToStrF(1234567.0, ffGeneral, 4, 0), "1.235E6");
-    EXPECT_EQ(FloatToStrF(0.1249999999999999, ffGeneral, 2, 0), "0.13");
-    EXPECT_EQ(FloatToStrF(99.95, ffGeneral, 3, 0), "100");
-    EXPECT_EQ(FloatToStrF(123456.789, ffGeneral, 1, 0), "1E5");
-    EXPECT_EQ(FloatToStrF(1234567.891, ffNumber, 15, 2), "1,234,567.89");
-    EXPECT_EQ(FloatToStrF(-1234567.891, ffNumber, 15, 2), "-1,234,567.89");
-    EXPECT_EQ(FloatToStrF(999.995, ffNumber, 15, 2), "1,000.00");
-    EXPECT_EQ(FloatToStrF(123, ffNumber, 15, 0), "123");
-    EXPECT_EQ(FloatToStrF(-0.001, ffNumber, 15, 2), "0.00");
-    EXPECT_EQ(FloatToStrF(2.5, ffFixed, 15, 0), "3");
-    EXPECT_EQ(FloatToStrF(1.005, ffFixed, 15, 2), "1.01");
-    EXPECT_EQ(FloatToStrF(1234567.891, ffFixed, 15, 1), "1234567.9");
-    EXPECT_EQ(FloatToStrF(0.5, ffFixed, 15, -1), "0.50");
-    EXPECT_EQ(FloatToStrF(1234.5, ffExponent, 4, 2), "1.235E+03");
-    EXPECT_EQ(FloatToStrF(-0.00012, ffExponent, 3, 0), "-1.20E-4");
-    EXPECT_EQ(FloatToStrF(1.0, ffExponent, 15, 9), "1.00000000000000E+0000");
+    EXPECT_EQ((Strings{FloatToStrF(1234.5678, ffGeneral, 6, 0), FloatToStrF(1234567.0, ffGeneral, 4, 0),
+                       FloatToStrF(0.1249999999999999, ffGeneral, 2, 0), FloatToStrF(99.95, ffGeneral, 3, 0),
+                       FloatToStrF(123456.789, ffGeneral, 1, 0), FloatToStrF(1234567.891, ffNumber, 15, 2),
+                       FloatToStrF(-1234567.891, ffNumber, 15, 2), FloatToStrF(999.995, ffNumber, 15, 2),
+                       FloatToStrF(123, ffNumber, 15, 0), FloatToStrF(-0.001, ffNumber, 15, 2),
+                       FloatToStrF(2.5, ffFixed, 15, 0), FloatToStrF(1.005, ffFixed, 15, 2),
+                       FloatToStrF(1234567.891, ffFixed, 15, 1), FloatToStrF(0.5, ffFixed, 15, -1),
+                       FloatToStrF(1234.5, ffExponent, 4, 2), FloatToStrF(-0.00012, ffExponent, 3, 0),
+                       FloatToStrF(1.0, ffExponent, 15, 9)}),
+              (Strings{"1234.57", "1.235E6", "0.13", "100", "1E5", "1,234,567.89", "-1,234,567.89",
+                       "1,000.00", "123", "0.00", "3", "1.01", "1234567.9", "0.50", "1.235E+03", "-1.20E-4",
+                       "1.00000000000000E+0000"}));
     // The layout code picks the positive form for positive and the negative form for negative amounts.
     TFormatSettings currencySettings;
     currencySettings.CurrencyString = "$";
