@@ -52,14 +52,13 @@ TEST(ConnectInputs, ANulByteInAnyInputIsRefusedBeforeTheDriverManager) {
 TEST(ConnectInputs, AnEmptyDriverOrDataSourceNameIsRefused) {
     const quorda_test::DataSourceProfile sqlite = quorda_test::SqliteProfile();
     const std::string database = ";Database=" + sqlite.DatabaseFile->Path().string();
-    for (const auto& [text, key] : std::vector<std::pair<std::string, std::string>>{
-             {"Driver=" + database, "Driver="},
-             {"DSN=;", "DSN="},
-             {"driver= ;" + database, "driver="},
-             {" Driver = {}" + database, "Driver="},
-             {"dsn={ };Driver=SQLite3" + database, "dsn="},
-             {"Driver=SQLite3;DSN=" + database, "DSN="},
-         }) {
+    const std::pair<std::string, std::string> refused[] = {{"Driver=" + database, "Driver="},
+                                                           {"DSN=;", "DSN="},
+                                                           {"driver= ;" + database, "driver="},
+                                                           {" Driver = {}" + database, "Driver="},
+                                                           {"dsn={ };Driver=SQLite3" + database, "dsn="},
+                                                           {"Driver=SQLite3;DSN=" + database, "DSN="}};
+    for (const auto& [text, key] : refused) {
         EXPECT_EQ(RefusalOf(*testing::ClosedDatabase(text)),
                   FormatMessage(LoadStr(SODBCEmptyConnectValue), key))
             << text;
@@ -77,8 +76,7 @@ TEST(ConnectionPasswords, AreMaskedWhateverTheirSpelling) {
              {"DSN=a; Pwd =x ;", "DSN=a; Pwd =****;"},
              {"PWD=;UID=pwd;PWDX=1;MyPassword=2", "PWD=;UID=pwd;PWDX=1;MyPassword=2"},
              {"Database={a;PWD=b};password=c;PWD={}}}", "Database={a;PWD=b};password=****;PWD=****"},
-             {"", ""},
-         }) {
+             {"", ""}}) {
         EXPECT_EQ(MaskConnectionPassword(text), masked) << text;
     }
 }

@@ -86,22 +86,14 @@ TEST(FieldTypeMap, ColumnTypesAndTheirBindingTypes) {
         SQLSMALLINT cType;
     };
     // The rows where the binding differs from the plain one-to-one reading of the table.
-    for (const Case& c : {
-             Case{SQL_BIGINT, ftLargeint, SQL_C_SBIGINT},
-             Case{SQL_REAL, ftFloat, SQL_C_DOUBLE},
-             Case{SQL_TINYINT, ftSmallint, SQL_C_SHORT},
-             Case{SQL_BIT, ftBoolean, SQL_C_SHORT},
-             Case{SQL_WCHAR, ftString, SQL_C_CHAR},
-             Case{SQL_WVARCHAR, ftString, SQL_C_CHAR},
-             Case{SQL_WLONGVARCHAR, ftMemo, SQL_C_CHAR},
-             Case{SQL_VARBINARY, ftUnknown, SQL_C_BINARY},
-             Case{SQL_BINARY, ftBlob, SQL_C_BINARY},
-             Case{SQL_DECIMAL, ftFloat, SQL_C_DOUBLE},
-             Case{SQL_TIMESTAMP, ftDateTime, SQL_C_TIMESTAMP},
-             Case{0, ftUnknown, SQL_C_DEFAULT},
-             Case{13, ftUnknown, SQL_C_DEFAULT},
-             Case{SQL_GUID, ftUnknown, SQL_C_DEFAULT},
-         }) {
+    for (const Case& c :
+         {Case{SQL_BIGINT, ftLargeint, SQL_C_SBIGINT}, Case{SQL_REAL, ftFloat, SQL_C_DOUBLE},
+          Case{SQL_TINYINT, ftSmallint, SQL_C_SHORT}, Case{SQL_BIT, ftBoolean, SQL_C_SHORT},
+          Case{SQL_WCHAR, ftString, SQL_C_CHAR}, Case{SQL_WVARCHAR, ftString, SQL_C_CHAR},
+          Case{SQL_WLONGVARCHAR, ftMemo, SQL_C_CHAR}, Case{SQL_VARBINARY, ftUnknown, SQL_C_BINARY},
+          Case{SQL_BINARY, ftBlob, SQL_C_BINARY}, Case{SQL_DECIMAL, ftFloat, SQL_C_DOUBLE},
+          Case{SQL_TIMESTAMP, ftDateTime, SQL_C_TIMESTAMP}, Case{0, ftUnknown, SQL_C_DEFAULT},
+          Case{13, ftUnknown, SQL_C_DEFAULT}, Case{SQL_GUID, ftUnknown, SQL_C_DEFAULT}}) {
         EXPECT_EQ(ConvertSQLToBDE(c.sqlType), c.field) << c.sqlType;
         EXPECT_EQ(BindCTypeFor(c.sqlType), c.cType) << c.sqlType;
     }

@@ -511,13 +511,10 @@ TEST(EntityLifetime, RegistryRereadMarksCloseProcedureAndSettings) {
     // Each run of consecutive undecided namesakes is decided once, by its first member; marked
     // entities and unnamed ones are skipped and do not end a run. Upper-case names are exchanged while
     // the pass marks them; each member is still decided once.
-    for (const auto& [Words, Expected] : {std::pair{"a+ a- a-", "1x0x0x"},
-                                          {"A+ A- A-", "1x0x0x"},
-                                          {"a- a+", "1.0."},
-                                          {"a+ a- b- a-", "1x0x1.1."},
-                                          {"+ a-", "0.1."},
-                                          {"a+ a-* a-", "1x0x0x"},
-                                          {"a-* a-*", "0x0x"}}) {
+    const std::pair<const char*, const char*> Runs[] = {
+        {"a+ a- a-", "1x0x0x"}, {"A+ A- A-", "1x0x0x"},  {"a- a+", "1.0."},  {"a+ a- b- a-", "1x0x1.1."},
+        {"+ a-", "0.1."},       {"a+ a-* a-", "1x0x0x"}, {"a-* a-*", "0x0x"}};
+    for (const auto& [Words, Expected] : Runs) {
         Entities = Make(Words);
         StartRereadAllUpdate();
         EXPECT_EQ(State(Entities), Expected) << Words;
