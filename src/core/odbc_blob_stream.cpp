@@ -123,7 +123,7 @@ bool TODBCBlobStream::ReadFromRowset(bool Text) {
         return false;
     }
     const TFieldValueItem& item = *FDataSet->FFieldValues[index];
-    const std::byte* row = FDataSet->FEngine->Rows.Row(static_cast<std::size_t>(FDataSet->FRowsetIndex));
+    const std::byte* row = FDataSet->FEngine->Rows.Row(FDataSet->BoundRow());
     const SQLLEN indicator = TRowArea::Indicator(row, item.IndicatorOffset);
     if (indicator == SQL_NULL_DATA) {
         return true;

@@ -13,8 +13,7 @@ namespace quorda {
 
 TODBCDataSet::TODBCDataSet(TComponent* AOwner)
     : TDataSet(AOwner), FCurrentRow(kRowNotNumbered), FEngine(std::make_unique<TODBCDataSetEngine>()),
-      FSQL(std::make_unique<TStringList>()), FParams(std::make_unique<TODBCParams>()),
-      FRecordDataSize(static_cast<std::int32_t>(kRecordHeaderSize)) {
+      FSQL(std::make_unique<TStringList>()), FParams(std::make_unique<TODBCParams>()) {
     FEngine->RowStatus.assign(static_cast<std::size_t>(FRowSetSize), 0);
     SetBookmarkSize(sizeof(TODBCBookmark));
     FSQL->OnChange = [this](TObject* Sender) { QueryChanged(Sender); };

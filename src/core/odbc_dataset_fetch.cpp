@@ -230,7 +230,7 @@ void TODBCDataSet::InternalLast() {
     } else {
         // Forward-only: a step back moves forward as well.
         ret = CheckCall(SQLFetch(FEngine->Stmt.Get()), "SQLFetch");
-        row = static_cast<std::size_t>(BlockMode() ? FRowsetIndex : 0);
+        row = BoundRow();
     }
     if (ret == SQL_NO_DATA_FOUND) {
         if (Orientation != SQL_FETCH_NEXT) {
@@ -264,7 +264,7 @@ TGetResult TODBCDataSet::GetRecord(TRecordBuffer Buffer, TGetMode GetMode, bool 
     case gmCurrent:
         switch (FCrack) {
         case 0:
-            CopyRowToBuffer(Buffer, static_cast<std::size_t>(BlockMode() ? FRowsetIndex : 0));
+            CopyRowToBuffer(Buffer, BoundRow());
             return grOK;
         case -1:
             return grBOF;

@@ -95,7 +95,6 @@ int TODBCDataSet::GetDefDataSize(const TFieldDef& FieldDef) const {
 }
 
 void TODBCDataSet::InternalInitFieldDefs() {
-    FRecordDataSize = static_cast<std::int32_t>(kRecordHeaderSize);
     SQLSMALLINT columnCount = 0;
     CheckCall(SQLNumResultCols(FEngine->Stmt.Get(), &columnCount), "SQLNumResultCols");
     FieldDefs().Clear();
@@ -159,7 +158,6 @@ void TODBCDataSet::InternalInitFieldDefs() {
         } else {
             dataSize = GetSpecialDataSize(dataType, static_cast<int>(size));
         }
-        FRecordDataSize += dataSize + 1;
 
         std::string name = columnName;
         for (int suffix = 1; FieldDefs().IndexOf(name) >= 0; ++suffix) {
@@ -256,8 +254,8 @@ void TODBCDataSet::LayOutRows(const std::vector<std::size_t>& SlotSizes, std::si
 }
 
 std::size_t TODBCDataSet::RecordBufferSize() const {
-    const auto size = static_cast<std::size_t>(FieldDefs().Count() + FRecordDataSize + 1);
-    return std::max(size, FEngine->Rows.RowSize);
+    // The laid-out row; before any column, the header alone.
+    return std::max(kRecordBodyOffset, FEngine->Rows.RowSize);
 }
 
 std::byte* TODBCDataSet::FieldSlot(TRecordBuffer Buffer, const TField* Field, std::size_t& DataSize) const {

@@ -104,7 +104,8 @@ struct TRowArea {
         std::size_t DataSize;
     };
     std::vector<TFixedColumn> Fixed;
-    // The columns converted one by one (offsets and sizes as in TFieldValueItem).
+    // The columns converted one by one: their items' offsets, size and type, kept flat here so that
+    // the per-row loop reads them without going through the items.
     struct TConvertedColumn {
         std::size_t IndicatorOffset;
         std::size_t RecordOffset;
@@ -139,7 +140,6 @@ static_assert(sizeof(TODBCBookmark) == 8);
 // data slot, the cell and the slot 8-byte aligned (the row area binds them in place).
 inline constexpr std::size_t kRecordRowNumberOffset = 0;
 inline constexpr std::size_t kRecordFlagOffset = 4;
-inline constexpr std::size_t kRecordHeaderSize = 5;
 inline constexpr std::size_t kRecordBodyOffset = 8;
 // The row number of a row that has not been numbered yet.
 inline constexpr std::int32_t kRowNotNumbered = 4095;

@@ -277,6 +277,8 @@ protected:
     void RestorePositionAfterCount();
     // BlockCursor, RowSetSize above 0 and a forward-only cursor: rows arrive a rowset at a time.
     bool BlockMode() const { return FBlockCursor && FRowSetSize > 0 && FForwardOnlyCursor; }
+    // The row of the bindings the cursor stands on: the rowset's current one, or the only one.
+    std::size_t BoundRow() const { return BlockMode() ? static_cast<std::size_t>(FRowsetIndex) : 0; }
     // Forgets the row numbering (the next successful fetch numbers its row 0).
     void ResetNumbering(std::int32_t Origin, std::int32_t Crack);
 
@@ -335,8 +337,6 @@ private:
     std::int32_t FRowSetSize = 100;
     bool FUniDirectional = false;
     bool FTranslate = false;
-    // Header plus one indicator byte and one data slot per definition.
-    std::int32_t FRecordDataSize;
 };
 
 } // namespace quorda

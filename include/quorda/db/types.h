@@ -110,8 +110,8 @@ class TDataSet;
 class TField;
 
 // The part of a dataset's state that says which record the fields read while browsing: its ring of
-// record buffers, the active one and the state. A field with a slot reads its value through it
-// inline (TField::DataView), without a call into the dataset.
+// record buffers, how many hold records, the active one and the state. A field with a slot reads its value
+// through it inline (TField::DataView), without a call into the dataset.
 class TDataSetBrowse {
 protected:
     // BufferCount + 1 buffers; empty while closed.
